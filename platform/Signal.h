@@ -1,0 +1,31 @@
+#pragma once
+
+#include <platform/Export.h>
+
+#include <chrono>
+#include <memory>
+
+namespace kiv {
+
+/// A wake-up that stays until it is taken: one Set releases one Wait, several Sets before that count once.
+///
+/// On Windows a Wait answers messages that other threads send to windows of the waiting thread. A thread in a
+/// single-threaded apartment that waited without doing so would hang every broadcast and every call into its apartment.
+class KIV_EXPORT TSignal {
+public:
+  TSignal();
+  ~TSignal();
+  TSignal(const TSignal&) = delete;
+  TSignal& operator=(const TSignal&) = delete;
+
+  void Set() noexcept;
+  void Wait() noexcept;
+  /// False if the time passed first.
+  bool WaitFor(std::chrono::milliseconds pTimeout) noexcept;
+
+private:
+  struct TImpl;
+  std::unique_ptr<TImpl> fImpl;
+};
+
+} // namespace kiv
