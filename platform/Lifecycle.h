@@ -12,7 +12,8 @@ KIV_EXPORT void AtShutdown(std::function<void()> pFinalizer);
 
 /// Ends the library: runs the registered finalizers, latest first, each once. The host calls it on the main thread,
 /// before it leaves OLE and before its process ends; nothing happens when the DLL is unloaded, because other threads
-/// are dead by then. A finalizer that raises doesn't keep the others from running. The library may be used again
+/// are dead by then. Shell objects that the library handed out must have been released: the libraries with their code
+/// are freed here. A finalizer that raises doesn't keep the others from running. The library may be used again
 /// afterwards: it comes up anew.
 KIV_EXPORT void Shutdown() noexcept;
 
