@@ -27,6 +27,9 @@ public:
   /// The platform's answer behind the last step: what went wrong after Failed, and after an End that isn't a true one,
   /// because the folder's code crashed (`E_FAIL`). `S_OK` or `S_FALSE` otherwise.
   virtual HRESULT Status() const = 0;
+
+  /// The path of the object that the last step stood on; the parsing name of one that has no path.
+  virtual std::wstring ObjectPath() const = 0;
 };
 
 /// Where folders come from: the seam between code that lists folders and the shell. Above this room nothing that could
@@ -37,9 +40,6 @@ public:
 
   /// Opens a folder by its path. The folder isn't listed yet: that begins with the first step.
   virtual HRESULT OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) = 0;
-
-  /// The path of an object in a folder.
-  virtual std::wstring Combine(const std::wstring& pFolder, const std::wstring& pName) const = 0;
 };
 
 } // namespace kiv

@@ -1,0 +1,85 @@
+#include "Commands.h"
+
+#include "WalkCommand.h"
+
+#include <platform/Exception.h>
+#include <platform/Text.h>
+#include <platform/Version.h>
+
+#include <optional>
+
+namespace kivtool {
+
+namespace {
+
+constexpr char HelpText[] = R"(kivtool - the console companion of the Pathmere library
+
+Usage:
+  kivtool walk PATH [--json]   List the objects of a folder: name, kind, size in bytes,
+                               local time of the last change, path. PATH is a path, a
+                               "shell:" name or a class identifier such as
+                               "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}".
+                               --json prints a JSON array, one object a line, times in UTC.
+  kivtool help                 Show this text.
+  kivtool version              Show the library's version.
+
+Text goes in and out as UTF-8. Errors go to the standard error stream.
+Exit codes: 0 done; 1 the command failed or couldn't do all of its work;
+            2 the command line isn't understood; 3 the output was closed early.
+)";
+
+int Misuse(TEnvironment& environment, const std::string& complaint) {
+  environment.err("kivtool: " + complaint + " Try \"kivtool help\".\n");
+  return UsageError;
+}
+
+std::string Quoted(const std::wstring& text) {
+  return '"' + kiv::ToUtf8(text) + '"';
+}
+
+int Walk(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  std::optional<std::wstring> path;
+  TWalkOptions options;
+  bool only_paths = false;
+  for (const std::wstring& argument : arguments) {
+    if (!only_paths && argument == L"--") {
+      only_paths = true;
+    } else if (!only_paths && argument == L"--json") {
+      options.json = true;
+    } else if (!only_paths && argument.starts_with(L"-")) {
+      return Misuse(environment, "walk: unknown option " + Quoted(argument) + ".");
+    } else if (path) {
+      return Misuse(environment, "walk: one path only, " + Quoted(argument) + " is one too many.");
+    } else {
+      path = argument;
+    }
+  }
+  if (!path) return Misuse(environment, "walk: no path given.");
+  return RunWalk(*path, options, environment);
+}
+
+int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  if (arguments.empty()) return Misuse(environment, "no command given.");
+  const std::wstring& command = arguments[0];
+  const std::vector<std::wstring> rest(arguments.begin() + 1, arguments.end());
+  if (command == L"walk") return Walk(rest, environment);
+  const bool help = command == L"help" || command == L"--help" || command == L"-h" || command == L"/?";
+  const bool version = command == L"version" || command == L"--version";
+  if (!help && !version) return Misuse(environment, "unknown command " + Quoted(command) + ".");
+  if (!rest.empty()) return Misuse(environment, kiv::ToUtf8(command) + " takes no arguments.");
+  environment.out(help ? std::string(HelpText) : "kivtool " + kiv::ToUtf8(kiv::LibraryVersion) + "\n");
+  return Succeeded;
+}
+
+} // namespace
+
+int Run(const std::vector<std::wstring>& pArguments, TEnvironment& pEnvironment) {
+  try {
+    return Dispatch(pArguments, pEnvironment);
+  } catch (const std::exception& e) {
+    pEnvironment.err(std::string("kivtool: ") + e.what() + "\n");
+    return Failed;
+  }
+}
+
+} // namespace kivtool

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <core/FolderSource.h>
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace kivtool {
+
+/// What the commands need of the world, so that they run against a simulated one as well.
+struct TEnvironment {
+  kiv::IFolderSource& folders;
+  /// UTF-8 to the standard output. False when nobody reads it any more: the command ends.
+  std::function<bool(std::string_view)> out;
+  /// UTF-8 to the standard error.
+  std::function<void(std::string_view)> err;
+  /// From UTC to local time.
+  std::function<kiv::TFileTime(kiv::TFileTime)> toLocalTime;
+  /// An absolute path from one that may be relative to the current folder. "shell:" names and "::{...}" stay.
+  std::function<std::wstring(const std::wstring&)> toFullPath;
+};
+
+/// What the program ends with.
+enum TExitCode : int {
+  Succeeded = 0,
+  Failed = 1,      ///< the command couldn't do its work, or not all of it
+  UsageError = 2,  ///< the command line wasn't understood
+  Interrupted = 3, ///< nobody read the output to its end
+};
+
+} // namespace kivtool

@@ -1,0 +1,98 @@
+#include "Commands.h"
+
+#include <core/LongPath.h>
+#include <core/ShellFolderSource.h>
+#include <platform/Lifecycle.h>
+#include <platform/Text.h>
+#include <platform/Types.h>
+
+#include <ole2.h>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+/// One of the standard streams: a console gets UTF-16, anything else UTF-8 bytes as they are.
+class TStandardStream {
+public:
+  explicit TStandardStream(DWORD pWhich) : fHandle(GetStdHandle(pWhich)) {
+    DWORD mode = 0;
+    fIsConsole = GetConsoleMode(fHandle, &mode) != FALSE;
+  }
+
+  bool Write(std::string_view pText) const {
+    if (fIsConsole) {
+      const std::wstring wide = kiv::FromUtf8(pText);
+      return WriteAll(wide.data(), wide.size(), [this](const wchar_t* text, DWORD length, DWORD* written) {
+        return WriteConsoleW(fHandle, text, length, written, nullptr);
+      });
+    }
+    return WriteAll(pText.data(), pText.size(), [this](const char* text, DWORD length, DWORD* written) {
+      return WriteFile(fHandle, text, length, written, nullptr);
+    });
+  }
+
+private:
+  template <typename TChar, typename F>
+  static bool WriteAll(const TChar* text, std::size_t length, F&& write) {
+    constexpr std::size_t most = 16 * 1024; // consoles refuse much larger pieces
+    while (length > 0) {
+      DWORD written = 0;
+      if (!write(text, static_cast<DWORD>(length < most ? length : most), &written) || written == 0) return false;
+      text += written;
+      length -= written;
+    }
+    return true;
+  }
+
+  HANDLE fHandle;
+  bool fIsConsole = false;
+};
+
+kiv::TFileTime ToLocalTime(kiv::TFileTime pTime) {
+  FILETIME time{static_cast<DWORD>(pTime), static_cast<DWORD>(pTime >> 32U)};
+  SYSTEMTIME utc;
+  SYSTEMTIME local;
+  if (!FileTimeToSystemTime(&time, &utc) || !SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) ||
+      !SystemTimeToFileTime(&local, &time)) {
+    return pTime;
+  }
+  return static_cast<kiv::TFileTime>(time.dwHighDateTime) << 32U | time.dwLowDateTime;
+}
+
+std::wstring ToFullPath(const std::wstring& pPath) {
+  const bool named =
+      pPath.starts_with(L"::") || pPath.starts_with(L"shell:") || pPath.find(L"://") != std::wstring::npos;
+  const bool drive = pPath.size() == 2 && pPath[1] == L':'; // its root, not its current folder
+  if (pPath.empty() || named || drive || pPath.size() > kiv::LongestPath) return pPath;
+  std::wstring full(kiv::LongestPath + 1, L'\0');
+  const DWORD length = GetFullPathNameW(pPath.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+  if (length == 0 || length >= full.size()) return pPath;
+  full.resize(length);
+  return full;
+}
+
+} // namespace
+
+int wmain(int pCount, wchar_t** pArguments) {
+  const std::vector<std::wstring> arguments(pArguments + 1, pArguments + pCount);
+  const TStandardStream out(STD_OUTPUT_HANDLE);
+  const TStandardStream err(STD_ERROR_HANDLE);
+  OleInitialize(nullptr);
+  int result = kivtool::Failed;
+  {
+    kiv::TShellFolderSource folders(kiv::TFactsPrecision::Exact);
+    kivtool::TEnvironment environment{
+        .folders = folders,
+        .out = [&out](std::string_view text) { return out.Write(text); },
+        .err = [&err](std::string_view text) { err.Write(text); },
+        .toLocalTime = &ToLocalTime,
+        .toFullPath = &ToFullPath,
+    };
+    result = kivtool::Run(arguments, environment);
+  }
+  kiv::Shutdown();
+  OleUninitialize();
+  return result;
+}

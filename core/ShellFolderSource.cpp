@@ -1,0 +1,179 @@
+#include <core/ShellFolderSource.h>
+
+#include <core/FolderEnumerator.h>
+#include <core/LongPath.h>
+#include <platform/ErrorMode.h>
+#include <platform/FaultGuard.h>
+#include <platform/ShellApi.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+constexpr HRESULT PathNotFound = HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
+constexpr HRESULT NotAFolder = HRESULT_FROM_WIN32(ERROR_DIRECTORY);
+constexpr HRESULT PathTooLong = HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
+
+bool IsDrivePath(const std::wstring& path) {
+  const bool letter = !path.empty() && ((path[0] >= L'A' && path[0] <= L'Z') || (path[0] >= L'a' && path[0] <= L'z'));
+  return letter && path.size() > 1 && path[1] == L':' && (path.size() == 2 || path[2] == L'\\');
+}
+
+bool IsUncPath(const std::wstring& path) {
+  return path.starts_with(LR"(\\)") && !path.starts_with(LR"(\\.\)") && path.find(LR"(::{)") == std::wstring::npos;
+}
+
+// The form that the shell parses: it knows neither forward slashes nor the long-path prefix, nor a bare "C:".
+std::wstring ToShellForm(std::wstring path) {
+  const bool named = path.starts_with(L"::") || path.starts_with(L"shell:") || path.find(L"://") != std::wstring::npos;
+  if (named) return path;
+  std::replace(path.begin(), path.end(), L'/', L'\\');
+  if (path.starts_with(LR"(\\?\UNC\)")) {
+    path = LR"(\\)" + path.substr(8);
+  } else if (path.starts_with(LR"(\\?\)") && IsDrivePath(path.substr(4))) {
+    path.erase(0, 4);
+  }
+  if (path.size() == 2 && IsDrivePath(path)) path += L'\\';
+  if (path.size() > 3 && path.back() == L'\\') path.pop_back();
+  return path;
+}
+
+// What the disk says of a folder's path, before the shell is asked: some shells list a drive that isn't there as empty.
+HRESULT CheckDisk(const std::wstring& path) {
+  const ScopedErrorMode mode;
+  if (GetFileAttributesW(ToLongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
+  return HRESULT_FROM_WIN32(GetLastError());
+}
+
+HRESULT Bind(IShellFolder* parent, PCUIDLIST_RELATIVE list, ComPtr<IShellFolder>& folder) {
+  void* found = nullptr;
+  const HRESULT hr = GuardedCall([&] { return parent->BindToObject(list, nullptr, IidOf<IShellFolder>(), &found); });
+  if (FAILED(hr)) return hr;
+  folder.Attach(static_cast<IShellFolder*>(found));
+  return folder ? S_OK : E_UNEXPECTED;
+}
+
+// Parses in one go from the root of the namespace.
+HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
+  const auto parse = ShellApi().SHParseDisplayName;
+  if (!parse) return E_NOTIMPL;
+  const ScopedErrorMode mode;
+  PIDLIST_ABSOLUTE raw = nullptr;
+  SFGAOF flags = SFGAO_FOLDER;
+  const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, SFGAO_FOLDER, &flags); });
+  const TUniqueItemIdList list(raw);
+  if (FAILED(hr)) return hr;
+  if (!list) return PathNotFound;
+  const bool is_root = list.Get()->mkid.cb == 0;
+  if (is_root) {
+    folder = Desktop();
+    return S_OK;
+  }
+  if ((flags & SFGAO_FOLDER) == 0) return NotAFolder;
+  return Bind(Desktop().Get(), list.Get(), folder);
+}
+
+// Parses a path that is too long for one go: name by name, each in its parent.
+HRESULT OpenByParents(const std::wstring& path, ComPtr<IShellFolder>& folder) {
+  std::size_t at = path.find(L'\\', IsUncPath(path) ? 2 : 0);
+  // The share belongs to the root of a UNC path.
+  if (IsUncPath(path) && at != std::wstring::npos) at = path.find(L'\\', at + 1);
+  if (at == std::wstring::npos) return PathTooLong;
+  HRESULT hr = OpenFromRoot(path.substr(0, at + 1), folder);
+  while (SUCCEEDED(hr) && at < path.size()) {
+    const std::size_t start = at + 1;
+    at = std::min(path.find(L'\\', start), path.size());
+    std::wstring name = path.substr(start, at - start);
+    if (name.empty()) continue;
+    PIDLIST_RELATIVE raw = nullptr;
+    hr = GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &raw, nullptr); });
+    const TUniqueItemIdList item(raw);
+    const ComPtr<IShellFolder> parent = std::move(folder);
+    if (SUCCEEDED(hr)) hr = item ? Bind(parent.Get(), item.Get(), folder) : PathNotFound;
+  }
+  return hr;
+}
+
+class TShellFolderStepper final : public IFolderStepper {
+public:
+  TShellFolderStepper(ComPtr<IShellFolder> pFolder, std::wstring pDiskPath, TFactsPrecision pPrecision)
+      : fEnumerator(pFolder), fFacts(std::move(pFolder), pDiskPath, pPrecision), fDiskPath(std::move(pDiskPath)) {}
+
+  TFolderStep Next(TFolderObject& pObject) override {
+    for (;;) {
+      const bool first = !fEnumerator.IsRunning();
+      if (first) fAny = false;
+      const TFolderStep step = fEnumerator.Next(fItem);
+      fStatus = fEnumerator.Status();
+      if (step == TFolderStep::End && !fAny && SUCCEEDED(fStatus)) return ConfirmEmpty();
+      if (step == TFolderStep::End || step == TFolderStep::Failed) return step;
+      fAny = true;
+      // An object that can't even be named is no use to anybody.
+      if (SUCCEEDED(fFacts.Read(fItem.Get(), pObject))) return step;
+    }
+  }
+
+  HRESULT Status() const override { return fStatus; }
+
+  std::wstring ObjectPath() const override {
+    STRRET answer{};
+    IShellFolder* const folder = fEnumerator.Folder().Get();
+    const auto item = static_cast<PCUITEMID_CHILD>(fItem.Get());
+    const auto convert = ShellApi().StrRetToStrW;
+    if (!item || !convert ||
+        FAILED(GuardedCall([&] { return folder->GetDisplayNameOf(item, SHGDN_FORPARSING, &answer); }))) {
+      return {};
+    }
+    TUniqueTaskText text;
+    return SUCCEEDED(convert(&answer, item, text.ReleaseAndGetAddressOf())) ? std::wstring(text.Get()) : std::wstring();
+  }
+
+private:
+  // Some shells keep a disk's refusal to themselves and list nothing.
+  TFolderStep ConfirmEmpty() {
+    if (fDiskPath.empty()) return TFolderStep::End;
+    const ScopedErrorMode mode;
+    WIN32_FIND_DATAW data;
+    const std::wstring all = ToLongPath(fDiskPath) + (fDiskPath.back() == L'\\' ? L"*" : L"\\*");
+    const TUniqueFind find(FindFirstFileW(all.c_str(), &data));
+    const DWORD error = find ? ERROR_SUCCESS : GetLastError();
+    if (error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND || error == ERROR_DIRECTORY) return TFolderStep::End;
+    fStatus = HRESULT_FROM_WIN32(error);
+    return TFolderStep::Failed;
+  }
+
+  TFolderEnumerator fEnumerator;
+  TObjectFacts fFacts;
+  std::wstring fDiskPath; // empty for a folder without a path
+  TUniqueItemIdList fItem;
+  HRESULT fStatus = S_OK;
+  bool fAny = false;
+};
+
+} // namespace
+
+TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision) noexcept : fPrecision(pPrecision) {}
+
+HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) {
+  pStepper.reset();
+  if (pPath.empty()) return PathNotFound;
+  if (pPath.size() > LongestPath) return PathTooLong;
+  const std::wstring path = ToShellForm(pPath);
+  const bool on_disk = IsDrivePath(path);
+  if (on_disk) {
+    const HRESULT hr = CheckDisk(path);
+    if (FAILED(hr)) return hr;
+  }
+  ComPtr<IShellFolder> folder;
+  HRESULT hr = OpenFromRoot(path, folder);
+  if (FAILED(hr) && path.size() >= MAX_PATH && (on_disk || IsUncPath(path))) hr = OpenByParents(path, folder);
+  if (FAILED(hr)) return hr;
+  pStepper =
+      std::make_unique<TShellFolderStepper>(std::move(folder), on_disk || IsUncPath(path) ? path : L"", fPrecision);
+  return S_OK;
+}
+
+} // namespace kiv
