@@ -56,14 +56,25 @@ HRESULT Bind(IShellFolder* parent, PCUIDLIST_RELATIVE list, ComPtr<IShellFolder>
   return folder ? S_OK : E_UNEXPECTED;
 }
 
+// Asked of the parent: what a parse says of flags on the side isn't reliable for virtual objects.
+bool IsFolder(PCIDLIST_ABSOLUTE list) {
+  void* found = nullptr;
+  PCUITEMID_CHILD child = nullptr;
+  if (FAILED(GuardedCall([&] { return SHBindToParent(list, IidOf<IShellFolder>(), &found, &child); }))) return false;
+  ComPtr<IShellFolder> parent;
+  parent.Attach(static_cast<IShellFolder*>(found));
+  SFGAOF flags = SFGAO_FOLDER;
+  const HRESULT hr = GuardedCall([&] { return parent->GetAttributesOf(1, &child, &flags); });
+  return SUCCEEDED(hr) && (flags & SFGAO_FOLDER) != 0;
+}
+
 // Parses in one go from the root of the namespace.
 HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
   const auto parse = ShellApi().SHParseDisplayName;
   if (!parse) return E_NOTIMPL;
   const ScopedErrorMode mode;
   PIDLIST_ABSOLUTE raw = nullptr;
-  SFGAOF flags = SFGAO_FOLDER;
-  const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, SFGAO_FOLDER, &flags); });
+  const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, 0, nullptr); });
   const TUniqueItemIdList list(raw);
   if (FAILED(hr)) return hr;
   if (!list) return PathNotFound;
@@ -72,8 +83,7 @@ HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
     folder = Desktop();
     return S_OK;
   }
-  if ((flags & SFGAO_FOLDER) == 0) return NotAFolder;
-  return Bind(Desktop().Get(), list.Get(), folder);
+  return IsFolder(list.Get()) ? Bind(Desktop().Get(), list.Get(), folder) : NotAFolder;
 }
 
 // Parses a path that is too long for one go: name by name, each in its parent.
@@ -169,7 +179,11 @@ HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_pt
   }
   ComPtr<IShellFolder> folder;
   HRESULT hr = OpenFromRoot(path, folder);
-  if (FAILED(hr) && path.size() >= MAX_PATH && (on_disk || IsUncPath(path))) hr = OpenByParents(path, folder);
+  if (FAILED(hr) && path.size() >= MAX_PATH && (on_disk || IsUncPath(path))) {
+    hr = OpenByParents(path, folder);
+    // The disk has it, and a shell that keeps to 260 characters says that it can't be found.
+    if (FAILED(hr) && on_disk && hr != NotAFolder) hr = PathTooLong;
+  }
   if (FAILED(hr)) return hr;
   pStepper =
       std::make_unique<TShellFolderStepper>(std::move(folder), on_disk || IsUncPath(path) ? path : L"", fPrecision);
