@@ -67,7 +67,7 @@ TFolderStep TFolderEnumerator::Next(TUniqueItemIdList& pItem) noexcept {
   if (fault) {
     item = nullptr;
     hr = GuardedCall(step, &fault);
-    if (fault || hr != S_OK) return Leave(TFolderStep::End, fault ? E_FAIL : hr);
+    if (fault || hr != S_OK) return Leave(TFolderStep::End, E_FAIL);
     outcome = TFolderStep::ObjectAfterFault;
   }
   if (FAILED(hr)) return Leave(TFolderStep::Failed, hr);

@@ -43,7 +43,7 @@ public:
   /// one. Behind End and Failed the next call starts over with the first object.
   TFolderStep Next(TUniqueItemIdList& pItem) noexcept;
 
-  /// What the platform answered to the last step. `S_OK`; `S_FALSE` at a true end; `E_FAIL` at an End that two crashes
+  /// What the platform answered to the last step. `S_OK`; `S_FALSE` at a true end; `E_FAIL` at an End that a crash
   /// brought about; `E_UNEXPECTED` at one where the folder claimed success and gave nothing; the failure after Failed.
   HRESULT Status() const noexcept { return fStatus; }
   /// True while a walk runs: between the first step and the end.

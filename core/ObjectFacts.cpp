@@ -84,13 +84,11 @@ public:
     if (fValue.vt == VT_I4) return fValue.lVal;
     return TFolderObject::UnknownSize;
   }
-  // Local time in a variant, as GetDetailsEx hands dates over.
+  // UTC: a FILETIME has no place in a variant, so it becomes a date without a change of zone.
   TFileTime Time() const {
-    SYSTEMTIME local;
     SYSTEMTIME utc;
     FILETIME time;
-    if (fValue.vt != VT_DATE || !VariantTimeToSystemTime(fValue.date, &local) ||
-        !TzSpecificLocalTimeToSystemTime(nullptr, &local, &utc) || !SystemTimeToFileTime(&utc, &time)) {
+    if (fValue.vt != VT_DATE || !VariantTimeToSystemTime(fValue.date, &utc) || !SystemTimeToFileTime(&utc, &time)) {
       return 0;
     }
     return TimeOf(time);
