@@ -46,9 +46,10 @@ public:
   using TToken = std::uint64_t;
 
   struct TFaults {
-    bool doubled = false;                      ///< each notice comes twice
-    std::size_t loseEvery = 0;                 ///< each so-manieth is lost; 0: none
-    std::optional<std::uint32_t> shuffledWith; ///< notices that were held back come in an order that this seed gives
+    bool doubled = false;      ///< each notice comes twice
+    std::size_t loseEvery = 0; ///< each so-manieth is lost; 0: none
+    std::optional<std::uint32_t> shuffledWith =
+        std::nullopt; ///< notices that were held back come in an order that this seed gives
   };
 
   /// Notices for a folder's objects and for the folder itself; for everything below it, if `pRecursive`; all notices
