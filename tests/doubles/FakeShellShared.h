@@ -4,6 +4,7 @@
 #include <doubles/FakeShellFolder.h>
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -27,7 +28,8 @@ struct TShellAnswer {
 };
 
 inline void Crash() {
-  volatile int* volatile nowhere = nullptr;
+  // Not null itself: checks for undefined behaviour would trap before the access.
+  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
   *nowhere = 1;
 }
 
