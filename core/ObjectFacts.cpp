@@ -1,9 +1,9 @@
 #include <core/ObjectFacts.h>
 
 #include <core/LongPath.h>
+#include <core/NameInFolder.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
-#include <platform/Handles.h>
 #include <platform/ShellApi.h>
 
 #include <propidl.h>
@@ -119,28 +119,19 @@ HRESULT TObjectFacts::Read(PCUITEMID_CHILD pItem, TFolderObject& pObject) {
                 : GuardedCall([&] { return get_data(fFolder.Get(), pItem, SHGDFIL_FINDDATA, &data, sizeof(data)); });
   const bool is_file = SUCCEEDED(found) && data.cFileName[0] != L'\0';
   ReadFlags(pItem, pObject.flags);
-  if (is_file) {
-    pObject.name = data.cFileName;
-    TakeFileData(data, pObject);
-    if (fPathLength != 0) ReadDisk(pObject);
+  // The name in the find data isn't taken: some shells keep it there in an 8-bit form that loses characters.
+  const DWORD form = is_file ? SHGDN_INFOLDER | SHGDN_FORPARSING : SHGDN_INFOLDER;
+  const HRESULT named = GetNameInFolder(fFolder.Get(), pItem, form, pObject.name);
+  if (FAILED(named)) {
+    pObject.flags = {};
+    return named;
+  }
+  if (!is_file) {
+    ReadDetails(pItem, pObject);
     return S_OK;
   }
-  const HRESULT named = ReadName(pItem, pObject.name);
-  if (SUCCEEDED(named)) ReadDetails(pItem, pObject);
-  return named;
-}
-
-HRESULT TObjectFacts::ReadName(PCUITEMID_CHILD pItem, std::wstring& pName) const {
-  pName.clear();
-  STRRET answer{};
-  const HRESULT hr = GuardedCall([&] { return fFolder->GetDisplayNameOf(pItem, SHGDN_INFOLDER, &answer); });
-  if (FAILED(hr)) return hr;
-  TUniqueTaskText text;
-  const auto convert = ShellApi().StrRetToStrW;
-  if (!convert) return E_NOTIMPL;
-  const HRESULT converted = convert(&answer, pItem, text.ReleaseAndGetAddressOf());
-  if (FAILED(converted)) return converted;
-  pName = text.Get();
+  TakeFileData(data, pObject);
+  if (fPathLength != 0) ReadDisk(pObject);
   return S_OK;
 }
 

@@ -32,7 +32,6 @@ public:
   HRESULT Read(PCUITEMID_CHILD pItem, TFolderObject& pObject);
 
 private:
-  HRESULT ReadName(PCUITEMID_CHILD pItem, std::wstring& pName) const;
   void ReadFlags(PCUITEMID_CHILD pItem, TObjectFlags& pFlags) const;
   void ReadDetails(PCUITEMID_CHILD pItem, TFolderObject& pObject);
   void ReadDisk(TFolderObject& pObject);

@@ -2,6 +2,7 @@
 
 #include <core/FolderEnumerator.h>
 #include <core/LongPath.h>
+#include <core/NameInFolder.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
@@ -129,16 +130,9 @@ public:
   HRESULT Status() const override { return fStatus; }
 
   std::wstring ObjectPath() const override {
-    STRRET answer{};
-    IShellFolder* const folder = fEnumerator.Folder().Get();
-    const auto item = static_cast<PCUITEMID_CHILD>(fItem.Get());
-    const auto convert = ShellApi().StrRetToStrW;
-    if (!item || !convert ||
-        FAILED(GuardedCall([&] { return folder->GetDisplayNameOf(item, SHGDN_FORPARSING, &answer); }))) {
-      return {};
-    }
-    TUniqueTaskText text;
-    return SUCCEEDED(convert(&answer, item, text.ReleaseAndGetAddressOf())) ? std::wstring(text.Get()) : std::wstring();
+    std::wstring path;
+    if (fItem) GetNameInFolder(fEnumerator.Folder().Get(), fItem.Get(), SHGDN_FORPARSING, path);
+    return path;
   }
 
 private:

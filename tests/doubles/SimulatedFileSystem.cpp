@@ -77,7 +77,7 @@ HRESULT SimulatedFileSystem::OpenFolder(const std::wstring& pPath, std::unique_p
   return S_OK;
 }
 
-std::wstring SimulatedFileSystem::Combine(const std::wstring& pFolder, const std::wstring& pName) const {
+std::wstring SimulatedFileSystem::Combine(const std::wstring& pFolder, const std::wstring& pName) {
   if (pFolder.empty()) return pName + L'\\';
   return pFolder.ends_with(L'\\') ? pFolder + pName : pFolder + L'\\' + pName;
 }

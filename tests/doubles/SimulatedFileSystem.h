@@ -54,7 +54,8 @@ public:
   SimulatedFileSystem& operator=(const SimulatedFileSystem&) = delete;
 
   HRESULT OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) override;
-  std::wstring Combine(const std::wstring& pFolder, const std::wstring& pName) const override;
+  /// The path of an object in a folder; the empty path is the computer.
+  static std::wstring Combine(const std::wstring& pFolder, const std::wstring& pName);
 
   /// Adds a drive with a medium: `AddDrive(L'C')`.
   HRESULT AddDrive(wchar_t pLetter);

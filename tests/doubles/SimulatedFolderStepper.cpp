@@ -93,6 +93,7 @@ HRESULT SimulatedFileSystem::TStepper::Attempt(TFolderObject& pObject) {
     pObject = {};
     pObject.name = fNames[fAt];
   }
+  fObjectPath = Combine(fFileSystem.PathOf(*fFolder), fNames[fAt]);
   bool stays = false;
   for (const auto& [step, fault] : fFolder->faults) stays |= fault.kind == TKind::SameObject && step <= fStep;
   if (!stays) ++fAt;

@@ -46,6 +46,7 @@ public:
 
   TFolderStep Next(TFolderObject& pObject) override;
   HRESULT Status() const override { return fStatus; }
+  std::wstring ObjectPath() const override { return fObjectPath; }
 
 private:
   HRESULT TakeNames();
@@ -63,6 +64,7 @@ private:
   std::size_t fStep = 0; // from 1
   std::size_t fAt = 0;   // in fNames
   HRESULT fStatus = S_OK;
+  std::wstring fObjectPath;
 };
 
 } // namespace kiv::test
