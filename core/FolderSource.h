@@ -38,7 +38,8 @@ class IFolderSource {
 public:
   virtual ~IFolderSource() = default;
 
-  /// Opens a folder by its path. The folder isn't listed yet: that begins with the first step.
+  /// Opens a folder by its path; the empty path is the computer. The folder isn't listed yet: that begins with the
+  /// first step.
   virtual HRESULT OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) = 0;
 };
 

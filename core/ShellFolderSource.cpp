@@ -14,6 +14,9 @@ namespace kiv {
 
 namespace {
 
+// The folder of the drives ("CLSID_MyComputer").
+constexpr wchar_t Computer[] = L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}";
+
 constexpr HRESULT PathNotFound = HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND);
 constexpr HRESULT NotAFolder = HRESULT_FROM_WIN32(ERROR_DIRECTORY);
 constexpr HRESULT PathTooLong = HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
@@ -163,9 +166,8 @@ TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision) noexcept : fP
 
 HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) {
   pStepper.reset();
-  if (pPath.empty()) return PathNotFound;
   if (pPath.size() > LongestPath) return PathTooLong;
-  const std::wstring path = ToShellForm(pPath);
+  const std::wstring path = pPath.empty() ? Computer : ToShellForm(pPath);
   const bool on_disk = IsDrivePath(path);
   if (on_disk) {
     const HRESULT hr = CheckDisk(path);

@@ -7,7 +7,7 @@
 namespace kiv {
 
 /// Folders of the real shell, by whatever name the shell parses: paths, "shell:" names, class identifiers in the form
-/// "::{...}". A stepper belongs to the apartment of the thread that opened it.
+/// "::{...}"; the empty path is the computer. A stepper belongs to the apartment of the thread that opened it.
 class KIV_EXPORT TShellFolderSource : public IFolderSource {
 public:
   explicit TShellFolderSource(TFactsPrecision pPrecision = TFactsPrecision::Listed) noexcept;

@@ -1,0 +1,204 @@
+#include "Commands.h"
+#include "ObjectText.h"
+#include "TextTable.h"
+
+#include <doubles/SimulatedFileSystem.h>
+#include <platform/Text.h>
+
+#include <nlohmann/json.hpp>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace kivtool {
+namespace {
+
+using kiv::TFolderObject;
+using kiv::TObjectFlag;
+using kiv::test::SimulatedFileSystem;
+using kiv::test::TStepFault;
+
+class Commands : public testing::Test {
+protected:
+  void SetUp() override {
+    fFiles.AddDrive(L'C');
+    fFiles.MakeFolder(L"C:\\Dir");
+    fFiles.MakeFolder(L"C:\\Dir\\sub");
+    fFiles.MakeFile(L"C:\\Dir\\a.txt", 1234567);
+    fFiles.MakeFile(L"C:\\Dir\\b", 1);
+  }
+
+  int Run(const std::vector<std::wstring>& arguments) {
+    fOut.clear();
+    fErr.clear();
+    TEnvironment environment{
+        .folders = fFiles,
+        .out =
+            [this](std::string_view text) {
+              if (fOut.size() + text.size() > fRoom) return false;
+              fOut += text;
+              return true;
+            },
+        .err = [this](std::string_view text) { fErr += text; },
+        .toLocalTime = [](kiv::TFileTime time) { return time + 36'000'000'000; }, // an hour east
+        .toFullPath = [](const std::wstring& path) { return path == L"." ? L"C:\\Dir" : path; },
+    };
+    return kivtool::Run(arguments, environment);
+  }
+  std::vector<std::string> Lines() const {
+    std::vector<std::string> lines;
+    std::istringstream stream(fOut);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+  }
+
+  SimulatedFileSystem fFiles;
+  std::size_t fRoom = 1'000'000;
+  std::string fOut;
+  std::string fErr;
+};
+
+TEST_F(Commands, WalkPrintsATableWithItsTotals) {
+  EXPECT_EQ(Run({L"walk", L"."}), Succeeded);
+  EXPECT_EQ(fErr, "");
+  EXPECT_EQ(Lines(), (std::vector<std::string>{
+                         "Name          Kind          Size  Changed           Path",
+                         "a.txt         File     1,234,567  2020-01-01 01:00  C:\\Dir\\a.txt",
+                         "b             File             1  2020-01-01 01:00  C:\\Dir\\b",
+                         "sub           Folder              2020-01-01 01:00  C:\\Dir\\sub",
+                         "",
+                         "3 objects, 1 folder, 1,234,568 bytes",
+                     }));
+  fFiles.MakeFolder(L"C:\\Empty");
+  EXPECT_EQ(Run({L"walk", L"C:\\Empty"}), Succeeded);
+  EXPECT_EQ(Lines().back(), "0 objects, 0 folders, 0 bytes");
+}
+
+TEST_F(Commands, WalkPrintsJsonThatKeepsEveryName) {
+  const std::wstring lone = std::wstring(L"x") + static_cast<wchar_t>(0xD800);
+  const std::wstring odd = L"q\"\\\n\x05D0";
+  fFiles.MakeFile(L"C:\\Dir\\" + lone, 5);
+  EXPECT_EQ(Run({L"walk", L"--json", L"C:\\Dir"}), Succeeded);
+  const auto all = nlohmann::json::parse(fOut);
+  ASSERT_EQ(all.size(), 4U);
+  EXPECT_EQ(all[0]["name"], "a.txt");
+  EXPECT_EQ(all[0]["size"], 1234567);
+  EXPECT_EQ(all[0]["path"], "C:\\Dir\\a.txt");
+  EXPECT_FALSE(all[0].contains("nameUtf16"));
+  EXPECT_EQ(all[2]["name"], "sub");
+  EXPECT_TRUE(all[2]["size"].is_null());
+  EXPECT_EQ(all[2]["flags"], nlohmann::json::parse(R"(["folder", "fileSystem"])"));
+  EXPECT_EQ(all[3]["nameUtf16"], nlohmann::json::parse("[120, 55296]"));
+  EXPECT_EQ(all[3]["name"], "x\xEF\xBF\xBD");
+  EXPECT_EQ(Lines().size(), 6U) << "an object a line";
+  // Each text by itself: what would break out of a JSON string or a terminal's line.
+  TFolderObject object;
+  object.name = odd;
+  EXPECT_EQ(nlohmann::json::parse(JsonOf(object, odd))["path"], kiv::ToUtf8(odd));
+  EXPECT_EQ(Printable(L"a\x1B[31m\n\x202E"
+                      L"b\x7F"),
+            "a\xEF\xBF\xBD[31m\xEF\xBF\xBD\xEF\xBF\xBD"
+            "b\xEF\xBF\xBD");
+  fFiles.MakeFolder(L"C:\\Empty");
+  EXPECT_EQ(Run({L"walk", L"--json", L"C:\\Empty"}), Succeeded);
+  EXPECT_TRUE(nlohmann::json::parse(fOut).empty());
+}
+
+TEST_F(Commands, WalkSaysWhatFailedAndPrintsWhatItHas) {
+  EXPECT_EQ(Run({L"walk", L"C:\\none"}), Failed);
+  EXPECT_TRUE(fErr.starts_with("kivtool: can't list \"C:\\none\": "));
+  EXPECT_EQ(fOut, "");
+  EXPECT_EQ(Run({L"walk", L"C:\\" + std::wstring(40000, L'x')}), Failed);
+  EXPECT_LT(fErr.size(), 500U) << "a message of a readable length";
+
+  fFiles.AddFault(L"C:\\Dir", 2, TStepFault::Fail(HRESULT_FROM_WIN32(ERROR_NOT_READY)));
+  EXPECT_EQ(Run({L"walk", L"--json", L"C:\\Dir"}), Failed);
+  EXPECT_EQ(nlohmann::json::parse(fOut).size(), 1U);
+  EXPECT_FALSE(fErr.empty());
+  fFiles.ClearFaults(L"C:\\Dir");
+  fFiles.AddFault(L"C:\\Dir", 2, TStepFault::Crash(1));
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir"}), Succeeded) << "one crash loses nothing";
+  EXPECT_EQ(Lines().back(), "3 objects, 1 folder, 1,234,568 bytes");
+  fFiles.ClearFaults(L"C:\\Dir");
+  fFiles.AddFault(L"C:\\Dir", 2, TStepFault::Crash(2));
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir"}), Failed);
+  EXPECT_NE(fErr.find("may not be all"), std::string::npos);
+}
+
+TEST_F(Commands, WalkEndsWhenNobodyReads) {
+  for (const wchar_t* form : {L"--json", L"--"}) {
+    fRoom = 0;
+    EXPECT_EQ(Run({L"walk", form, L"C:\\Dir"}), Interrupted);
+  }
+}
+
+TEST_F(Commands, TheCommandLineIsUnderstoodOrRefused) {
+  const struct {
+    std::vector<std::wstring> arguments;
+    int result;
+    const char* text; // of the output, or of the complaint
+  } cases[] = {
+      {{}, UsageError, "no command given"},
+      {{L"frobnicate"}, UsageError, "unknown command \"frobnicate\""},
+      {{L"walk"}, UsageError, "no path given"},
+      {{L"walk", L"--color", L"C:\\"}, UsageError, "unknown option \"--color\""},
+      {{L"walk", L"C:\\", L"D:\\"}, UsageError, "\"D:\\\" is one too many"},
+      {{L"walk", L"--", L"--json"}, Failed, "can't list \"--json\""},
+      {{L"walk", L""}, Succeeded, "1 object, 1 folder"},
+      {{L"help", L"me"}, UsageError, "takes no arguments"},
+      {{L"help"}, Succeeded, "Usage:"},
+      {{L"--help"}, Succeeded, "walk PATH"},
+      {{L"version"}, Succeeded, "kivtool 12."},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Run(c.arguments), c.result) << c.text;
+    const std::string& said = c.result == Succeeded ? fOut : fErr;
+    EXPECT_NE(said.find(c.text), std::string::npos) << said;
+    EXPECT_TRUE((c.result == Succeeded ? fErr : fOut).empty());
+  }
+}
+
+TEST(ObjectText, TellsKindsSizesAndTimes) {
+  const auto kind = [](kiv::TObjectFlags flags) {
+    TFolderObject object;
+    object.flags = flags;
+    return KindOf(object);
+  };
+  EXPECT_EQ(kind({TObjectFlag::Folder, TObjectFlag::FileSystem, TObjectFlag::Stream}), "Archive");
+  EXPECT_EQ(kind({TObjectFlag::Folder, TObjectFlag::Link}), "Folder");
+  EXPECT_EQ(kind({TObjectFlag::FileSystem, TObjectFlag::Link}), "Link");
+  EXPECT_EQ(kind({TObjectFlag::Stream}), "File");
+  EXPECT_EQ(kind({}), "Object");
+  EXPECT_EQ(Grouped(0), "0");
+  EXPECT_EQ(Grouped(999), "999");
+  EXPECT_EQ(Grouped(18446744073709551615ULL), "18,446,744,073,709,551,615");
+  EXPECT_EQ(SizeText(-1), "");
+  EXPECT_EQ(MinuteText(0), "");
+  EXPECT_EQ(IsoText(1), "1601-01-01T00:00:00.0000001Z");
+  EXPECT_EQ(IsoText(132'223'968'001'234'567), "2020-01-02T00:00:00.1234567Z");
+  EXPECT_EQ(MinuteText(125'963'423'990'000'000), "2000-02-29 23:59");
+  EXPECT_EQ(IsoText(0x7FFF'FFFF'FFFF'FFFF).substr(0, 5), "30828");
+}
+
+TEST(TextTable, WidensInBatchesAndCutsNothing) {
+  std::vector<std::string> pieces;
+  TTextTable table({{"A", 2, 4}, {"N", 1, 9, true}, {"Z", 0, 0}}, [&](std::string_view text) {
+    pieces.emplace_back(text);
+    return true;
+  });
+  EXPECT_TRUE(table.Add({"\xC3\xA4", "1", "z"}));
+  EXPECT_TRUE(table.Add({"longer", "22", ""}));
+  EXPECT_TRUE(pieces.empty());
+  EXPECT_TRUE(table.Flush());
+  EXPECT_TRUE(table.Add({"b", "3", "end"}));
+  EXPECT_TRUE(table.Flush());
+  ASSERT_EQ(pieces.size(), 2U);
+  EXPECT_EQ(pieces[0], "A      N  Z\n\xC3\xA4      1  z\nlonger  22\n");
+  EXPECT_EQ(pieces[1], "b      3  end\n");
+}
+
+} // namespace
+} // namespace kivtool

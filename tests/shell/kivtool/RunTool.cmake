@@ -1,0 +1,51 @@
+# Runs kivtool as a user does, on files made here, and compares what comes out of it:
+# cmake -D RUN=emulator -D TOOL=kivtool.exe -D FOLDER=... -P RunTool.cmake
+file(REMOVE_RECURSE "${FOLDER}")
+file(WRITE "${FOLDER}/plain.txt" "12345")
+file(WRITE "${FOLDER}/ä中📁 אב.txt" "1")
+file(MAKE_DIRECTORY "${FOLDER}/sub")
+# Under Wine drive Z: is the root of this machine.
+if(RUN)
+  string(REPLACE "/" "\\" windows_folder "Z:${FOLDER}")
+else()
+  file(TO_NATIVE_PATH "${FOLDER}" windows_folder)
+endif()
+
+function(expect what actual expected)
+  if(NOT actual STREQUAL expected)
+    message(FATAL_ERROR "${what}: \"${actual}\" instead of \"${expected}\"")
+  endif()
+endfunction()
+
+execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}" --json
+                RESULT_VARIABLE result OUTPUT_VARIABLE json ERROR_VARIABLE errors)
+expect("exit code" "${result}" 0)
+string(JSON count LENGTH "${json}")
+expect("objects" ${count} 3)
+set(found "")
+foreach(i RANGE 2)
+  string(JSON name GET "${json}" ${i} name)
+  string(JSON kind GET "${json}" ${i} kind)
+  string(JSON size ERROR_VARIABLE none GET "${json}" ${i} size)
+  string(JSON path GET "${json}" ${i} path)
+  expect("path of ${name}" "${path}" "${windows_folder}\\${name}")
+  list(APPEND found "${name}|${kind}|${size}")
+endforeach()
+list(SORT found)
+expect("objects" "${found}" "plain.txt|File|5;sub|Folder|;ä中📁 אב.txt|File|1")
+
+execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}\\none"
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+expect("exit code for a missing folder" "${result}" 1)
+expect("output for a missing folder" "${output}" "")
+if(NOT errors MATCHES "kivtool: can't list \"[^\"]*none\": [^\n]+")
+  message(FATAL_ERROR "no error line: ${errors}")
+endif()
+
+execute_process(COMMAND ${RUN} "${TOOL}" walk RESULT_VARIABLE result OUTPUT_QUIET ERROR_QUIET)
+expect("exit code for a bad command line" "${result}" 2)
+
+execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}\\sub" RESULT_VARIABLE result OUTPUT_VARIABLE output)
+if(NOT output MATCHES "0 objects, 0 folders, 0 bytes\n$" OR output MATCHES "\r")
+  message(FATAL_ERROR "the output isn't passed through as it is: ${output}")
+endif()
