@@ -135,7 +135,7 @@ void TStrings::AddParsed(std::vector<std::wstring> pTexts) {
   for (const std::wstring& text : pTexts) AddObject(text, 0);
 }
 
-void TStrings::Replace(std::vector<std::wstring> pTexts) {
+void TStrings::SetStrings(std::vector<std::wstring> pTexts) {
   Update([this, &pTexts] {
     Clear();
     AddParsed(std::move(pTexts));
@@ -158,7 +158,7 @@ void TStrings::SetText(std::wstring_view pText) {
     const bool isPair = pText.size() > 1 && pText[0] == L'\r' && pText[1] == L'\n';
     pText.remove_prefix(pText.empty() ? 0 : isPair ? 2 : 1);
   }
-  Replace(std::move(lines));
+  SetStrings(std::move(lines));
 }
 
 std::wstring TStrings::Join(const TFormat& pFormat) const {
@@ -235,7 +235,7 @@ std::wstring TStrings::GetDelimitedText() const {
 }
 
 void TStrings::SetDelimitedText(std::wstring_view pText) {
-  Replace(Split(pText, fFormat));
+  SetStrings(Split(pText, fFormat));
 }
 
 std::wstring TStrings::GetCommaText() const {
@@ -243,7 +243,7 @@ std::wstring TStrings::GetCommaText() const {
 }
 
 void TStrings::SetCommaText(std::wstring_view pText) {
-  Replace(Split(pText, TFormat{}));
+  SetStrings(Split(pText, TFormat{}));
 }
 
 std::wstring TStrings::GetNameAt(int pIndex) const {

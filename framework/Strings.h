@@ -45,6 +45,8 @@ public:
   void Insert(int pIndex, const std::wstring& pText) { InsertObject(pIndex, pText, 0); }
   /// Appends all entries of another list, with their objects. The list itself is a valid source.
   void AddStrings(const TStrings& pSource);
+  /// Replaces all entries by texts without objects, in the list's own order if it has one.
+  void SetStrings(std::vector<std::wstring> pTexts);
   int IndexOfObject(std::intptr_t pObject) const;
   /// The same texts in the same order, case included.
   bool Equals(const TStrings& pOther) const;
@@ -122,7 +124,6 @@ private:
 
   std::wstring Join(const TFormat& pFormat) const;
   static std::vector<std::wstring> Split(std::wstring_view pText, const TFormat& pFormat);
-  void Replace(std::vector<std::wstring> pTexts);
 
   TFormat fFormat;
   int fUpdateCount = 0;
