@@ -43,10 +43,9 @@ private:
   void Line(const std::wstring& content) {
     fText.append(static_cast<std::size_t>(fDepth) * 2, L' ').append(content).push_back(L'\n');
   }
-  void Enter(const std::wstring& where) {
-    if (++fDepth > MaxComponentTextDepth) {
-      throw EPropertyError(where + L" is nested more than " + std::to_wstring(MaxComponentTextDepth) + L" deep.");
-    }
+  void CheckDepth(int depth, const std::wstring& where) const {
+    if (depth <= MaxComponentTextDepth) return;
+    throw EPropertyError(where + L" is nested more than " + std::to_wstring(MaxComponentTextDepth) + L" deep.");
   }
 
   TComponent& fRoot;
@@ -67,7 +66,7 @@ void TComponentWriter::WriteComponent(TComponent& component) {
   const std::wstring& name = component.GetName();
   const std::wstring where = name.empty() ? component.ClassName() : name;
   Line(L"component " + ClassOf(component, where).GetName() + (name.empty() ? L"" : L" ") + name + L" {");
-  Enter(where);
+  CheckDepth(++fDepth, where);
   WriteProperties(component, where);
   for (TComponent* owned : component.GetComponents()) WriteComponent(*owned);
   --fDepth;
@@ -104,12 +103,14 @@ void TComponentWriter::WriteObject(TPersistent& object, const TProperty& propert
   const std::size_t before = fText.size();
   Line(property.name + L" = {");
   const std::size_t opened = fText.size();
-  Enter(where);
+  // An object that has nothing to save doesn't count as a level; but there has to be an end to looking.
+  CheckDepth(++fDepth / 2, where);
   WriteProperties(*inner, where);
-  --fDepth;
+  const int depth = fDepth--;
   if (fText.size() == opened) {
     fText.resize(before); // nothing differs from its default
   } else {
+    CheckDepth(depth, where);
     Line(L"}");
   }
 }
