@@ -47,7 +47,7 @@ TEST(StringList, RandomOperationsFollowTheModel) {
   TStringList list;
   TModel model;
   const auto below = [&](std::size_t count) { return static_cast<std::ptrdiff_t>(random() % count); };
-  for (std::intptr_t step = 0; step < 20000; ++step) {
+  for (std::intptr_t step = 0; step < 8000; ++step) {
     const std::wstring text = L"t" + std::to_wstring(random() % 50);
     const auto what = random() % 10;
     if (model.empty() || what < 3) {
@@ -99,7 +99,7 @@ TEST(StringList, SortedListsFollowTheModelInEveryDuplicatesMode) {
       const auto compare = [&](const std::wstring& a, const std::wstring& b) {
         return caseSensitive ? a.compare(b) : CompareText(a, b);
       };
-      for (std::intptr_t step = 0; step < 3000; ++step) {
+      for (std::intptr_t step = 0; step < 1000; ++step) {
         std::wstring text(1 + random() % 2, L'a');
         for (wchar_t& c : text) c = L"aAbB_Z"[random() % 6];
         const auto equal = [&](const TEntry& e) { return compare(e.text, text) == 0; };
