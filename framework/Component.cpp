@@ -161,14 +161,24 @@ void TComponent::Detach(TComponent* pComponent) noexcept {
 
 void TComponent::FreeNotification(TComponent* pComponent) {
   if (!pComponent || pComponent == this) return;
-  if (std::find(fLinked.rbegin(), fLinked.rend(), pComponent) != fLinked.rend()) return;
-  pComponent->fLinked.reserve(pComponent->fLinked.size() + 1);
+  // In the shorter list: half the components of a form may be linked to one of them.
+  const bool isShorter = fLinked.size() <= pComponent->fLinked.size();
+  const std::vector<TComponent*>& list = isShorter ? fLinked : pComponent->fLinked;
+  if (std::find(list.begin(), list.end(), isShorter ? pComponent : this) != list.end()) return;
   fLinked.push_back(pComponent);
-  pComponent->fLinked.push_back(this);
+  try {
+    pComponent->fLinked.push_back(this);
+  } catch (...) {
+    fLinked.pop_back();
+    throw;
+  }
 }
 
 void TComponent::RemoveFreeNotification(TComponent* pComponent) noexcept {
-  if (pComponent && EraseLast(fLinked, pComponent)) EraseLast(pComponent->fLinked, this);
+  if (!pComponent) return;
+  const bool isShorter = fLinked.size() <= pComponent->fLinked.size();
+  if (!EraseLast(isShorter ? fLinked : pComponent->fLinked, isShorter ? pComponent : this)) return;
+  EraseLast(isShorter ? pComponent->fLinked : fLinked, isShorter ? this : pComponent);
 }
 
 void TComponent::BeginLoading() noexcept {
