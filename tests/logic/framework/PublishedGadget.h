@@ -1,0 +1,142 @@
+#pragma once
+
+#include <framework/PropertyRegistry.h>
+#include <framework/StringList.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+
+namespace kiv {
+
+enum class TGadgetMode { gmOff, gmSlow, gmFast, gmUnnamed };
+using TGadgetModes = TSet<TGadgetMode>;
+
+template <>
+struct TEnumNames<TGadgetMode> {
+  static constexpr TEnumName<TGadgetMode> Values[] = {
+      {TGadgetMode::gmOff, L"gmOff"}, {TGadgetMode::gmSlow, L"gmSlow"}, {TGadgetMode::gmFast, L"gmFast"}};
+};
+
+/// A nested object with properties.
+class TGadgetFont : public TPersistent {
+public:
+  std::wstring ClassName() const override { return L"TGadgetFont"; }
+  void Assign(const TPersistent* pSource) override {
+    const auto* const source = dynamic_cast<const TGadgetFont*>(pSource);
+    if (!source) return TPersistent::Assign(pSource);
+    fName = source->fName;
+    fSize = source->fSize;
+  }
+  const std::wstring& GetName() const { return fName; }
+  void SetName(const std::wstring& pName) { fName = pName; }
+  std::int8_t GetSize() const { return fSize; }
+  void SetSize(std::int8_t pSize) { fSize = pSize; }
+
+private:
+  std::wstring fName;
+  std::int8_t fSize = 8;
+};
+
+/// A component with a property of every kind.
+class TGadget : public TComponent {
+public:
+  explicit TGadget(TComponent* pOwner = nullptr) : TComponent(pOwner) { ++Living; }
+  ~TGadget() override { --Living; }
+  std::wstring ClassName() const override { return L"TGadget"; }
+
+  bool GetEnabled() const { return fEnabled; }
+  void SetEnabled(bool pEnabled) { fEnabled = pEnabled; }
+  std::uint8_t GetCount() const { return fCount; }
+  void SetCount(std::uint8_t pCount) {
+    if (pCount == 13) throw EInvalidOperation(L"thirteen brings bad luck");
+    fCount = pCount;
+  }
+  std::int64_t GetBig() const { return fBig; }
+  void SetBig(std::int64_t pBig) { fBig = pBig; }
+  double GetRatio() const { return fRatio; }
+  void SetRatio(double pRatio) { fRatio = pRatio; }
+  float GetShort() const { return fShort; }
+  void SetShort(float pShort) { fShort = pShort; }
+  const std::wstring& GetFilter() const { return fFilter; }
+  void SetFilter(const std::wstring& pFilter) { fFilter = pFilter; }
+  TGadgetMode GetMode() const { return fMode; }
+  void SetMode(TGadgetMode pMode) { fMode = pMode; }
+  TGadgetModes GetModes() const { return fModes; }
+  void SetModes(TGadgetModes pModes) { fModes = pModes; }
+  TGadget* GetLink() const { return fLink; }
+  void SetLink(TGadget* pLink) {
+    WasLinkedWhileLoading = WasLinkedWhileLoading || (IsLoading() && pLink);
+    if (fLink) fLink->RemoveFreeNotification(this);
+    fLink = pLink;
+    if (fLink) fLink->FreeNotification(this);
+  }
+  TGadgetFont& GetFont() { return fFont; }
+  TStringList* GetLines() { return &fLines; }
+
+  /// What the loader did to this one.
+  int LoadedCalls = 0;
+  bool LinkStoodWhenLoaded = false;
+  bool WasLinkedWhileLoading = false;
+  static inline int Living = 0;
+
+protected:
+  void Notification(TComponent* pComponent, TOperation pOperation) override {
+    if (pOperation == TOperation::opRemove && pComponent == fLink) fLink = nullptr;
+    TComponent::Notification(pComponent, pOperation);
+  }
+  void Loaded() override {
+    TComponent::Loaded();
+    ++LoadedCalls;
+    LinkStoodWhenLoaded = fLink != nullptr;
+    if (fFilter == L"raise when loaded") throw EInvalidOperation(L"as told");
+  }
+
+private:
+  bool fEnabled = true;
+  std::uint8_t fCount = 0;
+  std::int64_t fBig = 0;
+  double fRatio = 0;
+  float fShort = 0;
+  std::wstring fFilter;
+  TGadgetMode fMode = TGadgetMode::gmOff;
+  TGadgetModes fModes;
+  TGadget* fLink = nullptr;
+  TGadgetFont fFont;
+  TStringList fLines;
+};
+
+/// Inherits all of it and adds one.
+class TGadgetBox : public TGadget {
+public:
+  explicit TGadgetBox(TComponent* pOwner = nullptr) : TGadget(pOwner) {}
+  std::wstring ClassName() const override { return L"TGadgetBox"; }
+  const std::wstring& GetCaption() const { return fCaption; }
+  void SetCaption(const std::wstring& pCaption) { fCaption = pCaption; }
+
+private:
+  std::wstring fCaption = L"Box";
+};
+
+/// May be called any number of times.
+inline void PublishGadgets() {
+  PublishClass<TGadgetFont, TPersistent>(L"TGadgetFont", L"A font, as far as the tests need one.")
+      .Property(L"Name", &TGadgetFont::GetName, &TGadgetFont::SetName, L"", L"The family.")
+      .Property(L"Size", &TGadgetFont::GetSize, &TGadgetFont::SetSize, std::int8_t{8}, L"In points.");
+  PublishClass<TGadget>(L"TGadget", L"Has a property of every kind.")
+      .Property(L"Enabled", &TGadget::GetEnabled, &TGadget::SetEnabled, true, L"")
+      .Property(L"Count", &TGadget::GetCount, &TGadget::SetCount, std::uint8_t{0}, L"")
+      .Property(L"Big", &TGadget::GetBig, &TGadget::SetBig, 0, L"")
+      .Property(L"Ratio", &TGadget::GetRatio, &TGadget::SetRatio, 0.0, L"")
+      .Property(L"Short", &TGadget::GetShort, &TGadget::SetShort, 0.0F, L"")
+      .Property(L"Filter", &TGadget::GetFilter, &TGadget::SetFilter, L"", L"")
+      .Property(L"Mode", &TGadget::GetMode, &TGadget::SetMode, L"Always saved.")
+      .Property(L"Modes", &TGadget::GetModes, &TGadget::SetModes, TGadgetModes{}, L"")
+      .Property(L"Link", &TGadget::GetLink, &TGadget::SetLink, L"")
+      .Object(L"Font", &TGadget::GetFont, L"")
+      .Object(L"Lines", &TGadget::GetLines, L"");
+  PublishClass<TGadgetBox, TGadget>(L"TGadgetBox", L"A gadget with a caption.")
+      .Property(L"Caption", &TGadgetBox::GetCaption, &TGadgetBox::SetCaption, L"Box", L"");
+}
+
+} // namespace kiv
