@@ -42,7 +42,7 @@ TFolderStep TFolderEnumerator::Leave(TFolderStep pStep, HRESULT pStatus) noexcep
 }
 
 // Object: an enumerator is at hand.
-TFolderStep TFolderEnumerator::Begin() noexcept {
+TFolderStep TFolderEnumerator::Begin() {
   if (!fFolder) return Leave(TFolderStep::End, S_FALSE);
   IEnumIDList* objects = nullptr;
   const HRESULT hr = GuardedCall([&] { return fFolder->EnumObjects(fOptions.window, fOptions.flags, &objects); });
@@ -52,7 +52,7 @@ TFolderStep TFolderEnumerator::Begin() noexcept {
   return TFolderStep::Object;
 }
 
-TFolderStep TFolderEnumerator::Next(TUniqueItemIdList& pItem) noexcept {
+TFolderStep TFolderEnumerator::Next(TUniqueItemIdList& pItem) {
   const ScopedErrorMode mode(fOptions.showErrorMessages ? 0 : SEM_FAILCRITICALERRORS);
   if (!fObjects) {
     const TFolderStep begun = Begin();

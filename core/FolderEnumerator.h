@@ -41,7 +41,7 @@ public:
 
   /// The next object, as an item list relative to the folder, owned by the caller. `pItem` is written only if there is
   /// one. Behind End and Failed the next call starts over with the first object.
-  TFolderStep Next(TUniqueItemIdList& pItem) noexcept;
+  TFolderStep Next(TUniqueItemIdList& pItem);
 
   /// What the platform answered to the last step. `S_OK`; `S_FALSE` at a true end; `E_FAIL` at an End that a crash
   /// brought about; `E_UNEXPECTED` at one where the folder claimed success and gave nothing; the failure after Failed.
@@ -54,7 +54,7 @@ public:
   const ComPtr<IShellFolder>& Folder() const noexcept { return fFolder; }
 
 private:
-  TFolderStep Begin() noexcept;
+  TFolderStep Begin();
   TFolderStep Leave(TFolderStep pStep, HRESULT pStatus) noexcept;
 
   ComPtr<IShellFolder> fFolder;

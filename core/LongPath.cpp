@@ -1,5 +1,7 @@
 #include <core/LongPath.h>
 
+#include <platform/Characters.h>
+
 #include <algorithm>
 
 namespace kiv {
@@ -8,10 +10,6 @@ namespace {
 
 // From here on plain paths fail: a folder's path must leave room for a short file name in it ("CreateDirectory").
 constexpr std::size_t PlainPathLimit = 248;
-
-bool IsDriveLetter(wchar_t c) {
-  return (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z');
-}
 
 } // namespace
 
@@ -22,7 +20,7 @@ std::wstring ToLongPath(const std::wstring& pPath) {
   const bool prefixed = path.starts_with(LR"(\\?\)") || path.starts_with(LR"(\\.\)");
   if (prefixed) return path;
   if (path.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + path.substr(2);
-  if (IsDriveLetter(path[0]) && path[1] == L':' && path[2] == L'\\') return LR"(\\?\)" + path;
+  if (IsAsciiLetter(path[0]) && path[1] == L':' && path[2] == L'\\') return LR"(\\?\)" + path;
   return path;
 }
 

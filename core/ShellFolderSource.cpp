@@ -3,6 +3,7 @@
 #include <core/FolderEnumerator.h>
 #include <core/LongPath.h>
 #include <core/NameInFolder.h>
+#include <platform/Characters.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
@@ -22,8 +23,7 @@ constexpr HRESULT NotAFolder = HRESULT_FROM_WIN32(ERROR_DIRECTORY);
 constexpr HRESULT PathTooLong = HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
 
 bool IsDrivePath(const std::wstring& path) {
-  const bool letter = !path.empty() && ((path[0] >= L'A' && path[0] <= L'Z') || (path[0] >= L'a' && path[0] <= L'z'));
-  return letter && path.size() > 1 && path[1] == L':' && (path.size() == 2 || path[2] == L'\\');
+  return path.size() > 1 && IsAsciiLetter(path[0]) && path[1] == L':' && (path.size() == 2 || path[2] == L'\\');
 }
 
 bool IsUncPath(const std::wstring& path) {

@@ -2,6 +2,7 @@
 
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
+#include <platform/Characters.h>
 #include <platform/Version.h>
 
 #include <algorithm>
@@ -11,14 +12,6 @@
 namespace kiv {
 
 namespace {
-
-constexpr bool IsLetter(wchar_t c) {
-  return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
-}
-
-constexpr bool IsDigit(wchar_t c) {
-  return c >= L'0' && c <= L'9';
-}
 
 // Names are ASCII, so this is all there is to their case.
 std::wstring NameKey(std::wstring_view name) {
@@ -44,8 +37,9 @@ struct TComponent::TNameIndex {
 };
 
 bool IsIdentifier(std::wstring_view pText) noexcept {
-  if (pText.empty() || !IsLetter(pText.front())) return false;
-  return std::all_of(pText.begin(), pText.end(), [](wchar_t c) { return IsLetter(c) || IsDigit(c); });
+  if (pText.empty() || IsAsciiDigit(pText.front())) return false;
+  return std::all_of(pText.begin(), pText.end(),
+                     [](wchar_t c) { return IsAsciiLetter(c) || IsAsciiDigit(c) || c == L'_'; });
 }
 
 TComponent::TComponent(TComponent* pOwner) {

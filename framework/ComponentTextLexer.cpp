@@ -1,5 +1,7 @@
 #include <framework/ComponentTextLexer.h>
 
+#include <platform/Characters.h>
+
 #include <cstdint>
 
 namespace kiv {
@@ -7,26 +9,10 @@ namespace kiv {
 namespace {
 
 constexpr bool IsLetter(wchar_t c) {
-  return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
+  return IsAsciiLetter(c) || c == L'_';
 }
-constexpr bool IsDigit(wchar_t c) {
-  return c >= L'0' && c <= L'9';
-}
-constexpr int HexDigit(wchar_t c) {
-  if (IsDigit(c)) return c - L'0';
-  if (c >= L'a' && c <= L'f') return c - L'a' + 10;
-  if (c >= L'A' && c <= L'F') return c - L'A' + 10;
-  return -1;
-}
-
 constexpr std::uint32_t UnitOf(wchar_t c) {
   return sizeof(wchar_t) == 2 ? static_cast<std::uint32_t>(c) & 0xFFFFU : static_cast<std::uint32_t>(c);
-}
-constexpr bool IsHighSurrogate(std::uint32_t c) {
-  return c >= 0xD800 && c <= 0xDBFF;
-}
-constexpr bool IsLowSurrogate(std::uint32_t c) {
-  return c >= 0xDC00 && c <= 0xDFFF;
 }
 
 void AppendHexEscape(std::wstring& out, std::uint32_t unit) {
@@ -116,7 +102,7 @@ TToken TComponentTextLexer::Next() {
     token.text = TakeIdentifier();
   } else if (c == L'"') {
     ReadString(token);
-  } else if (IsDigit(c) || c == L'-') {
+  } else if (IsAsciiDigit(c) || c == L'-') {
     ReadNumber(token);
   } else if (c == L'@') {
     ReadReference(token);
@@ -131,7 +117,7 @@ TToken TComponentTextLexer::Next() {
 
 std::wstring TComponentTextLexer::TakeIdentifier() {
   std::wstring name;
-  while (IsLetter(Peek()) || IsDigit(Peek())) name.push_back(Take());
+  while (IsLetter(Peek()) || IsAsciiDigit(Peek())) name.push_back(Take());
   return name;
 }
 
@@ -175,7 +161,7 @@ void TComponentTextLexer::ReadEscape(std::wstring& pText) {
   Take();
   std::uint64_t unit = 0;
   int digits = 0;
-  for (int digit = HexDigit(Peek()); digit >= 0; digit = HexDigit(Peek())) {
+  for (int digit = HexDigitValue(Peek()); digit >= 0; digit = HexDigitValue(Peek())) {
     if (++digits > 8) Raise(L"Expected at most 8 hexadecimal digits.");
     unit = unit << 4U | static_cast<unsigned>(digit);
     Take();
@@ -201,7 +187,7 @@ void TComponentTextLexer::ReadNumber(TToken& pToken) {
   for (wchar_t last = pToken.text.back();; last = pToken.text.back()) {
     const wchar_t c = Peek();
     const bool isSign = (c == L'+' || c == L'-') && (last == L'e' || last == L'E');
-    if (!IsDigit(c) && !IsLetter(c) && c != L'.' && !isSign) return;
+    if (!IsAsciiDigit(c) && !IsLetter(c) && c != L'.' && !isSign) return;
     pToken.text.push_back(Take());
   }
 }

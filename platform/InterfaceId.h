@@ -1,5 +1,6 @@
 #pragma once
 
+#include <platform/Characters.h>
 #include <platform/Types.h>
 
 #include <string>
@@ -9,16 +10,13 @@ namespace kiv {
 
 namespace detail {
 
-constexpr unsigned HexDigit(char c) {
-  if (c >= '0' && c <= '9') return static_cast<unsigned>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<unsigned>(c - 'a') + 10U;
-  if (c >= 'A' && c <= 'F') return static_cast<unsigned>(c - 'A') + 10U;
-  throw "not a hexadecimal digit"; // in a constant expression: a compile error
-}
-
 constexpr std::uint32_t HexNumber(std::string_view text) {
   std::uint32_t value = 0;
-  for (const char c : text) value = value << 4U | HexDigit(c);
+  for (const char c : text) {
+    const int digit = HexDigitValue(c);
+    if (digit < 0) throw "not a hexadecimal digit"; // in a constant expression: a compile error
+    value = value << 4U | static_cast<std::uint32_t>(digit);
+  }
   return value;
 }
 

@@ -48,7 +48,8 @@ void TMainThreadQueue::Synchronize(const TProcedure& pProcedure) {
   auto call = std::make_shared<TCall>();
   Append({pProcedure, nullptr, call});
   call->done.Wait();
-  if (call->raised) std::rethrow_exception(call->raised);
+  // Taken out: the exception lives and ends on this thread, whoever lets the call go last.
+  if (const std::exception_ptr raised = std::exchange(call->raised, nullptr)) std::rethrow_exception(raised);
 }
 
 void TMainThreadQueue::Append(TEntry pEntry) {

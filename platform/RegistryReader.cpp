@@ -30,6 +30,18 @@ std::optional<std::wstring> Expand(const std::wstring& text) {
   }
 }
 
+// All names that an enumeration gives; none without a key, since it fails at once.
+template <typename F>
+std::vector<std::wstring> Names(F&& enumerate) {
+  std::vector<std::wstring> names;
+  wchar_t name[16384]; // the longest name of a value, with its end; those of keys are shorter
+  for (DWORD i = 0;; ++i) {
+    auto length = static_cast<DWORD>(std::size(name));
+    if (enumerate(i, name, &length) != ERROR_SUCCESS) return names;
+    names.emplace_back(name, length);
+  }
+}
+
 } // namespace
 
 TRegistryReader::TRegistryReader(HKEY pRoot, const std::wstring& pPath, REGSAM pView) noexcept {
@@ -92,25 +104,15 @@ bool TRegistryReader::HasValue(const std::wstring& pName) const {
 }
 
 std::vector<std::wstring> TRegistryReader::ValueNames() const {
-  std::vector<std::wstring> names;
-  if (!fKey) return names;
-  wchar_t name[16384]; // the longest name of a value, with its end
-  for (DWORD i = 0;; ++i) {
-    auto length = static_cast<DWORD>(std::size(name));
-    if (RegEnumValueW(fKey.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) return names;
-    names.emplace_back(name, length);
-  }
+  return Names([this](DWORD index, wchar_t* name, DWORD* length) {
+    return RegEnumValueW(fKey.Get(), index, name, length, nullptr, nullptr, nullptr, nullptr);
+  });
 }
 
 std::vector<std::wstring> TRegistryReader::KeyNames() const {
-  std::vector<std::wstring> names;
-  if (!fKey) return names;
-  wchar_t name[256]; // the longest name of a key, with its end
-  for (DWORD i = 0;; ++i) {
-    auto length = static_cast<DWORD>(std::size(name));
-    if (RegEnumKeyExW(fKey.Get(), i, name, &length, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) return names;
-    names.emplace_back(name, length);
-  }
+  return Names([this](DWORD index, wchar_t* name, DWORD* length) {
+    return RegEnumKeyExW(fKey.Get(), index, name, length, nullptr, nullptr, nullptr, nullptr);
+  });
 }
 
 } // namespace kiv

@@ -1,5 +1,7 @@
 #include <platform/Text.h>
 
+#include <platform/Characters.h>
+
 #include <cstdint>
 
 namespace kiv {
@@ -7,13 +9,6 @@ namespace kiv {
 namespace {
 
 constexpr char32_t ReplacementCharacter = 0xFFFD;
-
-constexpr bool IsHighSurrogate(char32_t c) {
-  return c >= 0xD800 && c <= 0xDBFF;
-}
-constexpr bool IsLowSurrogate(char32_t c) {
-  return c >= 0xDC00 && c <= 0xDFFF;
-}
 
 // The code point at `at`, which moves behind it; a lone surrogate as it stands. Serves 16- and 32-bit wchar_t.
 char32_t NextCodePoint(std::wstring_view text, std::size_t& at) {

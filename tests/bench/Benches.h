@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Harness.h"
+
+#include <vector>
+
+namespace kiv::bench {
+
+std::vector<TFigure> WalkFigures();
+std::vector<TFigure> MainThreadFigures();
+
+} // namespace kiv::bench

@@ -1,0 +1,117 @@
+#include "Benches.h"
+
+#include <core/FolderEnumerator.h>
+#include <core/ObjectFacts.h>
+#include <doubles/ScopedTempFolder.h>
+#include <platform/ShellApi.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+namespace kiv::bench {
+
+namespace {
+
+constexpr int FileCount = 10'000;
+
+// A folder of 10,000 files, made when the first figure wants it.
+class TFolder {
+public:
+  TFolder() {
+    for (int i = 0; i < FileCount; ++i) fTemp.MakeFile(L"file " + std::to_wstring(i) + L".txt", 10);
+    PIDLIST_ABSOLUTE raw = nullptr;
+    SHParseDisplayName(fTemp.Path().c_str(), nullptr, &raw, 0, nullptr);
+    const TUniqueItemIdList list(raw);
+    void* found = nullptr;
+    Desktop()->BindToObject(list.Get(), nullptr, IidOf<IShellFolder>(), &found);
+    fFolder.Attach(static_cast<IShellFolder*>(found));
+  }
+  const std::wstring& Path() const { return fTemp.Path(); }
+  const ComPtr<IShellFolder>& Folder() const { return fFolder; }
+
+private:
+  test::ScopedTempFolder fTemp;
+  ComPtr<IShellFolder> fFolder;
+};
+
+void Require(int count) {
+  if (count == FileCount) return;
+  std::fprintf(stderr, "kiv_bench: %d objects instead of %d\n", count, FileCount);
+  std::abort();
+}
+
+double PerFile(const std::function<int()>& walk) {
+  int count = 0;
+  const double seconds = Seconds([&] { count = walk(); });
+  Require(count);
+  return seconds * 1e6 / FileCount;
+}
+
+int BareEnumeration(IShellFolder* folder) {
+  ComPtr<IEnumIDList> objects;
+  int count = 0;
+  if (folder->EnumObjects(nullptr, TFolderEnumerator::AllObjects, &objects) != S_OK) return 0;
+  PITEMID_CHILD item = nullptr;
+  while (objects->Next(1, &item, nullptr) == S_OK) {
+    ++count;
+    CoTaskMemFree(item);
+  }
+  return count;
+}
+
+int Enumerate(const ComPtr<IShellFolder>& folder) {
+  TFolderEnumerator enumerator(folder);
+  TUniqueItemIdList item;
+  int count = 0;
+  while (enumerator.Next(item) == TFolderStep::Object) ++count;
+  return count;
+}
+
+int BareFind(const std::wstring& path) {
+  WIN32_FIND_DATAW data;
+  const TUniqueFind find(FindFirstFileW((path + L"\\*").c_str(), &data));
+  int count = 0;
+  do {
+    count += data.cFileName[0] != L'.' && data.nFileSizeLow == 10 && data.ftLastWriteTime.dwHighDateTime != 0 ? 1 : 0;
+  } while (FindNextFileW(find.Get(), &data));
+  return count;
+}
+
+int EnumerateFacts(const TFolder& folder, TFactsPrecision precision) {
+  TFolderEnumerator enumerator(folder.Folder());
+  TObjectFacts facts(folder.Folder(), folder.Path(), precision);
+  TUniqueItemIdList item;
+  TFolderObject object;
+  int count = 0;
+  while (enumerator.Next(item) == TFolderStep::Object) {
+    facts.Read(item.Get(), object);
+    const bool complete = !object.name.empty() && object.flags.Contains(TObjectFlag::FileSystem) && object.size == 10 &&
+                          object.changed != 0;
+    count += complete ? 1 : 0;
+  }
+  return count;
+}
+
+} // namespace
+
+std::vector<TFigure> WalkFigures() {
+  const auto shared = std::make_shared<std::unique_ptr<TFolder>>();
+  const auto folder = [shared]() -> TFolder& {
+    if (!*shared) *shared = std::make_unique<TFolder>();
+    return **shared;
+  };
+  const auto bare = [folder] { return PerFile([&] { return BareEnumeration(folder().Folder().Get()); }); };
+  const auto find = [folder] { return PerFile([&] { return BareFind(folder().Path()); }); };
+  const auto facts = [folder](TFactsPrecision precision) {
+    return [folder, precision] { return PerFile([&] { return EnumerateFacts(folder(), precision); }); };
+  };
+  return {
+      {"walk", "step", "us/file", [folder] { return PerFile([&] { return Enumerate(folder().Folder()); }); }, bare,
+       1.15},
+      {"walk", "facts_listed", "us/file", facts(TFactsPrecision::Listed), find, 2.0},
+      {"walk", "facts_exact", "us/file", facts(TFactsPrecision::Exact), find, 0},
+  };
+}
+
+} // namespace kiv::bench
