@@ -1,6 +1,7 @@
 #include <framework/StringList.h>
 
 #include <framework/Exceptions.h>
+#include <framework/MergeSort.h>
 #include <framework/TextCompare.h>
 
 #include <algorithm>
@@ -181,11 +182,10 @@ void TStringList::Sort() {
 
 void TStringList::CustomSort(const TCompare& pCompare) {
   CheckUnsorted();
-  // Sorting indexes keeps the entries in place for the comparison. A merge sort stays inside its bounds even if the
-  // comparison contradicts itself.
+  // Sorting indexes keeps the entries in place for the comparison.
   std::vector<int> order(fEntries.size());
   std::iota(order.begin(), order.end(), 0);
-  std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return pCompare(*this, a, b) < 0; });
+  MergeSort(order, [&](int a, int b) { return pCompare(*this, a, b) < 0; });
   Changing();
   std::vector<TEntry> sorted;
   sorted.reserve(fEntries.size());
