@@ -173,10 +173,14 @@ bool TStringList::Find(std::wstring_view pText, int& pIndex) const {
   return found != fEntries.end() && CompareStrings(found->text, pText) == 0;
 }
 
-void TStringList::Sort() {
-  Changing();
+void TStringList::SortEntries() {
   std::stable_sort(fEntries.begin(), fEntries.end(),
                    [this](const TEntry& a, const TEntry& b) { return CompareStrings(a.text, b.text) < 0; });
+}
+
+void TStringList::Sort() {
+  Changing();
+  SortEntries();
   Changed();
 }
 
@@ -196,14 +200,27 @@ void TStringList::CustomSort(const TCompare& pCompare) {
 
 void TStringList::SetSorted(bool pSorted) {
   if (pSorted == fSorted) return;
-  fSorted = pSorted;
-  if (pSorted) Sort();
+  if (!pSorted) {
+    fSorted = false;
+    return;
+  }
+  // An OnChanging that raises leaves a list that isn't sorted and doesn't say so.
+  Changing();
+  SortEntries();
+  fSorted = true;
+  Changed();
 }
 
 void TStringList::SetCaseSensitive(bool pCaseSensitive) {
   if (pCaseSensitive == fCaseSensitive) return;
+  if (!fSorted) {
+    fCaseSensitive = pCaseSensitive;
+    return;
+  }
+  Changing();
   fCaseSensitive = pCaseSensitive;
-  if (fSorted) Sort();
+  SortEntries();
+  Changed();
 }
 
 int TStringList::CompareStrings(std::wstring_view pFirst, std::wstring_view pSecond) const {

@@ -94,6 +94,7 @@ private:
   void CheckUnsorted() const;
   void InsertEntry(std::size_t pIndex, const std::wstring& pText, std::intptr_t pObject);
   bool MaySkipSearch(std::wstring_view pText) const;
+  void SortEntries();
 
   std::vector<TEntry> fEntries;
   bool fSorted = false;

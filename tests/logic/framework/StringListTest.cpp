@@ -217,6 +217,21 @@ TEST(StringList, ReportsEachChangeOnceAndAtTheOutermostEnd) {
   EXPECT_THROW(list->SetCommaText(L"a,a"), EStringListError);
   EXPECT_FALSE(list->IsUpdating());
   EXPECT_EQ(changes, 1);
+  // An OnChanging that raises prevents the change, also that of a setting which the order hangs on.
+  list->SetSorted(false);
+  list->SetCommaText(L"b,A");
+  const auto refuse = [](TPersistent*) { throw EInvalidOperation(L"no"); };
+  list->SetOnChanging(refuse);
+  EXPECT_THROW(list->SetSorted(true), EInvalidOperation);
+  EXPECT_FALSE(list->GetSorted());
+  list->SetOnChanging(nullptr);
+  list->SetSorted(true);
+  list->SetOnChanging(refuse);
+  EXPECT_THROW(list->SetCaseSensitive(true), EInvalidOperation);
+  EXPECT_THROW(list->Add(L"c"), EInvalidOperation);
+  EXPECT_EQ(list->IndexOf(L"B"), 1);
+  EXPECT_EQ(list->GetCount(), 2);
+  list->SetOnChanging(nullptr);
   // The handler may end the list.
   list->SetOnChange([&](TPersistent*) { list.reset(); });
   list->SetText(L"one\ntwo");
