@@ -101,6 +101,7 @@ TComponent* TComponent::FindComponent(std::wstring_view pName) const {
 
 void TComponent::CheckInsertable(const TComponent& pComponent) const {
   if (fInDestructor) throw EComponentError(L"A component that is being destroyed can't own another one.");
+  if (pComponent.fInDestructor) throw EComponentError(L"A component that is being destroyed can't get an owner.");
   for (const TComponent* above = this; above; above = above->fOwner) {
     if (above == &pComponent) throw EComponentError(L"A component can't own itself or its own owner.");
   }

@@ -33,7 +33,8 @@ enum class TOperation { opInsert, opRemove };
 /// is gone by then, so compare pointers and don't cast. What a Notification raises there can't pass out of a destructor
 /// and goes to ReportException.
 ///
-/// A Notification may destroy any component, the notified one and the owner included, except the one that it tells of.
+/// A Notification may destroy any component, the notified one and the owner included, except the one that it tells of;
+/// of an insertion that leaves out all that own the inserted one.
 /// Components belong to one thread, as a rule the main thread.
 class KIV_EXPORT TComponent : public TPersistent {
 public:
@@ -72,7 +73,7 @@ public:
   TComponent* FindComponent(std::wstring_view pName) const;
 
   /// Becomes the owner of a component, which leaves its former owner. Raises EComponentError, and changes nothing, if
-  /// the name is taken, if `pComponent` is this component or owns it, or if this component is being destroyed.
+  /// the name is taken, if `pComponent` is this component or owns it, or if either of the two is being destroyed.
   void InsertComponent(TComponent* pComponent);
   /// Hands a component back to the caller. Nothing happens if it isn't owned here.
   void RemoveComponent(TComponent* pComponent);

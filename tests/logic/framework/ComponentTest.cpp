@@ -132,6 +132,24 @@ TEST(Component, DestructionFromInsideNotificationsIsSafe) {
     delete child;
     EXPECT_EQ(alive, 0);
   }
+  { // a listener puts the one that goes in a place of its own
+    TProbe saviour;
+    auto* const owner = make();
+    int refused = 0;
+    const auto save = [&](TComponent* goes) {
+      EXPECT_THROW(saviour.InsertComponent(goes), EComponentError);
+      ++refused;
+    };
+    owner->OnRemoved = save;
+    auto* const child = make(owner);
+    child->FreeNotification(&saviour);
+    saviour.OnRemoved = save;
+    delete child;
+    EXPECT_EQ(refused, 2);
+    EXPECT_TRUE(saviour.GetComponents().empty());
+    delete owner;
+    EXPECT_EQ(alive, 0);
+  }
   { // a sibling that is told destroys all others, while the owner passes the message on
     auto* const owner = make();
     std::vector<TProbe*> children;
