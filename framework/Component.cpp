@@ -219,6 +219,7 @@ void TComponent::Notify(TComponent* pComponent, TOperation pOperation) {
 
 void TComponent::BeginDestruction() noexcept {
   fInDestructor = true;
+  fAlive.Expire();
   MarkDestroying();
 }
 

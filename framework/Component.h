@@ -90,7 +90,8 @@ public:
   /// Reading failed: clears csLoading without a call of Loaded.
   void CancelLoading() noexcept;
 
-  /// For callers that come back to this component after foreign code has run.
+  /// For callers that come back to this component after foreign code has run. Watches that were taken before say "gone"
+  /// as soon as BeginDestruction is called: what runs from inside a destructor can't take the rest for a component.
   const TAliveToken& GetAliveToken() const noexcept { return fAlive; }
 
 protected:

@@ -165,6 +165,16 @@ TEST(Component, DestructionFromInsideNotificationsIsSafe) {
   }
 }
 
+TEST(Component, WatchesSayGoneFromTheHeadOfTheDestructor) {
+  auto* const goes = new TProbe;
+  const TAliveWatch watch(goes->GetAliveToken());
+  bool seenAlive = true;
+  goes->OnDestroy = [&](TProbe*) { seenAlive = watch.IsAlive(); };
+  EXPECT_TRUE(watch.IsAlive());
+  delete goes;
+  EXPECT_FALSE(seenAlive);
+}
+
 TEST(Component, WhatANotificationRaisesDoesNotLeaveADestructor) {
   std::vector<std::wstring> lines;
   const ScopedDebugSink sink([&](const std::wstring& line) { lines.push_back(line); });
