@@ -7,7 +7,6 @@
 #include <platform/Text.h>
 #include <platform/Types.h>
 
-#include <mutex>
 #include <utility>
 
 #if !defined(_WIN32)

@@ -6,6 +6,7 @@
 #include <platform/Version.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <unordered_map>
 
@@ -57,7 +58,7 @@ TComponent::TComponent(TComponent* pOwner) {
 TComponent::~TComponent() {
   BeginDestruction();
   NotifyLinked();
-  DestroyComponents(0);
+  DestroyComponents();
   LeaveOwner();
   // Those that asked only while the others were being told.
   NotifyLinked();
@@ -228,9 +229,9 @@ void TComponent::MarkDestroying() noexcept {
   for (TComponent* component : fComponents) component->MarkDestroying();
 }
 
-// Destroys what was inserted last until `pKeep` components are left.
-void TComponent::DestroyComponents(std::size_t pKeep) noexcept {
-  while (fComponents.size() > pKeep) {
+// What was inserted last goes first.
+void TComponent::DestroyComponents() noexcept {
+  while (!fComponents.empty()) {
     TComponent* const component = fComponents.back();
     Detach(component);
     // One that is already going ends by itself: this owner is being destroyed from inside its destructor.

@@ -4,7 +4,6 @@
 #include <framework/Persistent.h>
 #include <framework/Set.h>
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -118,7 +117,7 @@ private:
   void Attach(TComponent* pComponent);
   void Detach(TComponent* pComponent) noexcept;
   void MarkDestroying() noexcept;
-  void DestroyComponents(std::size_t pKeep) noexcept;
+  void DestroyComponents() noexcept;
   void NotifyLinked() noexcept;
   void LeaveOwner() noexcept;
   void Notify(TComponent* pComponent, TOperation pOperation);
