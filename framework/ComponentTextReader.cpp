@@ -71,6 +71,9 @@ void TComponentReader::Read(TComponent* pRoot) {
   if (fToken.kind != TTokenKind::End) RaiseExpected(L"the end of the text");
   ResolveReferences();
   FinishLoading();
+  if (fOwnRoot && !fRootWatch->IsAlive()) {
+    throw EComponentError(L"The component was destroyed while it was loaded.");
+  }
   fDone = true;
 }
 
@@ -345,6 +348,7 @@ void TComponentReader::FinishLoading() {
 }
 
 void TComponentReader::Undo() noexcept {
+  if (fRootWatch && !fRootWatch->IsAlive()) static_cast<void>(fOwnRoot.release());
   fOwnRoot.reset();
   if (!fRoot || !fRootWatch->IsAlive()) return;
   for (std::size_t i = fMade.size(); i-- > 0;) {

@@ -232,6 +232,24 @@ TEST_F(ComponentText, AStandingRootTakesTextOfItsOwnOrABaseClass) {
   EXPECT_EQ(plain.GetLink(), nullptr);
 }
 
+// Destroys its owner when it is loaded.
+class TRegicide : public TGadget {
+public:
+  using TGadget::TGadget;
+  std::wstring ClassName() const override { return L"TRegicide"; }
+
+protected:
+  void Loaded() override { delete GetOwner(); }
+};
+
+TEST_F(ComponentText, ALoadedThatDestroysTheRootLeavesNothing) {
+  PublishClass<TRegicide, TGadget>(L"TRegicide", L"");
+  const std::wstring text =
+      L"component TGadget { component TGadget { } component TRegicide { } component TGadget { } }";
+  EXPECT_THROW(static_cast<void>(LoadComponentText(text)), EComponentError);
+  LoadComponentText(text, *new TGadget);
+}
+
 TEST_F(ComponentText, WhatCannotBeReadBackIsNotSaved) {
   struct TUnknown : TComponent {
     explicit TUnknown(TComponent* pOwner = nullptr) : TComponent(pOwner) {}
