@@ -1,9 +1,12 @@
 #include <framework/ComponentTextReader.h>
 
+#include <framework/Application.h>
 #include <framework/ComponentText.h>
 
 #include <charconv>
+#include <exception>
 #include <limits>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -101,8 +104,10 @@ void TComponentReader::Guarded(const std::wstring& pWhere, int pLine, F&& pCall)
     pCall();
   } catch (const EAbort&) {
     throw;
-  } catch (const EException& e) {
-    RaiseProperty(pWhere, e.Message(), pLine);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception&) {
+    RaiseProperty(pWhere, DescribeException(std::current_exception()), pLine);
   }
 }
 
