@@ -13,6 +13,19 @@
 #include <vector>
 
 namespace kiv {
+
+// Enumerations that can't be published: a name that isn't one, a value that no set has room for.
+enum class TPrice { prDear };
+template <>
+struct TEnumNames<TPrice> {
+  static constexpr TEnumName<TPrice> Values[] = {{TPrice::prDear, L"pr dear"}};
+};
+enum class TMark { maFar = 64 };
+template <>
+struct TEnumNames<TMark> {
+  static constexpr TEnumName<TMark> Values[] = {{TMark::maFar, L"maFar"}};
+};
+
 namespace {
 
 class ComponentText : public testing::Test {
@@ -319,6 +332,11 @@ TEST_F(ComponentText, RegistryListsInheritedPropertiesAndRefusesDoubles) {
   auto publisher = PublishClass<TPrivateGadget, TGadget>(L"TPrivateGadget", L"");
   EXPECT_THROW(publisher.ReadOnly(L"Tag", &TGadget::GetTag, L""), EPropertyError);
   EXPECT_THROW(publisher.ReadOnly(L"component", &TGadget::GetTag, L""), EPropertyError);
+  EXPECT_THROW(publisher.ReadOnly(
+                   L"Worth", [](const TPrivateGadget&) { return TPrice::prDear; }, L""),
+               EPropertyError);
+  const auto marks = [](const TPrivateGadget&) { return TSet<TMark>{}; };
+  EXPECT_THROW(publisher.ReadOnly(L"Marks", marks, L""), EPropertyError);
   EXPECT_THROW((PublishClass<TLiar>(L"TGadget", L"")), EPropertyError);
   struct TChild : TLiar {};
   EXPECT_THROW((PublishClass<TChild, TLiar>(L"TChild", L"")), EPropertyError);
