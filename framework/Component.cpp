@@ -90,7 +90,7 @@ void TComponent::SetName(const std::wstring& pName) {
 }
 
 void TComponent::SetDesigning(bool pDesigning) {
-  fState.Put(TComponentStateFlag::csDesigning, pDesigning);
+  PutState(TComponentStateFlag::csDesigning, pDesigning);
   for (TComponent* component : fComponents) component->SetDesigning(pDesigning);
 }
 
@@ -178,7 +178,7 @@ void TComponent::RemoveFreeNotification(TComponent* pComponent) noexcept {
 }
 
 void TComponent::BeginLoading() noexcept {
-  fState.Include(TComponentStateFlag::csLoading);
+  PutState(TComponentStateFlag::csLoading, true);
 }
 
 void TComponent::EndLoading() {
@@ -193,7 +193,7 @@ void TComponent::EndLoading() {
 }
 
 void TComponent::CancelLoading() noexcept {
-  fState.Exclude(TComponentStateFlag::csLoading);
+  PutState(TComponentStateFlag::csLoading, false);
 }
 
 void TComponent::Loaded() {
@@ -224,8 +224,14 @@ void TComponent::BeginDestruction() noexcept {
   MarkDestroying();
 }
 
+void TComponent::PutState(TComponentStateFlag pFlag, bool pIn) noexcept {
+  TComponentState state = GetComponentState();
+  state.Put(pFlag, pIn);
+  fState.store(state, std::memory_order_release);
+}
+
 void TComponent::MarkDestroying() noexcept {
-  fState.Include(TComponentStateFlag::csDestroying);
+  PutState(TComponentStateFlag::csDestroying, true);
   for (TComponent* component : fComponents) component->MarkDestroying();
 }
 

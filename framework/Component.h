@@ -4,6 +4,7 @@
 #include <framework/Persistent.h>
 #include <framework/Set.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -34,7 +35,7 @@ enum class TOperation { opInsert, opRemove };
 ///
 /// A Notification may destroy any component, the notified one and the owner included, except the one that it tells of;
 /// of an insertion that leaves out all that own the inserted one.
-/// Components belong to one thread, as a rule the main thread.
+/// Components belong to one thread, as a rule the main thread; others may only ask for the state.
 class KIV_EXPORT TComponent : public TPersistent {
 public:
   /// Inserts itself into the owner, if there is one. Raises as InsertComponent.
@@ -57,10 +58,11 @@ public:
   std::intptr_t GetTag() const noexcept { return fTag; }
   void SetTag(std::intptr_t pTag) noexcept { fTag = pTag; }
 
-  TComponentState GetComponentState() const noexcept { return fState; }
-  bool IsLoading() const noexcept { return fState.Contains(TComponentStateFlag::csLoading); }
-  bool IsDestroying() const noexcept { return fState.Contains(TComponentStateFlag::csDestroying); }
-  bool IsDesigning() const noexcept { return fState.Contains(TComponentStateFlag::csDesigning); }
+  /// These four may be asked by any thread, as long as the component is known to live.
+  TComponentState GetComponentState() const noexcept { return fState.load(std::memory_order_acquire); }
+  bool IsLoading() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csLoading); }
+  bool IsDestroying() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csDestroying); }
+  bool IsDesigning() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csDesigning); }
   /// For designers: sets or clears csDesigning here and in all components below.
   void SetDesigning(bool pDesigning);
 
@@ -116,6 +118,7 @@ private:
   void CheckInsertable(const TComponent& pComponent) const;
   void Attach(TComponent* pComponent);
   void Detach(TComponent* pComponent) noexcept;
+  void PutState(TComponentStateFlag pFlag, bool pIn) noexcept;
   void MarkDestroying() noexcept;
   void DestroyComponents() noexcept;
   void NotifyLinked() noexcept;
@@ -125,7 +128,7 @@ private:
   TComponent* fOwner = nullptr;
   std::wstring fName;
   std::intptr_t fTag = 0;
-  TComponentState fState;
+  std::atomic<TComponentState> fState; // changed by the component's thread only
   bool fInDestructor = false;
   std::vector<TComponent*> fComponents;
   std::unique_ptr<TNameIndex> fNames; // of fComponents; made with the first name

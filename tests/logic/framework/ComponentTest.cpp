@@ -10,6 +10,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <thread>
 
 namespace kiv {
 namespace {
@@ -163,6 +164,17 @@ TEST(Component, DestructionFromInsideNotificationsIsSafe) {
     delete owner;
     EXPECT_EQ(alive, 0);
   }
+}
+
+TEST(Component, AnotherThreadMayAskForTheState) {
+  TComponent component;
+  std::thread worker([&component] {
+    while (!component.IsLoading()) std::this_thread::yield();
+  });
+  component.SetDesigning(true);
+  component.BeginLoading();
+  worker.join();
+  EXPECT_TRUE(component.IsDesigning());
 }
 
 TEST(Component, WatchesSayGoneFromTheHeadOfTheDestructor) {
