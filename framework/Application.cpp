@@ -38,6 +38,15 @@ void WriteException(const std::exception_ptr& exception) noexcept {
   }
 }
 
+// Touches no application: it may be shut down meanwhile, and another be there at the closure's turn.
+void QueueReport(const std::exception_ptr& exception) noexcept {
+  try {
+    MainThread::Queue([exception] { ReportException(exception); });
+  } catch (...) {
+    WriteException(exception);
+  }
+}
+
 std::wstring FileTitle(const std::wstring& path) {
   const std::size_t separator = path.find_last_of(L"\\/");
   std::wstring name = separator == std::wstring::npos ? path : path.substr(separator + 1);
@@ -71,12 +80,7 @@ void TApplication::HandleException(std::exception_ptr pException) noexcept {
     Dispatch(pException);
     return;
   }
-  try {
-    // Not `this`: the library may be shut down and up again before the closure's turn.
-    MainThread::Queue([pException] { ReportException(pException); });
-  } catch (...) {
-    WriteException(pException);
-  }
+  QueueReport(pException);
 }
 
 void TApplication::Dispatch(const std::exception_ptr& pException) noexcept {
@@ -135,10 +139,14 @@ std::wstring TApplication::GetExeName() {
 #endif
 
 void ReportException(std::exception_ptr pException) noexcept {
-  if (TApplication* const application = gApplication.load(std::memory_order_acquire)) {
-    application->HandleException(std::move(pException));
-  } else if (pException && !IsAbort(pException)) {
+  if (!pException || IsAbort(pException)) return;
+  TApplication* const application = gApplication.load(std::memory_order_acquire);
+  if (!application) {
     WriteException(pException);
+  } else if (MainThread::IsCurrent()) {
+    application->HandleException(std::move(pException));
+  } else {
+    QueueReport(pException);
   }
 }
 
