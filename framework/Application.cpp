@@ -7,7 +7,6 @@
 #include <platform/Text.h>
 #include <platform/Types.h>
 
-#include <mutex>
 #include <utility>
 
 #if !defined(_WIN32)
@@ -36,6 +35,15 @@ void WriteException(const std::exception_ptr& exception) noexcept {
     WriteDebugLine(L"Exception: " + DescribeException(exception));
   } catch (...) {
     WriteDebugLine({});
+  }
+}
+
+// Touches no application: it may be shut down meanwhile, and another be there at the closure's turn.
+void QueueReport(const std::exception_ptr& exception) noexcept {
+  try {
+    MainThread::Queue([exception] { ReportException(exception); });
+  } catch (...) {
+    WriteException(exception);
   }
 }
 
@@ -72,12 +80,7 @@ void TApplication::HandleException(std::exception_ptr pException) noexcept {
     Dispatch(pException);
     return;
   }
-  try {
-    // Not `this`: the library may be shut down and up again before the closure's turn.
-    MainThread::Queue([pException] { ReportException(pException); });
-  } catch (...) {
-    WriteException(pException);
-  }
+  QueueReport(pException);
 }
 
 void TApplication::Dispatch(const std::exception_ptr& pException) noexcept {
@@ -136,10 +139,14 @@ std::wstring TApplication::GetExeName() {
 #endif
 
 void ReportException(std::exception_ptr pException) noexcept {
-  if (TApplication* const application = gApplication.load(std::memory_order_acquire)) {
-    application->HandleException(std::move(pException));
-  } else if (pException && !IsAbort(pException)) {
+  if (!pException || IsAbort(pException)) return;
+  TApplication* const application = gApplication.load(std::memory_order_acquire);
+  if (!application) {
     WriteException(pException);
+  } else if (MainThread::IsCurrent()) {
+    application->HandleException(std::move(pException));
+  } else {
+    QueueReport(pException);
   }
 }
 

@@ -6,6 +6,7 @@
 #include <platform/Version.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <exception>
 #include <unordered_map>
 
@@ -57,7 +58,7 @@ TComponent::TComponent(TComponent* pOwner) {
 TComponent::~TComponent() {
   BeginDestruction();
   NotifyLinked();
-  DestroyComponents(0);
+  DestroyComponents();
   LeaveOwner();
   // Those that asked only while the others were being told.
   NotifyLinked();
@@ -89,7 +90,7 @@ void TComponent::SetName(const std::wstring& pName) {
 }
 
 void TComponent::SetDesigning(bool pDesigning) {
-  fState.Put(TComponentStateFlag::csDesigning, pDesigning);
+  PutState(TComponentStateFlag::csDesigning, pDesigning);
   for (TComponent* component : fComponents) component->SetDesigning(pDesigning);
 }
 
@@ -101,6 +102,7 @@ TComponent* TComponent::FindComponent(std::wstring_view pName) const {
 
 void TComponent::CheckInsertable(const TComponent& pComponent) const {
   if (fInDestructor) throw EComponentError(L"A component that is being destroyed can't own another one.");
+  if (pComponent.fInDestructor) throw EComponentError(L"A component that is being destroyed can't get an owner.");
   for (const TComponent* above = this; above; above = above->fOwner) {
     if (above == &pComponent) throw EComponentError(L"A component can't own itself or its own owner.");
   }
@@ -176,7 +178,7 @@ void TComponent::RemoveFreeNotification(TComponent* pComponent) noexcept {
 }
 
 void TComponent::BeginLoading() noexcept {
-  fState.Include(TComponentStateFlag::csLoading);
+  PutState(TComponentStateFlag::csLoading, true);
 }
 
 void TComponent::EndLoading() {
@@ -191,7 +193,7 @@ void TComponent::EndLoading() {
 }
 
 void TComponent::CancelLoading() noexcept {
-  fState.Exclude(TComponentStateFlag::csLoading);
+  PutState(TComponentStateFlag::csLoading, false);
 }
 
 void TComponent::Loaded() {
@@ -218,17 +220,24 @@ void TComponent::Notify(TComponent* pComponent, TOperation pOperation) {
 
 void TComponent::BeginDestruction() noexcept {
   fInDestructor = true;
+  fAlive.Expire();
   MarkDestroying();
 }
 
+void TComponent::PutState(TComponentStateFlag pFlag, bool pIn) noexcept {
+  TComponentState state = GetComponentState();
+  state.Put(pFlag, pIn);
+  fState.store(state, std::memory_order_release);
+}
+
 void TComponent::MarkDestroying() noexcept {
-  fState.Include(TComponentStateFlag::csDestroying);
+  PutState(TComponentStateFlag::csDestroying, true);
   for (TComponent* component : fComponents) component->MarkDestroying();
 }
 
-// Destroys what was inserted last until `pKeep` components are left.
-void TComponent::DestroyComponents(std::size_t pKeep) noexcept {
-  while (fComponents.size() > pKeep) {
+// What was inserted last goes first.
+void TComponent::DestroyComponents() noexcept {
+  while (!fComponents.empty()) {
     TComponent* const component = fComponents.back();
     Detach(component);
     // One that is already going ends by itself: this owner is being destroyed from inside its destructor.

@@ -4,7 +4,7 @@
 #include <framework/Persistent.h>
 #include <framework/Set.h>
 
-#include <cstddef>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -33,8 +33,9 @@ enum class TOperation { opInsert, opRemove };
 /// is gone by then, so compare pointers and don't cast. What a Notification raises there can't pass out of a destructor
 /// and goes to ReportException.
 ///
-/// A Notification may destroy any component, the notified one and the owner included, except the one that it tells of.
-/// Components belong to one thread, as a rule the main thread.
+/// A Notification may destroy any component, the notified one and the owner included, except the one that it tells of;
+/// of an insertion that leaves out all that own the inserted one.
+/// Components belong to one thread, as a rule the main thread; others may only ask for the state.
 class KIV_EXPORT TComponent : public TPersistent {
 public:
   /// Inserts itself into the owner, if there is one. Raises as InsertComponent.
@@ -57,10 +58,11 @@ public:
   std::intptr_t GetTag() const noexcept { return fTag; }
   void SetTag(std::intptr_t pTag) noexcept { fTag = pTag; }
 
-  TComponentState GetComponentState() const noexcept { return fState; }
-  bool IsLoading() const noexcept { return fState.Contains(TComponentStateFlag::csLoading); }
-  bool IsDestroying() const noexcept { return fState.Contains(TComponentStateFlag::csDestroying); }
-  bool IsDesigning() const noexcept { return fState.Contains(TComponentStateFlag::csDesigning); }
+  /// These four may be asked by any thread, as long as the component is known to live.
+  TComponentState GetComponentState() const noexcept { return fState.load(std::memory_order_acquire); }
+  bool IsLoading() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csLoading); }
+  bool IsDestroying() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csDestroying); }
+  bool IsDesigning() const noexcept { return GetComponentState().Contains(TComponentStateFlag::csDesigning); }
   /// For designers: sets or clears csDesigning here and in all components below.
   void SetDesigning(bool pDesigning);
 
@@ -72,7 +74,7 @@ public:
   TComponent* FindComponent(std::wstring_view pName) const;
 
   /// Becomes the owner of a component, which leaves its former owner. Raises EComponentError, and changes nothing, if
-  /// the name is taken, if `pComponent` is this component or owns it, or if this component is being destroyed.
+  /// the name is taken, if `pComponent` is this component or owns it, or if either of the two is being destroyed.
   void InsertComponent(TComponent* pComponent);
   /// Hands a component back to the caller. Nothing happens if it isn't owned here.
   void RemoveComponent(TComponent* pComponent);
@@ -89,7 +91,8 @@ public:
   /// Reading failed: clears csLoading without a call of Loaded.
   void CancelLoading() noexcept;
 
-  /// For callers that come back to this component after foreign code has run.
+  /// For callers that come back to this component after foreign code has run. Watches that were taken before say "gone"
+  /// as soon as BeginDestruction is called: what runs from inside a destructor can't take the rest for a component.
   const TAliveToken& GetAliveToken() const noexcept { return fAlive; }
 
 protected:
@@ -115,8 +118,9 @@ private:
   void CheckInsertable(const TComponent& pComponent) const;
   void Attach(TComponent* pComponent);
   void Detach(TComponent* pComponent) noexcept;
+  void PutState(TComponentStateFlag pFlag, bool pIn) noexcept;
   void MarkDestroying() noexcept;
-  void DestroyComponents(std::size_t pKeep) noexcept;
+  void DestroyComponents() noexcept;
   void NotifyLinked() noexcept;
   void LeaveOwner() noexcept;
   void Notify(TComponent* pComponent, TOperation pOperation);
@@ -124,7 +128,7 @@ private:
   TComponent* fOwner = nullptr;
   std::wstring fName;
   std::intptr_t fTag = 0;
-  TComponentState fState;
+  std::atomic<TComponentState> fState; // changed by the component's thread only
   bool fInDestructor = false;
   std::vector<TComponent*> fComponents;
   std::unique_ptr<TNameIndex> fNames; // of fComponents; made with the first name

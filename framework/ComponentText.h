@@ -27,7 +27,8 @@ KIV_EXPORT std::wstring SaveComponentText(TComponent& pRoot);
 ///
 /// Raises EParserError where the text isn't well formed, and EPropertyError for an unknown class or property, a value
 /// of the wrong type or out of range, a read-only property, a reference to what isn't there, and for what a setter
-/// raises; both say the line. Nothing is left over then.
+/// raises (but EAbort and std::bad_alloc, which pass); both say the line. EComponentError if the outermost component
+/// was destroyed by a Loaded. What a Loaded raises passes. Nothing is left over then.
 [[nodiscard]] KIV_EXPORT std::unique_ptr<TComponent> LoadComponentText(std::wstring_view pText);
 
 /// The same for a component that stands: it gets the properties and, beside those it has, the components of the text.

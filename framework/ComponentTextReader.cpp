@@ -1,9 +1,12 @@
 #include <framework/ComponentTextReader.h>
 
+#include <framework/Application.h>
 #include <framework/ComponentText.h>
 
 #include <charconv>
+#include <exception>
 #include <limits>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -71,6 +74,9 @@ void TComponentReader::Read(TComponent* pRoot) {
   if (fToken.kind != TTokenKind::End) RaiseExpected(L"the end of the text");
   ResolveReferences();
   FinishLoading();
+  if (fOwnRoot && !fRootWatch->IsAlive()) {
+    throw EComponentError(L"The component was destroyed while it was loaded.");
+  }
   fDone = true;
 }
 
@@ -98,8 +104,10 @@ void TComponentReader::Guarded(const std::wstring& pWhere, int pLine, F&& pCall)
     pCall();
   } catch (const EAbort&) {
     throw;
-  } catch (const EException& e) {
-    RaiseProperty(pWhere, e.Message(), pLine);
+  } catch (const std::bad_alloc&) {
+    throw;
+  } catch (const std::exception&) {
+    RaiseProperty(pWhere, DescribeException(std::current_exception()), pLine);
   }
 }
 
@@ -345,6 +353,7 @@ void TComponentReader::FinishLoading() {
 }
 
 void TComponentReader::Undo() noexcept {
+  if (fRootWatch && !fRootWatch->IsAlive()) static_cast<void>(fOwnRoot.release());
   fOwnRoot.reset();
   if (!fRoot || !fRootWatch->IsAlive()) return;
   for (std::size_t i = fMade.size(); i-- > 0;) {

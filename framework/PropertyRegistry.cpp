@@ -6,6 +6,20 @@
 
 namespace kiv {
 
+namespace {
+
+// What couldn't be read back isn't published.
+void CheckEnumType(const TEnumType& type, bool isSet, const std::wstring& where) {
+  for (const auto& entry : type.values) {
+    if (!IsIdentifier(entry.name)) throw EPropertyError(where + L": \"" + entry.name + L"\" is not a valid name.");
+    if (isSet && (entry.value < 0 || entry.value > 63)) {
+      throw EPropertyError(where + L": " + entry.name + L" doesn't fit into a set.");
+    }
+  }
+}
+
+} // namespace
+
 bool TPublishedClass::InheritsFrom(const TPublishedClass& pOther) const noexcept {
   for (const TPublishedClass* at = this; at; at = at->fBase) {
     if (at == &pOther) return true;
@@ -114,6 +128,7 @@ void TPropertyRegistry::AddProperty(TPublishedClass& pClass, TProperty pProperty
   if (!IsIdentifier(pProperty.name) || pProperty.name == L"component") {
     throw EPropertyError(L"\"" + pProperty.name + L"\" is not a valid property name.");
   }
+  if (pProperty.enumType) CheckEnumType(*pProperty.enumType, pProperty.kind == TPropertyKind::Set, where);
   if (pClass.FindProperty(pProperty.name)) throw EPropertyError(where + L" is registered already.");
   auto property = std::make_unique<TProperty>(std::move(pProperty));
   pClass.fByName.emplace(property->name, property.get());

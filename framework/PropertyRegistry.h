@@ -95,7 +95,8 @@ public:
   TPublishedClass& AddClass(std::type_index pType, const std::type_info* pBase, std::wstring pName,
                             std::wstring pDocumentation, std::function<TComponent*(TComponent*)> pFactory,
                             std::function<bool(const TPersistent&)> pIsInstance);
-  /// Raises EPropertyError if the name is no identifier or if the class or a base class has it already.
+  /// Raises EPropertyError if the name is no identifier or if the class or a base class has it already, if the name of
+  /// an enumeration's value is no identifier, and if a set's value isn't within 0..63.
   static void AddProperty(TPublishedClass& pClass, TProperty pProperty);
 
 private:
@@ -198,7 +199,7 @@ private:
 /// gives. A component that has a constructor from its owner can be created by name.
 template <typename T, typename TBase = TComponent>
 TClassPublisher<T> PublishClass(const wchar_t* pName, const wchar_t* pDocumentation) {
-  static_assert(std::is_base_of_v<TBase, T> && std::is_base_of_v<TPersistent, T>);
+  static_assert(std::is_base_of_v<TBase, T> && std::is_base_of_v<TPersistent, T> && !std::is_same_v<TBase, T>);
   std::function<TComponent*(TComponent*)> factory;
   if constexpr (std::is_base_of_v<TComponent, T> && std::is_constructible_v<T, TComponent*> && !std::is_abstract_v<T>) {
     factory = [](TComponent* owner) -> TComponent* { return new T(owner); };

@@ -113,7 +113,7 @@ struct TPropertyType<T> {
   static T Unwrap(const TPropertyValue& pValue) {
     const double value = std::get<double>(pValue);
     if (std::isfinite(value) && std::abs(value) > static_cast<double>(std::numeric_limits<T>::max())) {
-      throw EPropertyError(std::to_wstring(value) + L" is out of range");
+      throw EPropertyError(L"the number is out of range.");
     }
     return static_cast<T>(value);
   }
@@ -148,7 +148,7 @@ struct TPropertyType<T*> {
   static T* Unwrap(const TPropertyValue& pValue) {
     auto* const component = std::get<TComponent*>(pValue);
     auto* const cast = dynamic_cast<T*>(component);
-    if (component && !cast) throw EPropertyError(L"a " + component->ClassName() + L" doesn't fit here");
+    if (component && !cast) throw EPropertyError(L"a " + component->ClassName() + L" doesn't fit here.");
     return cast;
   }
 };

@@ -1,6 +1,7 @@
 #include <framework/StringList.h>
 
 #include <framework/Exceptions.h>
+#include <framework/MergeSort.h>
 #include <framework/TextCompare.h>
 
 #include <algorithm>
@@ -172,20 +173,23 @@ bool TStringList::Find(std::wstring_view pText, int& pIndex) const {
   return found != fEntries.end() && CompareStrings(found->text, pText) == 0;
 }
 
-void TStringList::Sort() {
-  Changing();
+void TStringList::SortEntries() {
   std::stable_sort(fEntries.begin(), fEntries.end(),
                    [this](const TEntry& a, const TEntry& b) { return CompareStrings(a.text, b.text) < 0; });
+}
+
+void TStringList::Sort() {
+  Changing();
+  SortEntries();
   Changed();
 }
 
 void TStringList::CustomSort(const TCompare& pCompare) {
   CheckUnsorted();
-  // Sorting indexes keeps the entries in place for the comparison. A merge sort stays inside its bounds even if the
-  // comparison contradicts itself.
+  // Sorting indexes keeps the entries in place for the comparison.
   std::vector<int> order(fEntries.size());
   std::iota(order.begin(), order.end(), 0);
-  std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return pCompare(*this, a, b) < 0; });
+  MergeSort(order, [&](int a, int b) { return pCompare(*this, a, b) < 0; });
   Changing();
   std::vector<TEntry> sorted;
   sorted.reserve(fEntries.size());
@@ -196,14 +200,27 @@ void TStringList::CustomSort(const TCompare& pCompare) {
 
 void TStringList::SetSorted(bool pSorted) {
   if (pSorted == fSorted) return;
-  fSorted = pSorted;
-  if (pSorted) Sort();
+  if (!pSorted) {
+    fSorted = false;
+    return;
+  }
+  // An OnChanging that raises leaves a list that isn't sorted and doesn't say so.
+  Changing();
+  SortEntries();
+  fSorted = true;
+  Changed();
 }
 
 void TStringList::SetCaseSensitive(bool pCaseSensitive) {
   if (pCaseSensitive == fCaseSensitive) return;
+  if (!fSorted) {
+    fCaseSensitive = pCaseSensitive;
+    return;
+  }
+  Changing();
   fCaseSensitive = pCaseSensitive;
-  if (fSorted) Sort();
+  SortEntries();
+  Changed();
 }
 
 int TStringList::CompareStrings(std::wstring_view pFirst, std::wstring_view pSecond) const {

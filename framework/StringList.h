@@ -55,8 +55,8 @@ public:
   void Sort();
   /// Compares the entries at two indexes of the list, which stands unchanged meanwhile: below 0, 0, above 0.
   using TCompare = std::function<int(const TStringList& pList, int pFirst, int pSecond)>;
-  /// Sorts once by another order; equals keep their order. A comparison that raises leaves the list as it was. Raises
-  /// EStringListError if the list is sorted.
+  /// Sorts once by another order; equals keep their order. A comparison that raises leaves the list as it was, one that
+  /// contradicts itself gives some order. Raises EStringListError if the list is sorted.
   void CustomSort(const TCompare& pCompare);
 
   bool GetSorted() const noexcept { return fSorted; }
@@ -94,6 +94,7 @@ private:
   void CheckUnsorted() const;
   void InsertEntry(std::size_t pIndex, const std::wstring& pText, std::intptr_t pObject);
   bool MaySkipSearch(std::wstring_view pText) const;
+  void SortEntries();
 
   std::vector<TEntry> fEntries;
   bool fSorted = false;

@@ -66,7 +66,7 @@ public:
   /// Replaces all entries. An entry that begins with the quote character runs to the next single one; two stand for
   /// one. Without StrictDelimiter blanks and control characters separate entries as well and those around entries are
   /// dropped; with it only the delimiter separates, and whatever follows a closing quote is part of the entry. What
-  /// GetDelimitedText gives reads back as the same entries with the same settings, unless QuoteChar is 0.
+  /// GetDelimitedText gives reads back as the same entries with the same settings, unless QuoteChar is 0 or a blank.
   void SetDelimitedText(std::wstring_view pText);
   /// The same with "," and double quotes, not strict, whatever the settings are.
   std::wstring GetCommaText() const;

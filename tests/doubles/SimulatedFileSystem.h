@@ -16,19 +16,21 @@
 
 namespace kiv::test {
 
-/// The name as folders compare it: case doesn't count in Latin, Greek and Cyrillic. Anything else stands for itself,
-/// lone surrogates too.
+/// The name as folders compare it: case doesn't count for ASCII, the letters of Latin-1, and Greek and Cyrillic ones
+/// (the Greek without accents). Anything else stands for itself, lone surrogates too.
 std::wstring FoldName(std::wstring_view pName);
 
 /// A file system in memory, for all that lists folders, watches them or changes files, with faults on demand.
 ///
 /// Paths are `C:\Folder\File`; the empty path is the computer, whose objects are the drives (`C:`). Names preserve
 /// case and don't compare by it; a folder lists its objects in the order of the folded names. A clock of its own gives
-/// each change a time one second later than the one before. Changes are announced to the subscribers of `Notices()`.
+/// each new or written file a time one second later than the one before. Changes are announced to the subscribers of
+/// `Notices()`, all but new drives, rights and faults.
 ///
 /// What would surprise you:
-/// - OpenFolder fails for what isn't a folder that exists. What needs the folder's content fails at the first step:
-///   a drive without medium, access denied. That is how the shell does it.
+/// - OpenFolder fails for what isn't a folder that exists, and for what stands on a drive without medium. What needs
+///   the folder's content fails at the first step: the drive itself without medium, access denied. That is how the
+///   shell does it.
 /// - A stepper takes the *names* at its first step and asks each object's *facts* when it comes to it. An object that
 ///   is gone or renamed by then comes with its listed name and nothing else: no flags, no size, no times. One that
 ///   appears meanwhile isn't listed.
@@ -72,7 +74,8 @@ public:
   /// To a new path on the same drive.
   HRESULT Move(const std::wstring& pPath, const std::wstring& pNewPath);
   HRESULT Delete(const std::wstring& pPath);
-  /// Denies listing a folder and changing what is in it, or allows it again.
+  /// Denies listing a folder and making, removing and renaming objects in it, or allows it again. What its files hold
+  /// and their attributes can be changed still.
   HRESULT DenyAccess(const std::wstring& pPath, bool pDeny = true);
   /// Announces that a folder changed, without saying what: what a watcher does that lost count.
   HRESULT AnnounceFolderUpdate(const std::wstring& pPath);

@@ -10,6 +10,7 @@
 #include <map>
 #include <random>
 #include <set>
+#include <thread>
 
 namespace kiv {
 namespace {
@@ -132,6 +133,24 @@ TEST(Component, DestructionFromInsideNotificationsIsSafe) {
     delete child;
     EXPECT_EQ(alive, 0);
   }
+  { // a listener puts the one that goes in a place of its own
+    TProbe saviour;
+    auto* const owner = make();
+    int refused = 0;
+    const auto save = [&](TComponent* goes) {
+      EXPECT_THROW(saviour.InsertComponent(goes), EComponentError);
+      ++refused;
+    };
+    owner->OnRemoved = save;
+    auto* const child = make(owner);
+    child->FreeNotification(&saviour);
+    saviour.OnRemoved = save;
+    delete child;
+    EXPECT_EQ(refused, 2);
+    EXPECT_TRUE(saviour.GetComponents().empty());
+    delete owner;
+    EXPECT_EQ(alive, 0);
+  }
   { // a sibling that is told destroys all others, while the owner passes the message on
     auto* const owner = make();
     std::vector<TProbe*> children;
@@ -145,6 +164,27 @@ TEST(Component, DestructionFromInsideNotificationsIsSafe) {
     delete owner;
     EXPECT_EQ(alive, 0);
   }
+}
+
+TEST(Component, AnotherThreadMayAskForTheState) {
+  TComponent component;
+  std::thread worker([&component] {
+    while (!component.IsLoading()) std::this_thread::yield();
+  });
+  component.SetDesigning(true);
+  component.BeginLoading();
+  worker.join();
+  EXPECT_TRUE(component.IsDesigning());
+}
+
+TEST(Component, WatchesSayGoneFromTheHeadOfTheDestructor) {
+  auto* const goes = new TProbe;
+  const TAliveWatch watch(goes->GetAliveToken());
+  bool seenAlive = true;
+  goes->OnDestroy = [&](TProbe*) { seenAlive = watch.IsAlive(); };
+  EXPECT_TRUE(watch.IsAlive());
+  delete goes;
+  EXPECT_FALSE(seenAlive);
 }
 
 TEST(Component, WhatANotificationRaisesDoesNotLeaveADestructor) {

@@ -13,6 +13,19 @@
 #include <vector>
 
 namespace kiv {
+
+// Enumerations that can't be published: a name that isn't one, a value that no set has room for.
+enum class TPrice { prDear };
+template <>
+struct TEnumNames<TPrice> {
+  static constexpr TEnumName<TPrice> Values[] = {{TPrice::prDear, L"pr dear"}};
+};
+enum class TMark { maFar = 64 };
+template <>
+struct TEnumNames<TMark> {
+  static constexpr TEnumName<TMark> Values[] = {{TMark::maFar, L"maFar"}};
+};
+
 namespace {
 
 class ComponentText : public testing::Test {
@@ -175,8 +188,10 @@ TEST_F(ComponentText, EveryErrorSaysWhereAndWhat) {
        L"g.Link (line 2): expected a reference (@name, root or nil), found \"a\"."},
       {L"component TGadget g { Link = @a.b component TGadget a {} }", L"g.Link (line 2): there is no component @a.b."},
       {L"component TGadget g { Link = @a component TComponent a {} }",
-       L"g.Link (line 2): a TComponent doesn't fit here"},
+       L"g.Link (line 2): a TComponent doesn't fit here."},
+      {L"component TGadget g { Short = 1e39 }", L"g.Short (line 2): the number is out of range."},
       {L"component TGadget g { Count = 13 }", L"g.Count (line 2): thirteen brings bad luck"},
+      {L"component TGadget g { Count = 14 }", L"g.Count (line 2): not by this library"},
       {L"component TGadget g { component TGadget a {} component TGadget A {} }",
        L"A (line 2): A component named A already exists."},
       {L"component TGadget g { component TGadget a {} component TGadget b { Filter = \"raise when loaded\" } }",
@@ -230,6 +245,24 @@ TEST_F(ComponentText, AStandingRootTakesTextOfItsOwnOrABaseClass) {
                                  plain),
                EInvalidOperation);
   EXPECT_EQ(plain.GetLink(), nullptr);
+}
+
+// Destroys its owner when it is loaded.
+class TRegicide : public TGadget {
+public:
+  using TGadget::TGadget;
+  std::wstring ClassName() const override { return L"TRegicide"; }
+
+protected:
+  void Loaded() override { delete GetOwner(); }
+};
+
+TEST_F(ComponentText, ALoadedThatDestroysTheRootLeavesNothing) {
+  PublishClass<TRegicide, TGadget>(L"TRegicide", L"");
+  const std::wstring text =
+      L"component TGadget { component TGadget { } component TRegicide { } component TGadget { } }";
+  EXPECT_THROW(static_cast<void>(LoadComponentText(text)), EComponentError);
+  LoadComponentText(text, *new TGadget);
 }
 
 TEST_F(ComponentText, WhatCannotBeReadBackIsNotSaved) {
@@ -299,6 +332,11 @@ TEST_F(ComponentText, RegistryListsInheritedPropertiesAndRefusesDoubles) {
   auto publisher = PublishClass<TPrivateGadget, TGadget>(L"TPrivateGadget", L"");
   EXPECT_THROW(publisher.ReadOnly(L"Tag", &TGadget::GetTag, L""), EPropertyError);
   EXPECT_THROW(publisher.ReadOnly(L"component", &TGadget::GetTag, L""), EPropertyError);
+  EXPECT_THROW(publisher.ReadOnly(
+                   L"Worth", [](const TPrivateGadget&) { return TPrice::prDear; }, L""),
+               EPropertyError);
+  const auto marks = [](const TPrivateGadget&) { return TSet<TMark>{}; };
+  EXPECT_THROW(publisher.ReadOnly(L"Marks", marks, L""), EPropertyError);
   EXPECT_THROW((PublishClass<TLiar>(L"TGadget", L"")), EPropertyError);
   struct TChild : TLiar {};
   EXPECT_THROW((PublishClass<TChild, TLiar>(L"TChild", L"")), EPropertyError);

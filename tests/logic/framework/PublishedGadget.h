@@ -4,6 +4,7 @@
 #include <framework/StringList.h>
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -50,6 +51,7 @@ public:
   std::uint8_t GetCount() const { return fCount; }
   void SetCount(std::uint8_t pCount) {
     if (pCount == 13) throw EInvalidOperation(L"thirteen brings bad luck");
+    if (pCount == 14) throw std::out_of_range("not by this library");
     fCount = pCount;
   }
   std::int64_t GetBig() const { return fBig; }

@@ -169,11 +169,26 @@ TEST(StringList, SettingsReorderAndCustomSortSurvivesBadComparisons) {
   EXPECT_THROW(list.CustomSort([](const TStringList&, int, int) -> int { throw EInvalidOperation(L"x"); }),
                EInvalidOperation);
   EXPECT_EQ(Texts(list), backwards);
-  std::mt19937 random(3);
-  list.CustomSort([&](const TStringList&, int, int) { return static_cast<int>(random() % 3) - 1; });
-  auto texts = Texts(list);
-  std::sort(texts.begin(), texts.end());
-  EXPECT_EQ(texts, (std::vector<std::wstring>{L"A", L"B", L"a", L"b"}));
+  // Many enough for a sort that trusts what it was told before.
+  while (list.GetCount() < 300) list.Add(std::to_wstring(list.GetCount()));
+  auto before = Texts(list);
+  std::sort(before.begin(), before.end());
+  for (unsigned seed = 0; seed < 20; ++seed) {
+    std::mt19937 random(seed);
+    list.CustomSort([&](const TStringList& l, int a, int b) {
+      EXPECT_TRUE(a >= 0 && a < l.GetCount() && b >= 0 && b < l.GetCount());
+      return static_cast<int>(random() % 3) - 1;
+    });
+    auto texts = Texts(list);
+    std::sort(texts.begin(), texts.end());
+    ASSERT_EQ(texts, before) << seed;
+  }
+  // Equals keep their order.
+  list.CustomSort([](const TStringList& l, int a, int b) { return l.Get(a).compare(l.Get(b)); });
+  for (int i = 0; i < list.GetCount(); ++i) list.PutObjectAt(i, i);
+  list.CustomSort([](const TStringList& l, int a, int b) { return l.Get(a)[0] - l.Get(b)[0]; });
+  EXPECT_EQ(Texts(list), before);
+  for (int i = 0; i < list.GetCount(); ++i) ASSERT_EQ(list.GetObjectAt(i), i);
 }
 
 TEST(StringList, ReportsEachChangeOnceAndAtTheOutermostEnd) {
@@ -202,6 +217,21 @@ TEST(StringList, ReportsEachChangeOnceAndAtTheOutermostEnd) {
   EXPECT_THROW(list->SetCommaText(L"a,a"), EStringListError);
   EXPECT_FALSE(list->IsUpdating());
   EXPECT_EQ(changes, 1);
+  // An OnChanging that raises prevents the change, also that of a setting which the order hangs on.
+  list->SetSorted(false);
+  list->SetCommaText(L"b,A");
+  const auto refuse = [](TPersistent*) { throw EInvalidOperation(L"no"); };
+  list->SetOnChanging(refuse);
+  EXPECT_THROW(list->SetSorted(true), EInvalidOperation);
+  EXPECT_FALSE(list->GetSorted());
+  list->SetOnChanging(nullptr);
+  list->SetSorted(true);
+  list->SetOnChanging(refuse);
+  EXPECT_THROW(list->SetCaseSensitive(true), EInvalidOperation);
+  EXPECT_THROW(list->Add(L"c"), EInvalidOperation);
+  EXPECT_EQ(list->IndexOf(L"B"), 1);
+  EXPECT_EQ(list->GetCount(), 2);
+  list->SetOnChanging(nullptr);
   // The handler may end the list.
   list->SetOnChange([&](TPersistent*) { list.reset(); });
   list->SetText(L"one\ntwo");
