@@ -64,14 +64,17 @@ void Detach() {
 } // namespace
 
 void Attach() {
-  bool first = false;
   {
     const std::lock_guard guard(State().lock);
     if (State().attached && Instance().IsMainThread()) return;
+  }
+  MainThreadWaker::Start(); // may raise: nothing is attached then, and the next call tries again
+  Instance().Attach();
+  bool first = false;
+  {
+    const std::lock_guard guard(State().lock);
     first = !std::exchange(State().attached, true);
   }
-  MainThreadWaker::Start();
-  Instance().Attach();
   if (first) AtShutdown(&Detach);
 }
 

@@ -25,6 +25,8 @@ void TMainThreadQueue::Attach() {
     fMainThread = std::this_thread::get_id();
     fClosed = false;
     fRoadTaken = false;
+    // A wake-up that was under way to a former main thread may never arrive.
+    fTurnRequested = false;
     if (fEntries.empty()) return;
     fTurnRequested = true;
     ++fStatistics.wakes;
@@ -186,6 +188,7 @@ void TMainThreadQueue::Close() noexcept {
   }
   for (TEntry& entry : dropped) {
     if (!entry.call) continue;
+    entry.procedure = nullptr; // before its caller goes on
     entry.call->raised = std::make_exception_ptr(EException(L"The main thread ended before it took this call."));
     entry.call->done.Set();
   }

@@ -25,9 +25,8 @@ namespace kiv {
 ///   nested or not.
 /// - A wake-up is sent only when the queue had gone idle: nothing queued, no wake-up under way, the posted road not
 ///   running. A worker that queues 10,000 closures wakes the main thread about once.
-/// - The posted road yields after `TConfig::slice`, so that a steady producer doesn't starve input and painting. It
-/// asks
-///   for its next turn by `TConfig::yield`.
+/// - The posted road yields after `TConfig::slice`, so that a steady producer doesn't starve input and painting, and
+///   asks for its next turn by `TConfig::yield`.
 class KIV_EXPORT TMainThreadQueue {
 public:
   using TProcedure = std::function<void()>;

@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace kiv {
@@ -108,7 +109,8 @@ struct TBinding {
 };
 
 std::mutex gLock; // guards gBinding
-std::unique_ptr<TBinding> gBinding;
+// Ends by Shutdown only. A destructor among the statics would free libraries while this one is being unloaded.
+TBinding* gBinding = nullptr;
 std::atomic<const TShellApi*> gApi{nullptr};
 std::atomic<IShellFolder*> gDesktop{nullptr};
 
@@ -118,7 +120,7 @@ void FinalizeShell() {
   if (!gBinding) return;
   if (gBinding->api.SHReleaseThreadRef) gBinding->api.SHReleaseThreadRef();
   gApi = nullptr;
-  gBinding.reset();
+  delete std::exchange(gBinding, nullptr);
 }
 
 } // namespace
@@ -150,7 +152,7 @@ void InitializeShell() {
           },
       .find = [](HMODULE module, const char* name) { return GetProcAddress(module, name); },
   });
-  gBinding = std::move(binding);
+  gBinding = binding.release();
   gApi.store(&gBinding->api, std::memory_order_release);
   AtShutdown(&FinalizeShell);
 }

@@ -87,6 +87,11 @@ TEST(MainThreadQueue, AWakeUpThatReachesNobodyIsTriedAgain) {
   // What was queued before anybody could be woken is announced when the main thread attaches.
   bench.queue.Attach();
   EXPECT_EQ(bench.wakes, 3);
+  // One that was under way to a main thread of old, with nothing queued any more, holds up nobody.
+  EXPECT_TRUE(bench.queue.CheckSynchronize());
+  bench.queue.Attach();
+  bench.queue.Queue([] {});
+  EXPECT_EQ(bench.wakes, 4);
 }
 
 TEST(MainThreadQueue, YieldsBehindItsSliceAndGoesOnWhereItWas) {
