@@ -12,6 +12,7 @@
 #include <string_view>
 #include <type_traits>
 #include <typeindex>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -103,7 +104,8 @@ private:
   TPropertyRegistry();
 
   std::map<std::wstring, std::unique_ptr<TPublishedClass>, std::less<>> fClasses;
-  std::map<std::type_index, TPublishedClass*> fByType;
+  // Hashed, not ordered: MinGW's runtime puts a type of internal linkage both before and behind others.
+  std::unordered_map<std::type_index, TPublishedClass*> fByType;
 };
 
 /// Publishes the properties of class T: made by PublishClass, one call for each property.

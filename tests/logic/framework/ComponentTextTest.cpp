@@ -321,7 +321,7 @@ TEST_F(ComponentText, RegistryListsInheritedPropertiesAndRefusesDoubles) {
                                               L"Filter", L"Mode", L"Modes", L"Link", L"Font", L"Lines", L"Caption"}));
   EXPECT_TRUE(box->FindProperty(L"Version")->IsReadOnly());
   // An unregistered class goes by the nearest name it gives itself, and only if it is one.
-  struct TPrivateGadget : TGadget {
+  struct TUnregistered : TGadget {
   } gadget;
   EXPECT_EQ(registry.ClassOf(gadget), registry.FindClass(L"TGadget"));
   struct TLiar : TComponent {
@@ -329,6 +329,7 @@ TEST_F(ComponentText, RegistryListsInheritedPropertiesAndRefusesDoubles) {
   } liar;
   EXPECT_EQ(registry.ClassOf(liar), nullptr);
 
+  struct TPrivateGadget : TGadget {};
   auto publisher = PublishClass<TPrivateGadget, TGadget>(L"TPrivateGadget", L"");
   EXPECT_THROW(publisher.ReadOnly(L"Tag", &TGadget::GetTag, L""), EPropertyError);
   EXPECT_THROW(publisher.ReadOnly(L"component", &TGadget::GetTag, L""), EPropertyError);
