@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "ObjectText.h"
 #include "WalkCommand.h"
 
 #include <platform/Exception.h>
@@ -34,7 +35,7 @@ int Misuse(TEnvironment& environment, const std::string& complaint) {
 }
 
 std::string Quoted(const std::wstring& text) {
-  return '"' + kiv::ToUtf8(text) + '"';
+  return '"' + Printable(Excerpt(text)) + '"';
 }
 
 int Walk(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
@@ -67,8 +68,8 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   const bool version = command == L"version" || command == L"--version";
   if (!help && !version) return Misuse(environment, "unknown command " + Quoted(command) + ".");
   if (!rest.empty()) return Misuse(environment, kiv::ToUtf8(command) + " takes no arguments.");
-  environment.out(help ? std::string(HelpText) : "kivtool " + kiv::ToUtf8(kiv::LibraryVersion) + "\n");
-  return Succeeded;
+  const std::string text = help ? HelpText : "kivtool " + kiv::ToUtf8(kiv::LibraryVersion) + "\n";
+  return environment.out(text) ? Succeeded : Interrupted;
 }
 
 } // namespace

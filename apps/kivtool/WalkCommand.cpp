@@ -80,7 +80,7 @@ private:
 };
 
 void Complain(TEnvironment& environment, const std::wstring& path, const std::string& what) {
-  environment.err("kivtool: can't list \"" + kiv::ToUtf8(Excerpt(path)) + "\": " + what + "\n");
+  environment.err("kivtool: can't list \"" + Printable(Excerpt(path)) + "\": " + what + "\n");
 }
 
 } // namespace
