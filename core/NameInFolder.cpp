@@ -16,7 +16,10 @@ HRESULT GetNameInFolder(IShellFolder* pFolder, PCUITEMID_CHILD pItem, DWORD pFor
     text.Reset(answer.pOleStr);
   } else {
     const auto convert = ShellApi().StrRetToStrW;
-    const HRESULT converted = convert ? convert(&answer, pItem, text.ReleaseAndGetAddressOf()) : E_NOTIMPL;
+    // Guarded: an offset that the folder gave may lead anywhere.
+    wchar_t* converted_text = nullptr;
+    const HRESULT converted = GuardedExport(convert, &answer, pItem, &converted_text);
+    text.Reset(converted_text);
     if (FAILED(converted)) return converted;
   }
   if (!text) return E_UNEXPECTED;

@@ -112,6 +112,7 @@ HRESULT TObjectFacts::Read(PCUITEMID_CHILD pItem, TFolderObject& pObject) {
   pObject.flags = {};
   pObject.size = TFolderObject::UnknownSize;
   pObject.created = pObject.changed = pObject.accessed = 0;
+  const ScopedErrorMode mode; // attributes and details of a drive may ask for its medium
   WIN32_FIND_DATAW data;
   const auto get_data = ShellApi().SHGetDataFromIDListW;
   const HRESULT found =
@@ -158,7 +159,6 @@ void TObjectFacts::ReadDetails(PCUITEMID_CHILD pItem, TFolderObject& pObject) {
 }
 
 void TObjectFacts::ReadDisk(TFolderObject& pObject) {
-  const ScopedErrorMode mode;
   fPath.resize(fPathLength);
   fPath += pObject.name;
   WIN32_FILE_ATTRIBUTE_DATA data;

@@ -47,7 +47,6 @@ std::wstring ToShellForm(std::wstring path) {
 
 // What the disk says of a folder's path, before the shell is asked: some shells list a drive that isn't there as empty.
 HRESULT CheckDisk(const std::wstring& path) {
-  const ScopedErrorMode mode;
   if (GetFileAttributesW(ToLongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
   return HRESULT_FROM_WIN32(GetLastError());
 }
@@ -76,7 +75,6 @@ bool IsFolder(PCIDLIST_ABSOLUTE list) {
 HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
   const auto parse = ShellApi().SHParseDisplayName;
   if (!parse) return E_NOTIMPL;
-  const ScopedErrorMode mode;
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, 0, nullptr); });
   const TUniqueItemIdList list(raw);
@@ -169,6 +167,7 @@ HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_pt
   if (pPath.size() > LongestPath) return PathTooLong;
   const std::wstring path = pPath.empty() ? Computer : ToShellForm(pPath);
   const bool on_disk = IsDrivePath(path);
+  const ScopedErrorMode mode;
   if (on_disk) {
     const HRESULT hr = CheckDisk(path);
     if (FAILED(hr)) return hr;

@@ -157,6 +157,14 @@ TEST_F(ExtensionFacts, ThatCannotBeHadAreLeftUnknown) {
   EXPECT_EQ(object.name, L"doc");
   EXPECT_TRUE(object.flags.IsEmpty());
 
+  // Attributes of a drive may ask for its medium: no dialog may come of it.
+  fShell.ClearFaults();
+  DWORD inside = 0;
+  fShell.AddFault(L"C:\\Dir", {TShellFault::TKind::Slow, TShellMethod::GetAttributesOf, 1, TShellFault::Always, E_FAIL,
+                               [&] { inside = GetThreadErrorMode(); }});
+  EXPECT_EQ(Read(object), S_OK);
+  EXPECT_NE(inside & SEM_FAILCRITICALERRORS, 0U);
+
   fShell.ClearFaults();
   fShell.AddFault(L"C:\\Dir", {TShellFault::TKind::Crash, TShellMethod::GetDisplayNameOf});
   object.name = L"left over";

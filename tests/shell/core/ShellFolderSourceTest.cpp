@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kiv {
@@ -169,6 +170,36 @@ TEST_F(ForeignRoot, ThatFailsOrCrashesInParsingGivesAnError) {
   TFolderObject object;
   EXPECT_EQ(stepper->Next(object), TFolderStep::Failed);
   EXPECT_EQ(stepper->Status(), E_FAIL);
+}
+
+// A path too long to be parsed in one go: each name is bound in its parent, under the error mode of the whole.
+TEST_F(ForeignRoot, ThatFailsOrCrashesInBindingGivesAnError) {
+  fApi->SHParseDisplayName = [](PCWSTR path, IBindCtx*, PIDLIST_ABSOLUTE* list, SFGAOF, SFGAOF*) -> HRESULT {
+    if (std::wstring_view(path).size() >= MAX_PATH) return HRESULT_FROM_WIN32(ERROR_FILENAME_EXCED_RANGE);
+    *list = static_cast<PIDLIST_ABSOLUTE>(CoTaskMemAlloc(2));
+    (*list)->mkid.cb = 0;
+    return S_OK;
+  };
+  const std::wstring path = L"\\\\server\\share\\Q:\\" + std::wstring(250, L'x');
+  using TFault = test::TShellFault;
+  DWORD inside = 0;
+  const struct {
+    TFault fault;
+    HRESULT expected;
+  } cases[] = {
+      {{TFault::TKind::Crash, test::TShellMethod::BindToObject}, E_FAIL},
+      {{TFault::TKind::NoResult, test::TShellMethod::BindToObject}, E_UNEXPECTED},
+      {{TFault::TKind::Fail, test::TShellMethod::BindToObject, 1, TFault::Always, E_ACCESSDENIED}, E_ACCESSDENIED},
+      {{TFault::TKind::Slow, test::TShellMethod::BindToObject, 1, TFault::Always, E_FAIL,
+        [&] { inside = GetThreadErrorMode(); }},
+       HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)},
+  };
+  for (const auto& c : cases) {
+    fShell.ClearFaults();
+    fShell.AddFault(L"", c.fault);
+    EXPECT_EQ(Open(path), c.expected);
+  }
+  EXPECT_NE(inside & SEM_FAILCRITICALERRORS, 0U);
 }
 
 } // namespace
