@@ -3,6 +3,7 @@
 #include <core/FolderEnumerator.h>
 #include <core/LongPath.h>
 #include <core/NameInFolder.h>
+#include <framework/TextCompare.h>
 #include <platform/Characters.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
@@ -32,8 +33,7 @@ bool IsUncPath(const std::wstring& path) {
 
 // The form that the shell parses: it knows neither forward slashes nor the long-path prefix, nor a bare "C:".
 std::wstring ToShellForm(std::wstring path) {
-  const bool named = path.starts_with(L"::") || path.starts_with(L"shell:") || path.find(L"://") != std::wstring::npos;
-  if (named) return path;
+  if (IsShellName(path)) return path;
   std::replace(path.begin(), path.end(), L'/', L'\\');
   if (path.starts_with(LR"(\\?\UNC\)")) {
     path = LR"(\\)" + path.substr(8);
@@ -160,6 +160,11 @@ private:
 
 } // namespace
 
+bool IsShellName(const std::wstring& pPath) {
+  return pPath.starts_with(L"::") || SameText(pPath.substr(0, 6), L"shell:") ||
+         pPath.find(L"://") != std::wstring::npos;
+}
+
 TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision) noexcept : fPrecision(pPrecision) {}
 
 HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) {
@@ -168,10 +173,9 @@ HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_pt
   const std::wstring path = pPath.empty() ? Computer : ToShellForm(pPath);
   const bool on_disk = IsDrivePath(path);
   const ScopedErrorMode mode;
-  if (on_disk) {
-    const HRESULT hr = CheckDisk(path);
-    if (FAILED(hr)) return hr;
-  }
+  // What the disk hasn't may still be the shell's, such as a folder in an archive; but not on a drive that isn't there.
+  const HRESULT disk = on_disk ? CheckDisk(path) : S_OK;
+  if (FAILED(disk) && FAILED(CheckDisk(path.substr(0, 3)))) return disk;
   ComPtr<IShellFolder> folder;
   HRESULT hr = OpenFromRoot(path, folder);
   if (FAILED(hr) && path.size() >= MAX_PATH && (on_disk || IsUncPath(path))) {
@@ -179,9 +183,9 @@ HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_pt
     // The disk has it, and a shell that keeps to 260 characters says that it can't be found.
     if (FAILED(hr) && on_disk && hr != NotAFolder) hr = PathTooLong;
   }
-  if (FAILED(hr)) return hr;
-  pStepper =
-      std::make_unique<TShellFolderStepper>(std::move(folder), on_disk || IsUncPath(path) ? path : L"", fPrecision);
+  if (FAILED(hr)) return FAILED(disk) ? disk : hr;
+  pStepper = std::make_unique<TShellFolderStepper>(
+      std::move(folder), SUCCEEDED(disk) && (on_disk || IsUncPath(path)) ? path : L"", fPrecision);
   return S_OK;
 }
 

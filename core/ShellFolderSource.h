@@ -6,6 +6,9 @@
 
 namespace kiv {
 
+/// True for a name that only the shell understands and that is no path: "shell:...", "::{...}", "scheme://...".
+KIV_EXPORT bool IsShellName(const std::wstring& pPath);
+
 /// Folders of the real shell, by whatever name the shell parses: paths, "shell:" names, class identifiers in the form
 /// "::{...}"; the empty path is the computer. A stepper belongs to the apartment of the thread that opened it.
 class KIV_EXPORT TShellFolderSource : public IFolderSource {

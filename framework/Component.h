@@ -66,6 +66,11 @@ public:
   /// For designers: sets or clears csDesigning here and in all components below.
   void SetDesigning(bool pDesigning);
 
+  /// A part that its owner makes itself, in its constructor: it is never saved as a component of its own, since the
+  /// owner would make it a second time on loading. Its properties can be saved by publishing it as an object.
+  bool IsSubComponent() const noexcept { return fSubComponent; }
+  void SetSubComponent(bool pSubComponent) noexcept { fSubComponent = pSubComponent; }
+
   TComponent* GetOwner() const noexcept { return fOwner; }
   /// What this component owns, in order of insertion. Changes with each insertion and removal: copy it before calling
   /// foreign code in a loop.
@@ -130,6 +135,7 @@ private:
   std::intptr_t fTag = 0;
   std::atomic<TComponentState> fState; // changed by the component's thread only
   bool fInDestructor = false;
+  bool fSubComponent = false;
   std::vector<TComponent*> fComponents;
   std::unique_ptr<TNameIndex> fNames; // of fComponents; made with the first name
   std::vector<TComponent*> fLinked;   // who tells whom: each stands in the other's list

@@ -68,7 +68,9 @@ void TComponentWriter::WriteComponent(TComponent& component) {
   Line(L"component " + ClassOf(component, where).GetName() + (name.empty() ? L"" : L" ") + name + L" {");
   CheckDepth(++fDepth, where);
   WriteProperties(component, where);
-  for (TComponent* owned : component.GetComponents()) WriteComponent(*owned);
+  for (TComponent* owned : component.GetComponents()) {
+    if (!owned->IsSubComponent()) WriteComponent(*owned);
+  }
   --fDepth;
   Line(L"}");
 }
@@ -77,7 +79,7 @@ void TComponentWriter::WriteProperties(TPersistent& object, const std::wstring& 
   const TPublishedClass* const published = TPropertyRegistry::Instance().ClassOf(object);
   if (!published) throw EPropertyError(where + L": the class " + object.ClassName() + L" isn't registered.");
   for (const TProperty* property : TPropertyRegistry::PropertiesOf(*published)) {
-    if (property->IsReadOnly()) continue;
+    if (property->IsReadOnly() || (property->isStored && !property->isStored(object))) continue;
     const std::wstring path = where + L"." + property->name;
     if (property->object) {
       WriteObject(object, *property, path);

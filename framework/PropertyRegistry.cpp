@@ -135,4 +135,9 @@ void TPropertyRegistry::AddProperty(TPublishedClass& pClass, TProperty pProperty
   pClass.fProperties.push_back(std::move(property));
 }
 
+TProperty& TPropertyRegistry::LastProperty(TPublishedClass& pClass) {
+  if (pClass.fProperties.empty()) throw EPropertyError(pClass.fName + L" has no property yet.");
+  return *pClass.fProperties.back();
+}
+
 } // namespace kiv

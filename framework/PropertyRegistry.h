@@ -33,6 +33,9 @@ struct TProperty {
   /// For Strings: an empty list is saved as well, because the constructor puts something in.
   bool alwaysStored = false;
 
+  /// Says whether the object at hand saves the property at all; empty: by its default alone.
+  std::function<bool(TPersistent&)> isStored;
+
   /// Empty for Object and Strings.
   std::function<TPropertyValue(TPersistent&)> get;
   /// Empty for a property that is read-only, and for Object and Strings. Passes on what the setter raises.
@@ -99,6 +102,8 @@ public:
   /// Raises EPropertyError if the name is no identifier or if the class or a base class has it already, if the name of
   /// an enumeration's value is no identifier, and if a set's value isn't within 0..63.
   static void AddProperty(TPublishedClass& pClass, TProperty pProperty);
+  /// The property that was added last. Raises EPropertyError if there is none.
+  static TProperty& LastProperty(TPublishedClass& pClass);
 
 private:
   TPropertyRegistry();
@@ -162,6 +167,16 @@ public:
       }
     };
     return Add(std::move(property));
+  }
+
+  /// Makes the last property one that is saved only while `pCondition`, a member function or a callable that takes a
+  /// T&, says so.
+  template <typename F>
+  TClassPublisher& StoredIf(F pCondition) {
+    TPropertyRegistry::LastProperty(fClass).isStored = [pCondition](TPersistent& object) -> bool {
+      return std::invoke(pCondition, static_cast<T&>(object));
+    };
+    return *this;
   }
 
 private:

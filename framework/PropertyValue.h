@@ -67,8 +67,8 @@ using TPropertyValue = std::variant<bool, std::int64_t, double, std::wstring, TE
 
 /// The least and the greatest value that an integer property takes.
 struct TIntegerRange {
-  std::int64_t least = std::numeric_limits<std::int64_t>::min();
-  std::int64_t greatest = std::numeric_limits<std::int64_t>::max();
+  std::int64_t least = (std::numeric_limits<std::int64_t>::min)();
+  std::int64_t greatest = (std::numeric_limits<std::int64_t>::max)();
 };
 
 template <typename E>
@@ -112,7 +112,7 @@ struct TPropertyType<T> {
   static TPropertyValue Wrap(T pValue) { return static_cast<double>(pValue); }
   static T Unwrap(const TPropertyValue& pValue) {
     const double value = std::get<double>(pValue);
-    if (std::isfinite(value) && std::abs(value) > static_cast<double>(std::numeric_limits<T>::max())) {
+    if (std::isfinite(value) && std::abs(value) > static_cast<double>((std::numeric_limits<T>::max)())) {
       throw EPropertyError(L"the number is out of range.");
     }
     return static_cast<T>(value);
@@ -171,8 +171,8 @@ struct TEnumTypeOf<TSet<E>> {
 template <typename T>
 constexpr TIntegerRange RangeOf() {
   if constexpr (std::integral<T> && !std::same_as<T, bool>) {
-    return {static_cast<std::int64_t>(std::numeric_limits<T>::min()),
-            static_cast<std::int64_t>(std::numeric_limits<T>::max())};
+    return {static_cast<std::int64_t>((std::numeric_limits<T>::min)()),
+            static_cast<std::int64_t>((std::numeric_limits<T>::max)())};
   } else {
     return {};
   }

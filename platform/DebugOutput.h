@@ -15,7 +15,8 @@ KIV_EXPORT void WriteDebugLine(const std::wstring& pLine) noexcept;
 KIV_EXPORT unsigned long CurrentThreadNumber() noexcept;
 
 /// Sends the lines of WriteDebugLine to a function of the caller's for as long as it lives: for hosts with a log of
-/// their own, and for tests. The function is called on the thread that writes. Scopes nest and end in reverse order.
+/// their own, and for tests. The function is called on the thread that writes,
+/// one call at a time: it must not wait for another thread that may write. Scopes nest and end in reverse order.
 class KIV_EXPORT ScopedDebugSink {
 public:
   using TSink = std::function<void(const std::wstring&)>;

@@ -100,8 +100,8 @@ struct TModuleSource {
 /// Fills a table from a source of the caller's: InitializeShell's work, without its memory.
 KIV_EXPORT TShellApi BindShellApi(const TModuleSource& pSource);
 
-/// Replaces entries of the bound table for as long as it lives. For tests; scopes nest and end in reverse order, and no
-/// other thread may be inside the library when they begin or end.
+/// Replaces entries of the bound table for as long as it lives, which must not be beyond a Shutdown. For tests; scopes
+/// nest and end in reverse order, and no other thread may be inside the library when they begin or end.
 class KIV_EXPORT ScopedShellApi {
 public:
   ScopedShellApi();

@@ -9,8 +9,9 @@ namespace kiv {
 
 /// A wake-up that stays until it is taken: one Set releases one Wait, several Sets before that count once.
 ///
-/// On Windows a Wait answers messages that other threads send to windows of the waiting thread. A thread in a
-/// single-threaded apartment that waited without doing so would hang every broadcast and every call into its apartment.
+/// On Windows a Wait answers messages that other threads send to windows of the waiting thread: without that it would
+/// hang every broadcast. Posted messages stay where they are, and with them calls that COM brings into the waiting
+/// thread's apartment.
 class KIV_EXPORT TSignal {
 public:
   TSignal();

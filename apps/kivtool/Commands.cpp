@@ -17,8 +17,8 @@ constexpr char HelpText[] = R"(kivtool - the console companion of the Pathmere l
 
 Usage:
   kivtool walk PATH [--json]   List the objects of a folder: name, kind, size in bytes,
-                               local time of the last change, path. PATH is a path, a
-                               "shell:" name or a class identifier such as
+                               local time of the last change, path. PATH is a path, or
+                               another name that the shell parses, such as
                                "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}".
                                --json prints a JSON array, one object a line, times in UTC.
   kivtool help                 Show this text.

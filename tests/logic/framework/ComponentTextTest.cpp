@@ -297,6 +297,41 @@ TEST_F(ComponentText, WhatCannotBeReadBackIsNotSaved) {
             L"TGadget is nested more than 64 deep.");
 }
 
+// A component that makes a part of its own, and saves its caption only while it has a name.
+class TAssembly : public TGadgetBox {
+public:
+  explicit TAssembly(TComponent* pOwner = nullptr) : TGadgetBox(pOwner), fPart(new TGadget(this)) {
+    fPart->SetName(L"part");
+    fPart->SetSubComponent(true);
+  }
+  std::wstring ClassName() const override { return L"TAssembly"; }
+  TGadget& GetPart() { return *fPart; }
+  bool HasName() const { return !GetName().empty(); }
+
+private:
+  TGadget* fPart;
+};
+
+TEST_F(ComponentText, PartsAreNotMadeTwiceAndConditionsDecideWhatIsSaved) {
+  PublishClass<TAssembly, TGadgetBox>(L"TAssembly", L"")
+      .Property(L"Label", &TAssembly::GetCaption, &TAssembly::SetCaption, L"Box", L"")
+      .StoredIf(&TAssembly::HasName)
+      .Object(L"Part", &TAssembly::GetPart, L"");
+  TAssembly assembly;
+  assembly.SetCaption(L"changed");
+  assembly.GetPart().SetCount(7);
+  EXPECT_EQ(SaveComponentText(assembly).find(L"Label"), std::wstring::npos);
+  assembly.SetName(L"one");
+  const std::wstring text = SaveComponentText(assembly);
+  EXPECT_NE(text.find(L"Label = \"changed\""), std::wstring::npos);
+
+  const std::unique_ptr<TGadget> loaded = Load(text);
+  auto& copy = dynamic_cast<TAssembly&>(*loaded);
+  EXPECT_EQ(copy.GetComponents().size(), 1U);
+  EXPECT_EQ(copy.GetPart().GetCount(), 7);
+  EXPECT_EQ(SaveComponentText(copy), text);
+}
+
 TEST_F(ComponentText, TheDeepestTreeThatLoadsIsSaved) {
   std::wstring text;
   for (int i = 0; i < MaxComponentTextDepth; ++i) text += L"component TGadget { ";

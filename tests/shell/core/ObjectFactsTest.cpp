@@ -51,7 +51,7 @@ TFileTime DiskTime(const std::wstring& path) {
 
 TEST(ObjectFacts, TellTheTruthAboutRealFiles) {
   ScopedTempFolder temp;
-  const std::wstring longName(200, L'n');
+  const std::wstring longName(255, L'n');
   temp.MakeFolder(L"folder");
   temp.MakeFile(L"empty");
   temp.MakeFile(L"some.txt", 12345);
