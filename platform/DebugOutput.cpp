@@ -8,7 +8,6 @@
 
 #if !defined(_WIN32)
 #include <cstdio>
-#include <functional>
 #include <sys/syscall.h>
 #include <unistd.h>
 #endif

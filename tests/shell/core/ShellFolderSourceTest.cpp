@@ -202,5 +202,23 @@ TEST_F(ForeignRoot, ThatFailsOrCrashesInBindingGivesAnError) {
   EXPECT_NE(inside & SEM_FAILCRITICALERRORS, 0U);
 }
 
+// A folder inside an archive isn't on the disk: the shell has the last word, and the disk's answer stands if it fails.
+TEST_F(ForeignRoot, OpensWhatTheDiskHasNotButNotOnAMissingDrive) {
+  static int asked = 0;
+  asked = 0;
+  fApi->SHParseDisplayName = [](PCWSTR, IBindCtx*, PIDLIST_ABSOLUTE* list, SFGAOF, SFGAOF*) -> HRESULT {
+    ++asked;
+    *list = static_cast<PIDLIST_ABSOLUTE>(CoTaskMemAlloc(2));
+    (*list)->mkid.cb = 0;
+    return S_OK;
+  };
+  EXPECT_EQ(Names(L"C:\\archive.zip\\inner"), (std::set<std::wstring>{L"Q:"}));
+  EXPECT_EQ(asked, 1);
+  EXPECT_TRUE(FAILED(Open(L"Q:\\Dir")));
+  EXPECT_EQ(asked, 1);
+  fApi->SHParseDisplayName = [](PCWSTR, IBindCtx*, PIDLIST_ABSOLUTE*, SFGAOF, SFGAOF*) -> HRESULT { return E_FAIL; };
+  EXPECT_EQ(Open(L"C:\\archive.zip\\inner"), HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND));
+}
+
 } // namespace
 } // namespace kiv
