@@ -1,7 +1,7 @@
 #include <core/ObjectFacts.h>
 
-#include <core/LongPath.h>
 #include <core/NameInFolder.h>
+#include <core/PathUtils.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
@@ -103,7 +103,7 @@ private:
 TObjectFacts::TObjectFacts(ComPtr<IShellFolder> pFolder, std::wstring pFolderPath, TFactsPrecision pPrecision)
     : fFolder(std::move(pFolder)) {
   if (pPrecision == TFactsPrecision::Listed || pFolderPath.empty()) return;
-  fPath = ToLongPath(pFolderPath);
+  fPath = TPathUtils::GetUnicodeAPICallPath(pFolderPath);
   if (fPath.back() != L'\\') fPath += L'\\';
   fPathLength = fPath.size();
 }

@@ -1,8 +1,8 @@
 #include <core/ShellFolderSource.h>
 
 #include <core/FolderEnumerator.h>
-#include <core/LongPath.h>
 #include <core/NameInFolder.h>
+#include <core/PathUtils.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
 #include <platform/ErrorMode.h>
@@ -47,7 +47,7 @@ std::wstring ToShellForm(std::wstring path) {
 
 // What the disk says of a folder's path, before the shell is asked: some shells list a drive that isn't there as empty.
 HRESULT CheckDisk(const std::wstring& path) {
-  if (GetFileAttributesW(ToLongPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
+  if (GetFileAttributesW(TPathUtils::GetUnicodeAPICallPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
   return HRESULT_FROM_WIN32(GetLastError());
 }
 
@@ -142,7 +142,7 @@ private:
     if (fDiskPath.empty()) return TFolderStep::End;
     const ScopedErrorMode mode;
     WIN32_FIND_DATAW data;
-    const std::wstring all = ToLongPath(fDiskPath) + (fDiskPath.back() == L'\\' ? L"*" : L"\\*");
+    const std::wstring all = TPathUtils::GetUnicodeAPICallPath(fDiskPath) + (fDiskPath.back() == L'\\' ? L"*" : L"\\*");
     const TUniqueFind find(FindFirstFileW(all.c_str(), &data));
     const DWORD error = find ? ERROR_SUCCESS : GetLastError();
     if (error == ERROR_SUCCESS || error == ERROR_FILE_NOT_FOUND || error == ERROR_DIRECTORY) return TFolderStep::End;

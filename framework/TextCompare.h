@@ -13,4 +13,7 @@ KIV_EXPORT int CompareText(std::wstring_view pFirst, std::wstring_view pSecond) 
 /// True if the texts are the same but for case. Quicker than CompareText.
 KIV_EXPORT bool SameText(std::wstring_view pFirst, std::wstring_view pSecond) noexcept;
 
+/// True if the text starts with the prefix, ignoring case.
+KIV_EXPORT bool StartsText(std::wstring_view pPrefix, std::wstring_view pText) noexcept;
+
 } // namespace kiv

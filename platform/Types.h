@@ -3,8 +3,8 @@
 /// The handful of Windows types that portable code uses.
 ///
 /// On Windows they are the platform's own. Elsewhere this header supplies the same names with the layouts and values
-/// of the platform's documentation ([MS-DTYP], "Common HRESULT Values", "System Error Codes"), so that interfaces and
-/// the algorithms behind them compile, run and are sanitized on any host.
+/// of the platform's documentation ([MS-DTYP], "Common HRESULT Values", "System Error Codes", "File Attribute
+/// Constants"), so that interfaces and the algorithms behind them compile, run and are sanitized on any host.
 
 #if defined(_WIN32)
 
@@ -58,6 +58,12 @@ inline constexpr DWORD ERROR_NOT_READY = 21;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr DWORD ERROR_DIRECTORY = 267;
+
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD FILE_ATTRIBUTE_REPARSE_POINT = 0x400;
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 
 constexpr bool SUCCEEDED(HRESULT hr) noexcept {
   return hr >= 0;

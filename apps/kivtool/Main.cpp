@@ -1,6 +1,6 @@
 #include "Commands.h"
 
-#include <core/LongPath.h>
+#include <core/PathUtils.h>
 #include <core/ShellFolderSource.h>
 #include <platform/Lifecycle.h>
 #include <platform/Text.h>

@@ -1,7 +1,7 @@
 #include <core/ObjectFacts.h>
 
 #include <core/FolderEnumerator.h>
-#include <core/LongPath.h>
+#include <core/PathUtils.h>
 #include <doubles/FakeShellFolder.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/ShellApi.h>
@@ -45,7 +45,7 @@ std::map<std::wstring, TFolderObject> ReadAll(const ComPtr<IShellFolder>& folder
 
 TFileTime DiskTime(const std::wstring& path) {
   WIN32_FILE_ATTRIBUTE_DATA data{};
-  EXPECT_TRUE(GetFileAttributesExW(ToLongPath(path).c_str(), GetFileExInfoStandard, &data));
+  EXPECT_TRUE(GetFileAttributesExW(TPathUtils::GetUnicodeAPICallPath(path).c_str(), GetFileExInfoStandard, &data));
   return static_cast<TFileTime>(data.ftLastWriteTime.dwHighDateTime) << 32U | data.ftLastWriteTime.dwLowDateTime;
 }
 

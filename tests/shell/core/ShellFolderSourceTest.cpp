@@ -1,6 +1,6 @@
 #include <core/ShellFolderSource.h>
 
-#include <core/LongPath.h>
+#include <core/PathUtils.h>
 #include <doubles/FakeShellFolder.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/Handles.h>
