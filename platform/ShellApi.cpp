@@ -56,6 +56,16 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shell, SHGetDesktopFolder);
   KIV_BIND(shell, SHParseDisplayName);
   KIV_BIND(shell, SHGetDataFromIDListW);
+  KIV_BIND(shell, ILCreateFromPathW);
+  KIV_BIND(shell, SHSimpleIDListFromPath);
+  KIV_BIND(shell, SHGetSpecialFolderLocation);
+  KIV_BIND(shell, SHGetKnownFolderPath);
+  KIV_BIND(shell, SHGetPathFromIDListEx);
+  KIV_BIND(shell, SHGetPathFromIDListW);
+  KIV_BIND(shell, SHGetIDListFromObject);
+  KIV_BIND(shell, SHCreateShellItem);
+  KIV_BIND(shell, SHBindToParent);
+  KIV_BIND(shell, ShellExecuteExW);
 
   const HMODULE shlwapi = binder.Require(L"shlwapi", L"Pathmere Components: Cannot open SHLWAPI.DLL!");
   KIV_BIND(shlwapi, StrRetToStrW);
@@ -65,6 +75,7 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shlwapi, SHSetThreadRef);
   KIV_BIND(shlwapi, SHReleaseThreadRef);
   KIV_BIND(shlwapi, IStream_Size);
+  KIV_BIND(shlwapi, SHCreateStreamOnFileEx);
 }
 
 void BindSystem(const TBinder& binder, TShellApi& api) {
@@ -72,6 +83,7 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(kernel, Wow64DisableWow64FsRedirection);
   KIV_BIND(kernel, Wow64RevertWow64FsRedirection);
   KIV_BIND(kernel, IsWow64Process);
+  KIV_BIND(kernel, GetDriveTypeW);
 
   const HMODULE properties = binder.Open(L"propsys");
   KIV_BIND(properties, VariantCompare);

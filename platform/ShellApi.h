@@ -42,6 +42,16 @@ struct TShellApi {
   decltype(&::SHGetDesktopFolder) SHGetDesktopFolder = nullptr;
   decltype(&::SHParseDisplayName) SHParseDisplayName = nullptr;
   decltype(&::SHGetDataFromIDListW) SHGetDataFromIDListW = nullptr;
+  decltype(&::ILCreateFromPathW) ILCreateFromPathW = nullptr;
+  decltype(&::SHSimpleIDListFromPath) SHSimpleIDListFromPath = nullptr;
+  decltype(&::SHGetSpecialFolderLocation) SHGetSpecialFolderLocation = nullptr;
+  decltype(&::SHGetKnownFolderPath) SHGetKnownFolderPath = nullptr;
+  decltype(&::SHGetPathFromIDListEx) SHGetPathFromIDListEx = nullptr;
+  decltype(&::SHGetPathFromIDListW) SHGetPathFromIDListW = nullptr;
+  decltype(&::SHGetIDListFromObject) SHGetIDListFromObject = nullptr;
+  decltype(&::SHCreateShellItem) SHCreateShellItem = nullptr;
+  decltype(&::SHBindToParent) SHBindToParent = nullptr;
+  decltype(&::ShellExecuteExW) ShellExecuteExW = nullptr;
 
   // shlwapi
   decltype(&::StrRetToStrW) StrRetToStrW = nullptr;
@@ -51,11 +61,13 @@ struct TShellApi {
   decltype(&::SHSetThreadRef) SHSetThreadRef = nullptr;
   decltype(&::SHReleaseThreadRef) SHReleaseThreadRef = nullptr;
   decltype(&::IStream_Size) IStream_Size = nullptr;
+  decltype(&::SHCreateStreamOnFileEx) SHCreateStreamOnFileEx = nullptr;
 
   // kernel32.dll
   decltype(&::Wow64DisableWow64FsRedirection) Wow64DisableWow64FsRedirection = nullptr;
   decltype(&::Wow64RevertWow64FsRedirection) Wow64RevertWow64FsRedirection = nullptr;
   decltype(&::IsWow64Process) IsWow64Process = nullptr;
+  decltype(&::GetDriveTypeW) GetDriveTypeW = nullptr;
 
   // uxtheme.dll; by ordinal where they have no name, from the build of Windows 10 on that has them there
   bool(WINAPI* AllowDarkModeForWindow)(HWND, bool) = nullptr;
