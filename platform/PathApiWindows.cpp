@@ -2,6 +2,7 @@
 
 #include <platform/ErrorMode.h>
 #include <platform/Handles.h>
+#include <platform/Wow64.h>
 #include <platform/fill/PathText.h>
 
 #include <shlwapi.h>
@@ -86,6 +87,7 @@ std::wstring LongPathName(const std::wstring& pPath) {
 }
 
 std::wstring CurrentDirectoryPath() {
+  const ScopedWow64FsRedirectionOff redirection_off;
   std::wstring path;
   DWORD needed = GetCurrentDirectoryW(0, nullptr);
   // Another thread may change it between the calls.
