@@ -8,6 +8,15 @@ else()
   find_package(GTest REQUIRED)
 endif()
 
+# PCRE2, for characters as wide as this system's: only natively.
+if(NOT WIN32)
+  find_path(KIV_PCRE2_INCLUDE pcre2.h REQUIRED)
+  find_library(KIV_PCRE2_LIBRARY pcre2-32 REQUIRED)
+  add_library(kiv_pcre2 INTERFACE)
+  target_include_directories(kiv_pcre2 SYSTEM INTERFACE "${KIV_PCRE2_INCLUDE}")
+  target_link_libraries(kiv_pcre2 INTERFACE "${KIV_PCRE2_LIBRARY}")
+endif()
+
 # A test that hangs is reported by its own watchdog, with the stacks of all threads, before CTest would end it.
 set(KIV_TEST_SECONDS 120)
 set(KIV_CTEST_SECONDS 150)

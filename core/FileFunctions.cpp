@@ -96,7 +96,8 @@ bool KivGetDiskFreeSpace(std::wstring_view pPath, std::int64_t& pFree, std::int6
   const ScopedErrorMode mode;
   // A folder may be another volume's place. What isn't a folder lies on its drive.
   const std::wstring folder = TPathUtils::GetUnicodeAPICallPath(TPathUtils::ExcludeTrailingPathDelimiter(pPath));
-  return AskFreeSpace(folder + L'\\', pFree, pTotal) || AskFreeSpace(DriveRoot(pPath), pFree, pTotal);
+  return (!pPath.empty() && AskFreeSpace(folder + L'\\', pFree, pTotal)) ||
+         AskFreeSpace(DriveRoot(pPath), pFree, pTotal);
 }
 
 std::wstring KIVExpandEnvironmentStrings(const std::wstring& pText) {
