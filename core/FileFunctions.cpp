@@ -157,7 +157,10 @@ bool IsWOW64() {
 
 bool SendDropFiles(HWND pWindow, const std::vector<std::wstring>& pFiles) {
   std::wstring names;
-  for (const std::wstring& file : pFiles) names.append(file).push_back(L'\0');
+  for (const std::wstring& file : pFiles) {
+    if (!file.empty()) names.append(file).push_back(L'\0');
+  }
+  if (names.empty()) return false;
   names.push_back(L'\0');
   const std::size_t size = names.size() * sizeof(wchar_t);
   const HGLOBAL block = GlobalAlloc(GHND, sizeof(DROPFILES) + size);

@@ -52,7 +52,7 @@ KIV_EXPORT int CompareFilenames(const std::wstring& pFirst, const std::wstring& 
 KIV_EXPORT bool IsWOW64();
 
 /// Posts to a window what it gets when files are dropped on it (`WM_DROPFILES`), at the origin of its client area. The
-/// window may belong to another process. False if it can't be reached.
+/// window may belong to another process. False if it can't be reached, or there is no file.
 KIV_EXPORT bool SendDropFiles(HWND pWindow, const std::vector<std::wstring>& pFiles);
 
 } // namespace kiv
