@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include "ObjectText.h"
+#include "PathCommands.h"
 #include "WalkCommand.h"
 
 #include <platform/Exception.h>
@@ -21,8 +22,28 @@ Usage:
                                another name that the shell parses, such as
                                "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}".
                                --json prints a JSON array, one object a line, times in UTC.
+  kivtool path OP [TEXT...]    What the library makes of a path's text. OP is one of
+      canonic PATH             the canonical form
+      unify PATH               the form in which lists compare paths
+      combine BASE PATH        a path relative to a base
+      relative PATH            without "." and ".."
+      longform PATH            the form for file calls; the same below 248 characters
+      revert PATH              the plain form of a long one
+      rooted PATH              1 if it is rooted, else 0
+      url TEXT, ipv4 TEXT, ipv6 TEXT
+                               1 if the text is such an address, else 0
+      subpath BASE PATH        1 if the path lies below the base, else 0
+      same PATH PATH           1 if the paths are the same, else 0
+  kivtool match [PATTERN NAME]
+                               1 if the name matches the wildcard pattern, else 0
+  kivtool compare [NAME NAME]  -1, 0 or 1: the order of names in the shell's lists
   kivtool help                 Show this text.
   kivtool version              Show the library's version.
+
+path, match and compare take their texts from the command line or, if it has none, from
+the standard input: one case a line, a tab between its texts, missing ones empty. Each
+case gives one line. Where an operation refuses a case the line is "<raised>", the error
+stream says why, and the exit code is 1.
 
 Text goes in and out as UTF-8. Errors go to the standard error stream.
 Exit codes: 0 done; 1 the command failed or couldn't do all of its work;
@@ -59,11 +80,29 @@ int Walk(const std::vector<std::wstring>& arguments, TEnvironment& environment) 
   return RunWalk(*path, options, environment);
 }
 
+int RunTexts(const std::string& name, const TTextCommand& command, const std::vector<std::wstring>& texts,
+             TEnvironment& environment) {
+  if (!texts.empty() && texts.size() != command.arguments) {
+    return Misuse(environment, name + ": takes " + (command.arguments == 1 ? "one text" : "two texts") + ", or none.");
+  }
+  return RunTextCommand(command, texts, environment);
+}
+
+int Path(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  if (arguments.empty()) return Misuse(environment, "path: no operation given: " + PathOperationNames() + ".");
+  const TTextCommand command = FindPathOperation(arguments[0]);
+  if (!command.run) return Misuse(environment, "path: unknown operation " + Quoted(arguments[0]) + ".");
+  return RunTexts("path " + kiv::ToUtf8(arguments[0]), command, {arguments.begin() + 1, arguments.end()}, environment);
+}
+
 int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
   if (arguments.empty()) return Misuse(environment, "no command given.");
   const std::wstring& command = arguments[0];
   const std::vector<std::wstring> rest(arguments.begin() + 1, arguments.end());
   if (command == L"walk") return Walk(rest, environment);
+  if (command == L"path") return Path(rest, environment);
+  if (command == L"match") return RunTexts("match", MatchCommand(), rest, environment);
+  if (command == L"compare") return RunTexts("compare", CompareCommand(environment), rest, environment);
   const bool help = command == L"help" || command == L"--help" || command == L"-h" || command == L"/?";
   const bool version = command == L"version" || command == L"--version";
   if (!help && !version) return Misuse(environment, "unknown command " + Quoted(command) + ".");

@@ -11,6 +11,8 @@ namespace kivtool {
 /// What the commands need of the world, so that they run against a simulated one as well.
 struct TEnvironment {
   kiv::IFolderSource& folders;
+  /// Some more bytes of the standard input, in UTF-8; none at its end.
+  std::function<std::string()> in;
   /// UTF-8 to the standard output. False when nobody reads it any more: the command ends.
   std::function<bool(std::string_view)> out;
   /// UTF-8 to the standard error.
@@ -19,6 +21,8 @@ struct TEnvironment {
   std::function<kiv::TFileTime(kiv::TFileTime)> toLocalTime;
   /// An absolute path from one that may be relative to the current folder. "shell:" names and "::{...}" stay.
   std::function<std::wstring(const std::wstring&)> toFullPath;
+  /// The order of two names in the shell's lists: below 0, 0, above 0.
+  std::function<int(const std::wstring&, const std::wstring&)> compareNames;
 };
 
 /// What the program ends with.

@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include <core/FileFunctions.h>
 #include <core/PathUtils.h>
 #include <core/ShellFolderSource.h>
 #include <platform/Lifecycle.h>
@@ -31,6 +32,21 @@ public:
     return WriteAll(pText.data(), pText.size(), [this](const char* text, DWORD length, DWORD* written) {
       return WriteFile(fHandle, text, length, written, nullptr);
     });
+  }
+
+  /// Some more of an input stream; nothing at its end.
+  std::string Read() const {
+    DWORD length = 0;
+    if (fIsConsole) {
+      wchar_t text[4096];
+      // A line typed; Ctrl+Z at its start is the end.
+      if (!ReadConsoleW(fHandle, text, 4096, &length, nullptr) || length == 0 || text[0] == 0x1A) return {};
+      return kiv::ToUtf8({text, length});
+    }
+    std::string bytes(64 * 1024, '\0');
+    if (!ReadFile(fHandle, bytes.data(), static_cast<DWORD>(bytes.size()), &length, nullptr)) return {};
+    bytes.resize(length);
+    return bytes;
   }
 
 private:
@@ -75,6 +91,7 @@ std::wstring ToFullPath(const std::wstring& pPath) {
 
 int wmain(int pCount, wchar_t** pArguments) {
   const std::vector<std::wstring> arguments(pArguments + 1, pArguments + pCount);
+  const TStandardStream in(STD_INPUT_HANDLE);
   const TStandardStream out(STD_OUTPUT_HANDLE);
   const TStandardStream err(STD_ERROR_HANDLE);
   OleInitialize(nullptr);
@@ -83,10 +100,12 @@ int wmain(int pCount, wchar_t** pArguments) {
     kiv::TShellFolderSource folders(kiv::TFactsPrecision::Exact);
     kivtool::TEnvironment environment{
         .folders = folders,
+        .in = [&in] { return in.Read(); },
         .out = [&out](std::string_view text) { return out.Write(text); },
         .err = [&err](std::string_view text) { err.Write(text); },
         .toLocalTime = &ToLocalTime,
         .toFullPath = &ToFullPath,
+        .compareNames = &kiv::CompareFilenames,
     };
     result = kivtool::Run(arguments, environment);
   }

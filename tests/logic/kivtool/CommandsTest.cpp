@@ -36,6 +36,12 @@ protected:
     fErr.clear();
     TEnvironment environment{
         .folders = fFiles,
+        .in =
+            [this] {
+              const std::string piece = fIn.substr(0, fPiece);
+              fIn.erase(0, fPiece);
+              return piece;
+            },
         .out =
             [this](std::string_view text) {
               if (fOut.size() + text.size() > fRoom) return false;
@@ -45,6 +51,7 @@ protected:
         .err = [this](std::string_view text) { fErr += text; },
         .toLocalTime = [](kiv::TFileTime time) { return time + 36'000'000'000; }, // an hour east
         .toFullPath = [](const std::wstring& path) { return path == L"." ? L"C:\\Dir" : path; },
+        .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
     };
     return kivtool::Run(arguments, environment);
   }
@@ -57,6 +64,8 @@ protected:
 
   SimulatedFileSystem fFiles;
   std::size_t fRoom = 1'000'000;
+  std::string fIn;
+  std::size_t fPiece = 1000; // bytes read at a time
   std::string fOut;
   std::string fErr;
 };
@@ -126,10 +135,60 @@ TEST_F(Commands, WalkSaysWhatFailedAndPrintsWhatItHas) {
   EXPECT_NE(fErr.find("may not be all"), std::string::npos);
 }
 
+TEST_F(Commands, TextCommandsAnswerLineByLine) {
+  const struct {
+    std::vector<std::wstring> command;
+    const char *in, *out;
+  } cases[] = {
+      {{L"path", L"canonic"}, "C:\\a\\..\\b\r\n\nC:\\\xC3\xA4\t", "C:\\b\n\nC:\\\xC3\xA4\t\n"},
+      {{L"path", L"unify"}, "C:\nC:\\a\\\n", "C:\\\nC:\\a\n"},
+      {{L"path", L"combine"}, "C:\\a\t..\\b\nC:\\a\nC:\\a\tb\tc", "C:\\b\nC:\\a\nC:\\a\\b\tc\n"},
+      {{L"path", L"relative"}, "C:\\a\\.\\b\\..", "C:\\a\n"},
+      {{L"path", L"longform"}, "C:\\a\\..", "C:\\a\\..\n"},
+      {{L"path", L"revert"}, "\\\\?\\UNC\\s\\d", "\\\\s\\d\n"},
+      {{L"path", L"rooted"}, "C:\na", "1\n0\n"},
+      {{L"path", L"url"}, "C:\\\nab:c", "0\n1\n"},
+      {{L"path", L"ipv4"}, "1.2.3.4\n1.2.3", "1\n0\n"},
+      {{L"path", L"ipv6"}, "::1\n1", "1\n0\n"},
+      {{L"path", L"subpath"}, "C:\\a\tC:\\A\\b\nC:\\a\tC:\\a", "1\n0\n"},
+      {{L"path", L"same"}, "C:\\a\tC:\\A\\\nC:\\a\tC:\\b", "1\n0\n"},
+      {{L"match"}, "*.txt\ta.TXT\n?\tab\n", "1\n0\n"},
+      {{L"compare"}, "a\tb\nb\ta\na\ta\n", "-1\n1\n0\n"},
+      {{L"compare"}, "", ""},
+  };
+  for (const auto& c : cases) {
+    for (const std::size_t piece : {1U, 7U, 1000U}) {
+      fIn = c.in;
+      fPiece = piece;
+      EXPECT_EQ(Run(c.command), Succeeded);
+      EXPECT_EQ(fOut, c.out) << c.in;
+      EXPECT_EQ(fErr, "");
+    }
+  }
+}
+
+TEST_F(Commands, TextCommandsMarkWhatIsRefusedAndGoOn) {
+  fIn = "C:\\a\tb\n\nC:\\a\tc\n";
+  EXPECT_EQ(Run({L"path", L"combine"}), Failed);
+  EXPECT_EQ(fOut, "C:\\a\\b\n<raised>\nC:\\a\\c\n");
+  EXPECT_EQ(fErr, "kivtool: Both parameters (BasePath and RelativePath) are empty.\n");
+  fIn = "not read";
+  EXPECT_EQ(Run({L"path", L"combine", L"", L""}), Failed);
+  EXPECT_EQ(fOut, "<raised>\n");
+  EXPECT_EQ(Run({L"path", L"canonic", L"C:\\a\tb\\.."}), Succeeded);
+  EXPECT_EQ(fOut, "C:\\\n");
+  EXPECT_EQ(Run({L"match", L"a*", L"abc"}), Succeeded);
+  EXPECT_EQ(fOut, "1\n");
+}
+
 TEST_F(Commands, EndWhenNobodyReads) {
   fRoom = 0;
-  for (const std::vector<std::wstring>& arguments :
-       {std::vector<std::wstring>{L"walk", L"--json", L"C:\\Dir"}, {L"walk", L"C:\\Dir"}, {L"help"}, {L"version"}}) {
+  fIn = "a\n";
+  for (const std::vector<std::wstring>& arguments : {std::vector<std::wstring>{L"walk", L"--json", L"C:\\Dir"},
+                                                     {L"walk", L"C:\\Dir"},
+                                                     {L"help"},
+                                                     {L"version"},
+                                                     {L"path", L"url"}}) {
     EXPECT_EQ(Run(arguments), Interrupted) << testing::PrintToString(arguments);
   }
 }
@@ -158,9 +217,14 @@ TEST_F(Commands, TheCommandLineIsUnderstoodOrRefused) {
       {{L"walk", L"C:\\", L"D:\\"}, UsageError, "\"D:\\\" is one too many"},
       {{L"walk", L"--", L"--json"}, Failed, "can't list \"--json\""},
       {{L"walk", L""}, Succeeded, "1 object, 1 folder"},
+      {{L"path"}, UsageError, "no operation given: canonic, unify"},
+      {{L"path", L"fold"}, UsageError, "unknown operation \"fold\""},
+      {{L"path", L"canonic", L"a", L"b"}, UsageError, "path canonic: takes one text, or none"},
+      {{L"compare", L"a"}, UsageError, "compare: takes two texts, or none"},
       {{L"help", L"me"}, UsageError, "takes no arguments"},
       {{L"help"}, Succeeded, "Usage:"},
       {{L"--help"}, Succeeded, "walk PATH"},
+      {{L"help"}, Succeeded, "subpath BASE PATH"},
       {{L"version"}, Succeeded, "kivtool 12."},
   };
   for (const auto& c : cases) {

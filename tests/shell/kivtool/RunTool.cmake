@@ -49,3 +49,13 @@ execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}\\sub" RESULT_VA
 if(NOT output MATCHES "0 objects, 0 folders, 0 bytes\n$" OR output MATCHES "\r")
   message(FATAL_ERROR "the output isn't passed through as it is: ${output}")
 endif()
+
+# Text by lines: in and out as they are, whatever the last line ends in.
+file(WRITE "${FOLDER}/in" "C:\\ä\\..\\中\r\n\nC:\\x\\*")
+execute_process(COMMAND ${RUN} "${TOOL}" path canonic INPUT_FILE "${FOLDER}/in"
+                RESULT_VARIABLE result OUTPUT_VARIABLE output)
+expect("exit code of path" "${result}" 0)
+expect("canonical paths" "${output}" "C:\\中\n\nC:\\x\\\n")
+file(WRITE "${FOLDER}/in" "a10\ta9\nA\ta\n")
+execute_process(COMMAND ${RUN} "${TOOL}" compare INPUT_FILE "${FOLDER}/in" OUTPUT_VARIABLE output)
+expect("order of names" "${output}" "1\n0\n")
