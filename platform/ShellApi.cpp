@@ -75,7 +75,6 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shlwapi, SHSetThreadRef);
   KIV_BIND(shlwapi, SHReleaseThreadRef);
   KIV_BIND(shlwapi, IStream_Size);
-  KIV_BIND(shlwapi, SHCreateStreamOnFileEx);
 }
 
 void BindSystem(const TBinder& binder, TShellApi& api) {

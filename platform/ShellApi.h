@@ -61,7 +61,6 @@ struct TShellApi {
   decltype(&::SHSetThreadRef) SHSetThreadRef = nullptr;
   decltype(&::SHReleaseThreadRef) SHReleaseThreadRef = nullptr;
   decltype(&::IStream_Size) IStream_Size = nullptr;
-  decltype(&::SHCreateStreamOnFileEx) SHCreateStreamOnFileEx = nullptr;
 
   // kernel32.dll
   decltype(&::Wow64DisableWow64FsRedirection) Wow64DisableWow64FsRedirection = nullptr;
