@@ -10,6 +10,7 @@
 
 #include <windows.h>
 
+#include <shtypes.h>
 #include <unknwn.h>
 
 #else
@@ -82,4 +83,13 @@ struct IUnknown {
   virtual ULONG STDMETHODCALLTYPE Release() = 0;
 };
 
+/// Items of the namespace: only their platform looks inside.
+struct ITEMIDLIST;
+using PCIDLIST_ABSOLUTE = const ITEMIDLIST*;
+
 #endif
+
+/// A shell item, where only a pointer to it is needed.
+struct IShellItem;
+/// Attributes of shell objects, bits of `SFGAO_...`.
+using SFGAOF = ULONG;

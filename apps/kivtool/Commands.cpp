@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "InfoCommand.h"
 #include "ObjectText.h"
 #include "PathCommands.h"
 #include "WalkCommand.h"
@@ -22,6 +23,9 @@ Usage:
                                another name that the shell parses, such as
                                "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}".
                                --json prints a JSON array, one object a line, times in UTC.
+  kivtool info PATH...         What the library tells of objects: their names in every form,
+                               depth, parent, special folder, attributes, whether they
+                               are there. PATH as for walk.
   kivtool path OP [TEXT...]    What the library makes of a path's text. OP is one of
       canonic PATH             the canonical form
       unify PATH               the form in which lists compare paths
@@ -100,6 +104,9 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   const std::wstring& command = arguments[0];
   const std::vector<std::wstring> rest(arguments.begin() + 1, arguments.end());
   if (command == L"walk") return Walk(rest, environment);
+  if (command == L"info") {
+    return rest.empty() ? Misuse(environment, "info: no path given.") : RunInfo(rest, environment);
+  }
   if (command == L"path") return Path(rest, environment);
   if (command == L"match") return RunTexts("match", MatchCommand(), rest, environment);
   if (command == L"compare") return RunTexts("compare", CompareCommand(environment), rest, environment);

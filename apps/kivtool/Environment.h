@@ -1,6 +1,7 @@
 #pragma once
 
 #include <core/FolderSource.h>
+#include <core/IItemIdList.h>
 
 #include <functional>
 #include <string>
@@ -21,6 +22,8 @@ struct TEnvironment {
   std::function<kiv::TFileTime(kiv::TFileTime)> toLocalTime;
   /// An absolute path from one that may be relative to the current folder. "shell:" names and "::{...}" stay.
   std::function<std::wstring(const std::wstring&)> toFullPath;
+  /// The item list for a path or another name that the shell parses.
+  std::function<kiv::ComPtr<kiv::IItemIdList>(const std::wstring&)> makeList;
   /// The order of two names in the shell's lists: below 0, 0, above 0.
   std::function<int(const std::wstring&, const std::wstring&)> compareNames;
 };

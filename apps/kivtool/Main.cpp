@@ -1,6 +1,7 @@
 #include "Commands.h"
 
 #include <core/FileFunctions.h>
+#include <core/ItemIdList.h>
 #include <core/PathUtils.h>
 #include <core/ShellFolderSource.h>
 #include <platform/Lifecycle.h>
@@ -105,6 +106,7 @@ int wmain(int pCount, wchar_t** pArguments) {
         .err = [&err](std::string_view text) { err.Write(text); },
         .toLocalTime = &ToLocalTime,
         .toFullPath = &ToFullPath,
+        .makeList = [](const std::wstring& path) { return kiv::TKivItemIdList::Create(path); },
         .compareNames = &kiv::CompareFilenames,
     };
     result = kivtool::Run(arguments, environment);

@@ -51,6 +51,7 @@ protected:
         .err = [this](std::string_view text) { fErr += text; },
         .toLocalTime = [](kiv::TFileTime time) { return time + 36'000'000'000; }, // an hour east
         .toFullPath = [](const std::wstring& path) { return path == L"." ? L"C:\\Dir" : path; },
+        .makeList = nullptr, // for the shell's tests
         .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
     };
     return kivtool::Run(arguments, environment);

@@ -50,6 +50,24 @@ if(NOT output MATCHES "0 objects, 0 folders, 0 bytes\n$" OR output MATCHES "\r")
   message(FATAL_ERROR "the output isn't passed through as it is: ${output}")
 endif()
 
+# What item lists tell.
+execute_process(COMMAND ${RUN} "${TOOL}" info "${windows_folder}\\plain.txt" "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"
+                RESULT_VARIABLE result OUTPUT_VARIABLE output)
+expect("exit code of info" "${result}" 0)
+foreach(line
+    "  Name: +plain.txt" "  Relative parsing: +plain.txt" "  Special folder: +SF_FILESYSTEMFOLDER"
+    "  Attributes: .*FILESYSTEM" "  Still there: +yes" "  Internal data: +FPath: .*Valid, Depth: [0-9]+, .*plain.txt"
+    "  Special folder: +SF_DRIVES" "  Physical path: +::{20D04FE0-3AEA-1069-A2D8-08002B30309D}" "  Depth: +1")
+  if(NOT output MATCHES "${line}")
+    message(FATAL_ERROR "info has no line \"${line}\":\n${output}")
+  endif()
+endforeach()
+execute_process(COMMAND ${RUN} "${TOOL}" info "Q:\\none" RESULT_VARIABLE result OUTPUT_VARIABLE output)
+expect("exit code of info on nothing" "${result}" 1)
+if(NOT output MATCHES "  Valid: +no.*  Display path: +Q:.none.*  Parent: +\\(failed: Could not get the parent")
+  message(FATAL_ERROR "what info tells of nothing: ${output}")
+endif()
+
 # Text by lines: in and out as they are, whatever the last line ends in.
 file(WRITE "${FOLDER}/in" "C:\\ä\\..\\中\r\n\nC:\\x\\*")
 execute_process(COMMAND ${RUN} "${TOOL}" path canonic INPUT_FILE "${FOLDER}/in"
