@@ -10,6 +10,7 @@ namespace kiv::PathText {
 namespace {
 
 constexpr std::size_t None = std::wstring_view::npos;
+constexpr std::wstring_view LongPrefix = LR"(\\?\)";
 
 bool StartsWithDrive(std::wstring_view path) {
   return path.size() >= 2 && path[1] == L':' && IsAsciiLetter(path[0]);
@@ -18,7 +19,7 @@ bool StartsWithDrive(std::wstring_view path) {
 // What stands in front of a server, a drive or a device in the forms that begin with two backslashes; 0 for any other.
 std::size_t PrefixLength(std::wstring_view path) {
   if (!path.starts_with(LR"(\\)")) return 0;
-  if (!path.starts_with(LR"(\\?\)") && !path.starts_with(LR"(\\.\)")) return 2;
+  if (!path.starts_with(LongPrefix) && !path.starts_with(LR"(\\.\)")) return 2;
   const bool unc = path.size() >= 8 && ToUpperCase(path[4]) == L'U' && ToUpperCase(path[5]) == L'N' &&
                    ToUpperCase(path[6]) == L'C' && path[7] == L'\\';
   return unc ? 8 : 4;
@@ -67,7 +68,9 @@ public:
     fLength = last == None || last < fRoot ? fRoot : last;
   }
   std::size_t Finish() {
-    const bool bare_drive = fLength == fRoot && fRoot >= 2 && fBuffer[fRoot - 1] == L':' && (fRoot == 2 || fRoot == 6);
+    const std::wstring_view root(fBuffer, fRoot);
+    const std::wstring_view drive = root.substr(root.starts_with(LongPrefix) ? LongPrefix.size() : 0);
+    const bool bare_drive = fLength == fRoot && drive.size() == 2 && StartsWithDrive(drive);
     if (fLength == 0 || bare_drive) Append(L"\\");
     return fLength;
   }

@@ -40,6 +40,7 @@ TEST(PathText, CanonicalizesAsThePlatformSays) {
       {L"\\x\\..", L"\\"},
       {L"\\\\srv\\share\\..\\..\\..\\x", L"\\\\srv\\x"},
       {L"\\\\..\\x", L"\\\\x"},
+      {L"\\\\08::", L"\\\\08::"},
       {L"\\\\?\\C:\\a\\..\\..\\x", L"\\\\?\\C:\\x"},
       {L"\\\\?\\C:\\..", L"\\\\?\\C:\\"},
       {L"\\\\?\\unc\\srv\\share\\..\\..\\x", L"\\\\?\\unc\\srv\\x"},
