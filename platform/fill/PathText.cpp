@@ -68,9 +68,9 @@ public:
     fLength = last == None || last < fRoot ? fRoot : last;
   }
   std::size_t Finish() {
-    const std::wstring_view root(fBuffer, fRoot);
-    const std::wstring_view drive = root.substr(root.starts_with(LongPrefix) ? LongPrefix.size() : 0);
-    const bool bare_drive = fLength == fRoot && drive.size() == 2 && StartsWithDrive(drive);
+    std::wstring_view drive(fBuffer, fLength);
+    if (drive.starts_with(LongPrefix)) drive.remove_prefix(LongPrefix.size());
+    const bool bare_drive = drive.size() == 2 && StartsWithDrive(drive);
     if (fLength == 0 || bare_drive) Append(L"\\");
     return fLength;
   }

@@ -43,6 +43,7 @@ TEST(PathText, CanonicalizesAsThePlatformSays) {
       {L"\\\\08::", L"\\\\08::"},
       {L"\\\\?\\C:\\a\\..\\..\\x", L"\\\\?\\C:\\x"},
       {L"\\\\?\\C:\\..", L"\\\\?\\C:\\"},
+      {L"\\\\?\\.\\C:", L"\\\\?\\C:\\"},
       {L"\\\\?\\unc\\srv\\share\\..\\..\\x", L"\\\\?\\unc\\srv\\x"},
       {L"\\\\.\\pipe\\a\\..\\b", L"\\\\.\\pipe\\b"},
       // Relative paths.
