@@ -87,8 +87,10 @@ int KivPosEx(std::wstring_view pNeedle, std::wstring_view pText, int pOffset) no
 }
 
 bool MatchPattern(const std::wstring& pName, const std::wstring& pPattern) {
-  if (pPattern == L"*." && pName.find(L'.') == None) return true;
-  if (pPattern.ends_with(AllWithExtension)) return MatchConverted(pName, pPattern);
+  // Hardly any pattern is one of the two, and a look at two characters tells.
+  const std::size_t dot = pPattern.size() < 2 ? None : pPattern.find(L'.', pPattern.size() - 2);
+  if (dot != None && pPattern == L"*." && pName.find(L'.') == None) return true;
+  if (dot != None && pPattern.ends_with(AllWithExtension)) return MatchConverted(pName, pPattern);
   return PathApi::MatchSpec(pName.c_str(), pPattern.c_str());
 }
 

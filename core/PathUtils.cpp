@@ -1,11 +1,10 @@
 #include <core/PathUtils.h>
 
+#include <core/PathFunctions.h>
 #include <framework/Exceptions.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
 #include <platform/PathApi.h>
-
-#include <core/PathFunctions.h>
 
 #include <algorithm>
 #include <atomic>
@@ -244,7 +243,8 @@ bool TPathUtils::IsReparsePoint(std::wstring_view pPath) {
 }
 
 bool TPathUtils::HasFileAttribute(std::wstring_view pPath, DWORD pFileAttribute) {
-  const DWORD attributes = pPath.empty() ? INVALID_FILE_ATTRIBUTES : PathApi::FileAttributes(std::wstring(pPath));
+  if (pPath.empty()) return false;
+  const DWORD attributes = PathApi::FileAttributes(GetUnicodeAPICallPath(pPath));
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & pFileAttribute) != 0;
 }
 

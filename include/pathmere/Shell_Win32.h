@@ -1,7 +1,8 @@
 #pragma once
 
-// The thin layer over the platform: bound entry points, the desktop folder, error texts, guarded calls, the library's
-// end.
+// The thin layer over the platform: bound entry points, the desktop folder, error texts, guarded calls, wildcards, the
+// library's end.
+#include <core/PathFunctions.h>
 #include <platform/Apartment.h>
 #include <platform/ComPtr.h>
 #include <platform/ErrorText.h>

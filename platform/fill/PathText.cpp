@@ -10,6 +10,7 @@ namespace kiv::PathText {
 namespace {
 
 constexpr std::size_t None = std::wstring_view::npos;
+constexpr std::wstring_view LongPrefix = LR"(\\?\)";
 
 bool StartsWithDrive(std::wstring_view path) {
   return path.size() >= 2 && path[1] == L':' && IsAsciiLetter(path[0]);
@@ -18,7 +19,7 @@ bool StartsWithDrive(std::wstring_view path) {
 // What stands in front of a server, a drive or a device in the forms that begin with two backslashes; 0 for any other.
 std::size_t PrefixLength(std::wstring_view path) {
   if (!path.starts_with(LR"(\\)")) return 0;
-  if (!path.starts_with(LR"(\\?\)") && !path.starts_with(LR"(\\.\)")) return 2;
+  if (!path.starts_with(LongPrefix) && !path.starts_with(LR"(\\.\)")) return 2;
   const bool unc = path.size() >= 8 && ToUpperCase(path[4]) == L'U' && ToUpperCase(path[5]) == L'N' &&
                    ToUpperCase(path[6]) == L'C' && path[7] == L'\\';
   return unc ? 8 : 4;
@@ -67,7 +68,9 @@ public:
     fLength = last == None || last < fRoot ? fRoot : last;
   }
   std::size_t Finish() {
-    const bool bare_drive = fLength == fRoot && fRoot >= 2 && fBuffer[fRoot - 1] == L':' && (fRoot == 2 || fRoot == 6);
+    std::wstring_view drive(fBuffer, fLength);
+    if (drive.starts_with(LongPrefix)) drive.remove_prefix(LongPrefix.size());
+    const bool bare_drive = drive.size() == 2 && StartsWithDrive(drive);
     if (fLength == 0 || bare_drive) Append(L"\\");
     return fLength;
   }
@@ -78,27 +81,40 @@ private:
   std::size_t fLength = 0;
 };
 
-// One pattern without ";". Behind a "*" that didn't work out only the last one has to be tried further on.
-bool MatchOne(const wchar_t* name, const wchar_t* spec, const wchar_t* spec_end) {
+constexpr bool IsSpecEnd(wchar_t c) {
+  return c == L'\0' || c == L';';
+}
+
+bool SameLetter(wchar_t a, wchar_t b) {
+  return a == b || ToUpperCase(a) == ToUpperCase(b);
+}
+
+// The pattern up to a ";". Behind a "*" that didn't work out only the last one has to be tried further on.
+bool MatchOne(const wchar_t* name, const wchar_t* spec) {
   const wchar_t* star = nullptr;    // behind the last "*"
-  const wchar_t* retried = nullptr; // where in the name its text ends
-  while (*name) {
-    if (spec != spec_end && *spec == L'*') {
-      star = ++spec;
+  const wchar_t* retried = nullptr; // where in the name what follows it was last tried
+  for (;;) {
+    const wchar_t p = *spec;
+    if (p == L'*') {
+      while (*spec == L'*') ++spec;
+      if (IsSpecEnd(*spec)) return true;
+      star = spec;
       retried = name;
-      if (star == spec_end) return true;
-    } else if (spec != spec_end && (*spec == L'?' || *spec == *name || ToUpperCase(*spec) == ToUpperCase(*name))) {
+    } else if (*name == L'\0') {
+      return IsSpecEnd(p);
+    } else if (!IsSpecEnd(p) && (p == L'?' || SameLetter(p, *name))) {
       ++spec;
       ++name;
     } else if (star) {
+      do {
+        ++retried;
+      } while (*retried != L'\0' && *star != L'?' && !SameLetter(*star, *retried));
       spec = star;
-      name = ++retried;
+      name = retried;
     } else {
       return false;
     }
   }
-  while (spec != spec_end && *spec == L'*') ++spec;
-  return spec == spec_end;
 }
 
 } // namespace
@@ -141,13 +157,12 @@ std::size_t Combine(std::wstring_view pDirectory, std::wstring_view pFile, wchar
 }
 
 bool MatchSpec(const wchar_t* pName, const wchar_t* pSpec) noexcept {
-  if (std::wstring_view(pSpec) == L"*.*") return true;
+  if (pSpec[0] == L'*' && pSpec[1] == L'.' && pSpec[2] == L'*' && pSpec[3] == L'\0') return true;
   while (*pSpec) {
     while (*pSpec == L' ') ++pSpec;
-    const wchar_t* end = pSpec;
-    while (*end && *end != L';') ++end;
-    if (MatchOne(pName, pSpec, end)) return true;
-    pSpec = *end ? end + 1 : end;
+    if (MatchOne(pName, pSpec)) return true;
+    while (!IsSpecEnd(*pSpec)) ++pSpec;
+    if (*pSpec) ++pSpec;
   }
   return false;
 }

@@ -8,5 +8,7 @@ namespace kiv::bench {
 
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
+/// Also natively.
+std::vector<TFigure> PathFigures();
 
 } // namespace kiv::bench

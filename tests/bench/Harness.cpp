@@ -54,15 +54,17 @@ double Seconds(const std::function<void()>& pWork) {
 int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups) {
   std::set<std::string> known;
   for (const TFigure& figure : pFigures) known.insert(figure.group);
+  const bool here = !pGroups.empty() && pGroups[0] == "--here";
   for (const std::string& group : pGroups) {
-    if (known.contains(group)) continue;
+    if (here || known.contains(group)) continue;
     std::fprintf(stderr, "kiv_bench: unknown group \"%s\"; there are:", group.c_str());
     for (const std::string& name : known) std::fprintf(stderr, " %s", name.c_str());
     std::fputs("\n", stderr);
     return 2;
   }
   for (const TFigure& figure : pFigures) {
-    if (!pGroups.empty() && std::find(pGroups.begin(), pGroups.end(), figure.group) == pGroups.end()) continue;
+    const bool all = pGroups.size() == (here ? 1U : 0U);
+    if (!all && std::find(pGroups.begin(), pGroups.end(), figure.group) == pGroups.end()) continue;
     std::puts(Measure(figure).c_str());
     std::fflush(stdout);
   }

@@ -1,21 +1,32 @@
 #include "Benches.h"
 
 #include <platform/Lifecycle.h>
+
+#if defined(_WIN32)
 #include <platform/Types.h>
 
 #include <ole2.h>
+#endif
 
 int main(int pCount, char** pArguments) {
+  using TFigures = std::vector<kiv::bench::TFigure> (*)();
+#if defined(_WIN32)
   OleInitialize(nullptr);
+  constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::MainThreadFigures, &kiv::bench::PathFigures};
+#else
+  constexpr TFigures all[] = {&kiv::bench::PathFigures};
+#endif
   int result = 0;
   {
     std::vector<kiv::bench::TFigure> figures;
-    for (const auto& group : {&kiv::bench::WalkFigures, &kiv::bench::MainThreadFigures}) {
+    for (const TFigures group : all) {
       for (auto& figure : group()) figures.push_back(std::move(figure));
     }
     result = kiv::bench::Run(figures, std::vector<std::string>(pArguments + 1, pArguments + pCount));
   }
   kiv::Shutdown();
+#if defined(_WIN32)
   OleUninitialize();
+#endif
   return result;
 }

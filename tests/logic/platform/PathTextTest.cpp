@@ -1,13 +1,11 @@
 #include <platform/fill/PathText.h>
 
+#include <doubles/PlainWildcards.h>
 #include <doubles/WildcardCorpus.h>
-#include <platform/LetterCase.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 namespace kiv {
 namespace {
@@ -42,8 +40,10 @@ TEST(PathText, CanonicalizesAsThePlatformSays) {
       {L"\\x\\..", L"\\"},
       {L"\\\\srv\\share\\..\\..\\..\\x", L"\\\\srv\\x"},
       {L"\\\\..\\x", L"\\\\x"},
+      {L"\\\\08::", L"\\\\08::"},
       {L"\\\\?\\C:\\a\\..\\..\\x", L"\\\\?\\C:\\x"},
       {L"\\\\?\\C:\\..", L"\\\\?\\C:\\"},
+      {L"\\\\?\\.\\C:", L"\\\\?\\C:\\"},
       {L"\\\\?\\unc\\srv\\share\\..\\..\\x", L"\\\\?\\unc\\srv\\x"},
       {L"\\\\.\\pipe\\a\\..\\b", L"\\\\.\\pipe\\b"},
       // Relative paths.
@@ -85,42 +85,13 @@ TEST(PathText, CombinesAsThePlatformSays) {
   EXPECT_EQ(Combined(L"C:" + half, half + L"x"), L"");
 }
 
-// What a pattern means, by the plainest means: a table of which part of it matches which part of the name.
-bool MatchesPlainly(const std::wstring& name, const std::wstring& pattern) {
-  std::vector<bool> matches(name.size() + 1, false); // the first characters of the name, by the pattern so far
-  matches[0] = true;
-  for (const wchar_t p : pattern) {
-    std::vector<bool> next(name.size() + 1, false);
-    for (std::size_t i = 0; i <= name.size(); ++i) {
-      if (p == L'*') {
-        next[i] = matches[i] || (i > 0 && next[i - 1]);
-      } else {
-        next[i] = i > 0 && matches[i - 1] && (p == L'?' || ToUpperCase(p) == ToUpperCase(name[i - 1]));
-      }
-    }
-    matches = std::move(next);
-  }
-  return matches[name.size()];
-}
-
-bool ListMatchesPlainly(const std::wstring& name, std::wstring list) {
-  if (list == L"*.*") return true;
-  while (!list.empty()) {
-    const std::size_t end = std::min(list.find(L';'), list.size());
-    const std::wstring pattern = list.substr(0, end);
-    if (MatchesPlainly(name, pattern.substr(std::min(pattern.find_first_not_of(L' '), pattern.size())))) return true;
-    list.erase(0, end + 1);
-  }
-  return false;
-}
-
 TEST(PathText, MatchesWildcardsAsTheirMeaningIs) {
   test::TWildcardCorpus corpus;
   int matched = 0;
   constexpr int count = 100'000;
   for (int i = 0; i < count; ++i) {
     const auto [name, pattern] = corpus.Next();
-    const bool expected = ListMatchesPlainly(name, pattern);
+    const bool expected = test::ListMatchesPlainly(name, pattern);
     matched += expected ? 1 : 0;
     ASSERT_EQ(PathText::MatchSpec(name.c_str(), pattern.c_str()), expected) << name << L" ~ " << pattern;
   }
