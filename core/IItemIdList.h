@@ -54,7 +54,8 @@ struct IItemIdList : IUnknown {
   virtual std::wstring Name() = 0;
   /// What to show as the object's path; for an invalid list that knows where it was meant to point, that.
   virtual std::wstring DisplayPath() = 0;
-  /// Where a shell link or an item of Quick Access leads; otherwise, and for a link that leads nowhere, the list itself.
+  /// Where a shell link or an item of Quick Access leads; otherwise, and for a link that leads nowhere, the list
+  /// itself.
   virtual ComPtr<IItemIdList> LinkTarget() = 0;
   /// The platform's object for the same; nil if the list is invalid. On the main thread always the same one; on others
   /// a new one for each call, since such objects belong to the apartment that made them.

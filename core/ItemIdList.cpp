@@ -1,12 +1,12 @@
 #include <core/ItemIdList.h>
 
 #include <core/IdListFromPath.h>
-#include <core/LibraryFolder.h>
 #include <core/PathFunctions.h>
 #include <core/PathList.h>
 #include <core/PathUtils.h>
 #include <core/PathmereError.h>
 #include <core/ResolveByParentPath.h>
+#include <core/ShellLibrary.h>
 #include <core/SpecialFolders.h>
 #include <framework/Exceptions.h>
 #include <framework/TextCompare.h>
@@ -255,8 +255,7 @@ bool TKivItemIdList::IsAbsolute() {
 
 PCUIDLIST_RELATIVE TKivItemIdList::GetElementNo(PCUIDLIST_RELATIVE pIdList, int pElementsToSkip) {
   if (pElementsToSkip < 0) {
-    throw EInvalidArgument(
-        L"TKivItemIdList.GetStartItemIdList: The paramter pFragments must be greater or equal 0.");
+    throw EInvalidArgument(L"TKivItemIdList.GetStartItemIdList: The paramter pFragments must be greater or equal 0.");
   }
   PCUIDLIST_RELATIVE item = pIdList;
   for (int i = 0; item && i < pElementsToSkip; ++i) {
@@ -278,7 +277,9 @@ ComPtr<IItemIdList> TKivItemIdList::GetStartItemIdList(int pFragments) {
 
 ComPtr<IItemIdList> TKivItemIdList::GetParent() {
   const PCIDLIST_ABSOLUTE list = WindowsPointer();
-  if (!list) throw EPathmereError(L"Could not get the parent ItemIdList for invalid ItemIdList: ", static_cast<IItemIdList*>(this));
+  if (!list)
+    throw EPathmereError(L"Could not get the parent ItemIdList for invalid ItemIdList: ",
+                         static_cast<IItemIdList*>(this));
   TUniqueItemIdList parent(Copy(list));
   if (!parent || !ILRemoveLastID(parent.Get())) {
     throw EPathmereError(L"Could not get the parent ItemIdList for: ", static_cast<IItemIdList*>(this));
@@ -296,7 +297,8 @@ ComPtr<IItemIdList> TKivItemIdList::Concat(IItemIdList* pItemIdList2) {
   return Create(TUniqueItemIdList(ILCombine(WindowsPointer(), pItemIdList2->WindowsPointer())));
 }
 
-// --- the shared invalid list ------------------------------------------------------------------------------------------
+// --- the shared invalid list
+// ------------------------------------------------------------------------------------------
 
 ComPtr<IItemIdList> EmptyIdList() {
   return SpecialFolders::FromCache(SF_FILESYSTEMFOLDER);

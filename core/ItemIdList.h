@@ -49,8 +49,9 @@ public:
   static ComPtr<TKivItemIdList> CreateSimpleIdList(std::wstring_view pPath);
   /// An invalid list that can tell where it was meant to point.
   static ComPtr<TKivItemIdList> CreateInvalidWithPath(std::wstring_view pPath);
-  /// The list of a special folder; an invalid one if this system hasn't got it. With `pFromCache` the shared one, except
-  /// for the drives and Quick Access, which are fetched anew each time, and SF_FILESYSTEMFOLDER, which is invalid then.
+  /// The list of a special folder; an invalid one if this system hasn't got it. With `pFromCache` the shared one,
+  /// except for the drives and Quick Access, which are fetched anew each time, and SF_FILESYSTEMFOLDER, which is
+  /// invalid then.
   static ComPtr<IItemIdList> CreateForSpecialFolder(TKivShellFolder pSpecialFolder, bool pFromCache);
   /// By the name under which a special folder is shown, or its class identifier, ignoring case; nil if there is none.
   static ComPtr<IItemIdList> CreateForSpecialFolder(std::wstring_view pDisplayName);
@@ -142,7 +143,7 @@ private:
 
   TLazyPointer<ITEMIDLIST, &detail::FreeItemIdList> fItemIdList;
   TPublishedText fPath;
-  ComPtr<IShellItem> fShellItem; // main thread
+  ComPtr<IShellItem> fShellItem;                         // main thread
   std::atomic<std::recursive_mutex*> fPIDLLock{nullptr}; // held by Reload; made by the first one
   std::atomic<TKivShellFolder> fSpecialFolder;
   const bool fIsSimple;

@@ -1,4 +1,5 @@
-// What an item list asks of the object behind it: shell item, attributes, folder, content, and whether it is there still.
+// What an item list asks of the object behind it: shell item, attributes, folder, content, and whether it is there
+// still.
 #include <core/ItemIdList.h>
 
 #include <core/FileFunctions.h>
@@ -87,7 +88,8 @@ ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
   return target ? target : this;
 }
 
-// --- binding ----------------------------------------------------------------------------------------------------------
+// --- binding
+// ----------------------------------------------------------------------------------------------------------
 
 HRESULT TKivItemIdList::BindTo(REFGUID pHandler, IBindCtx* pContext, REFIID pIid, void** pObject) {
   const ComPtr<IShellItem> item = ShellItem();
@@ -145,7 +147,8 @@ HRESULT TKivItemIdList::QueryInterface(REFIID pIid, void** pObject) {
   }
 }
 
-// --- reload -----------------------------------------------------------------------------------------------------------
+// --- reload
+// -----------------------------------------------------------------------------------------------------------
 
 std::recursive_mutex& TKivItemIdList::ReloadLock() {
   std::recursive_mutex* lock = fPIDLLock.load(std::memory_order_acquire);

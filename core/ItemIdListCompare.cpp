@@ -109,7 +109,8 @@ bool TKivItemIdList::IsNetworkPidl(IItemIdList* pFullPidl) {
   return IsParentOf(SF_NETWORK, pFullPidl, true);
 }
 
-// --- special folders --------------------------------------------------------------------------------------------------
+// --- special folders
+// --------------------------------------------------------------------------------------------------
 
 bool TKivItemIdList::IsSpecialFolder(TKivShellFolder pSpecialFolderToCheck) {
   if (pSpecialFolderToCheck == SF_DESKTOP) return IsDesktop();

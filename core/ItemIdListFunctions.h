@@ -10,8 +10,9 @@ namespace kiv {
 /// Where a special folder is; empty if this system hasn't got it, or it is virtual.
 KIV_EXPORT std::wstring GetPathFromSpecialFolder(TKivShellFolder pFolder);
 
-/// Whether the list, or the folder that it lies in, is the result of a search. What has no path is judged by its parsing
-/// name. `pAcceptSearchFolder` says whether the search folder itself counts, or only what lies in it. False for nil.
+/// Whether the list, or the folder that it lies in, is the result of a search. What has no path is judged by its
+/// parsing name. `pAcceptSearchFolder` says whether the search folder itself counts, or only what lies in it. False for
+/// nil.
 KIV_EXPORT bool IsInSearchFolder(IItemIdList* pItemIdList, bool pAcceptSearchFolder);
 
 /// The path that a shell link leads to; empty if it isn't a link, or its target has none.

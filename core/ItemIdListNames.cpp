@@ -56,7 +56,8 @@ std::wstring TKivItemIdList::ShellName(SIGDN pKind) {
   const HRESULT hr = GuardedCall([&] { return item->GetDisplayName(pKind, &name); }, &fault);
   const TUniqueTaskText text(name);
   if (fault) {
-    throw EPathmereError(L"The shell faulted while it was asked for a name: " + DescribeError(static_cast<HRESULT>(fault.code)),
+    throw EPathmereError(L"The shell faulted while it was asked for a name: " +
+                             DescribeError(static_cast<HRESULT>(fault.code)),
                          static_cast<IItemIdList*>(this));
   }
   return SUCCEEDED(hr) && text ? std::wstring(text.Get()) : std::wstring();

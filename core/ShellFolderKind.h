@@ -12,14 +12,14 @@ namespace kiv {
 /// every user; "Known Folders" and "CSIDL" in the platform's documentation describe them.
 enum class TKivShellFolder : std::uint8_t {
   SF_FILESYSTEMFOLDER, ///< anything on a disk that is none of the others
-  SF_BITBUCKET, ///< the recycle bin
-  SF_CONTROLS, ///< the control panel
-  SF_DESKTOP, ///< the root of the namespace
+  SF_BITBUCKET,        ///< the recycle bin
+  SF_CONTROLS,         ///< the control panel
+  SF_DESKTOP,          ///< the root of the namespace
   SF_DESKTOPDIRECTORY, ///< the folder of the desktop's files
-  SF_DRIVES, ///< the folder of the drives
+  SF_DRIVES,           ///< the folder of the drives
   SF_FONTS,
-  SF_NETHOOD, ///< network shortcuts
-  SF_NETWORK, ///< the network
+  SF_NETHOOD,  ///< network shortcuts
+  SF_NETWORK,  ///< the network
   SF_PERSONAL, ///< the user's documents
   SF_PRINTERS,
   SF_PROGRAMS,

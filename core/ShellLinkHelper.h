@@ -17,8 +17,8 @@ public:
   /// The link in a file; nil if it isn't one or can't be read.
   static ComPtr<IShellLinkW> GetIShellLink(std::wstring_view pPath);
   static ComPtr<IShellLinkW> GetIShellLink(IItemIdList* pItemIdList);
-  /// What the link was made for, whether that is still there or not; nil without a link, or if it holds no list. Doesn't
-  /// search for what was moved.
+  /// What the link was made for, whether that is still there or not; nil without a link, or if it holds no list.
+  /// Doesn't search for what was moved.
   static ComPtr<IItemIdList> Resolve(std::wstring_view pPath);
   static ComPtr<IItemIdList> Resolve(IItemIdList* pSourceItemIdList);
 };

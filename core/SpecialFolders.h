@@ -13,7 +13,8 @@ class KIV_EXPORT SpecialFolders {
 public:
   SpecialFolders() = delete;
 
-  /// What is shared for a folder; nil if nothing is yet. For SF_FILESYSTEMFOLDER the empty list, for SF_DESKTOP the root.
+  /// What is shared for a folder; nil if nothing is yet. For SF_FILESYSTEMFOLDER the empty list, for SF_DESKTOP the
+  /// root.
   static ComPtr<IItemIdList> FromCache(TKivShellFolder pFolder);
   /// Shares a list unless another one is shared already; returns the shared one.
   static ComPtr<IItemIdList> Share(TKivShellFolder pFolder, const ComPtr<IItemIdList>& pList);

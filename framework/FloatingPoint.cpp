@@ -20,8 +20,6 @@ constexpr unsigned MxcsrMaskShift = 7; // in MXCSR the mask's bits stand above t
 struct TMasks {
   unsigned vector = ExceptionBits;
   unsigned coprocessor = ExceptionBits;
-
-  friend bool operator==(const TMasks&, const TMasks&) = default;
 };
 
 #if defined(__GNUC__)

@@ -17,15 +17,15 @@ constexpr std::size_t LabelWidth = 24;
 
 // The bits of an object's attributes ("SFGAO"), without those that only ask for others.
 constexpr std::pair<SFGAOF, const char*> Attributes[] = {
-    {0x00000001, "CANCOPY"},     {0x00000002, "CANMOVE"},         {0x00000004, "CANLINK"},
-    {0x00000008, "STORAGE"},     {0x00000010, "CANRENAME"},       {0x00000020, "CANDELETE"},
-    {0x00000040, "HASPROPSHEET"}, {0x00000100, "DROPTARGET"},     {0x00001000, "SYSTEM"},
-    {0x00002000, "ENCRYPTED"},   {0x00004000, "ISSLOW"},          {0x00008000, "GHOSTED"},
-    {0x00010000, "LINK"},        {0x00020000, "SHARE"},           {0x00040000, "READONLY"},
-    {0x00080000, "HIDDEN"},      {0x00100000, "NONENUMERATED"},   {0x00200000, "NEWCONTENT"},
-    {0x00400000, "STREAM"},      {0x00800000, "STORAGEANCESTOR"}, {0x02000000, "REMOVABLE"},
-    {0x04000000, "COMPRESSED"},  {0x08000000, "BROWSABLE"},       {0x10000000, "FILESYSANCESTOR"},
-    {0x20000000, "FOLDER"},      {0x40000000, "FILESYSTEM"},      {0x80000000, "HASSUBFOLDER"},
+    {0x00000001, "CANCOPY"},      {0x00000002, "CANMOVE"},         {0x00000004, "CANLINK"},
+    {0x00000008, "STORAGE"},      {0x00000010, "CANRENAME"},       {0x00000020, "CANDELETE"},
+    {0x00000040, "HASPROPSHEET"}, {0x00000100, "DROPTARGET"},      {0x00001000, "SYSTEM"},
+    {0x00002000, "ENCRYPTED"},    {0x00004000, "ISSLOW"},          {0x00008000, "GHOSTED"},
+    {0x00010000, "LINK"},         {0x00020000, "SHARE"},           {0x00040000, "READONLY"},
+    {0x00080000, "HIDDEN"},       {0x00100000, "NONENUMERATED"},   {0x00200000, "NEWCONTENT"},
+    {0x00400000, "STREAM"},       {0x00800000, "STORAGEANCESTOR"}, {0x02000000, "REMOVABLE"},
+    {0x04000000, "COMPRESSED"},   {0x08000000, "BROWSABLE"},       {0x10000000, "FILESYSANCESTOR"},
+    {0x20000000, "FOLDER"},       {0x40000000, "FILESYSTEM"},      {0x80000000, "HASSUBFOLDER"},
 };
 
 constexpr std::pair<kiv::TItemIdListDisplayNameFormat, const char*> Names[] = {

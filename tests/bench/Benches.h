@@ -6,6 +6,7 @@
 
 namespace kiv::bench {
 
+std::vector<TFigure> ListFigures();
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
 /// Also natively.

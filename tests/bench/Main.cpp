@@ -12,7 +12,8 @@ int main(int pCount, char** pArguments) {
   using TFigures = std::vector<kiv::bench::TFigure> (*)();
 #if defined(_WIN32)
   OleInitialize(nullptr);
-  constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::MainThreadFigures, &kiv::bench::PathFigures};
+  constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
+                              &kiv::bench::PathFigures};
 #else
   constexpr TFigures all[] = {&kiv::bench::PathFigures};
 #endif

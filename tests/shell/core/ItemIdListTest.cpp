@@ -51,9 +51,8 @@ TEST_F(ItemIdList, KeepsThePathItWasMadeFrom) {
     const wchar_t* given;
     const wchar_t* kept;
   } cases[] = {
-      {LR"(C:\)", LR"(C:\)"},         {LR"(C:\Temp\)", LR"(C:\Temp)"},
-      {L"C:", L"C:"},                 {LR"(C:\Temp)", LR"(C:\Temp)"},
-      {LR"(\\srv\x\)", LR"(\\srv\x)"}, {L"C:/Temp/", L"C:/Temp"},
+      {LR"(C:\)", LR"(C:\)"},         {LR"(C:\Temp\)", LR"(C:\Temp)"}, {L"C:", L"C:"},
+      {LR"(C:\Temp)", LR"(C:\Temp)"}, {LR"(\\srv\x\)", LR"(\\srv\x)"}, {L"C:/Temp/", L"C:/Temp"},
   };
   for (const auto& c : cases) {
     const auto list = List(c.given);
