@@ -4,6 +4,10 @@
 #include <core/PathmereError.h>
 #include <core/ShellLinkHelper.h>
 #include <core/SpecialFolders.h>
+#include <platform/FaultGuard.h>
+#include <platform/fill/FileStorage.h>
+
+#include <shobjidl.h>
 
 namespace kiv {
 
@@ -33,6 +37,17 @@ bool IsInSearchFolder(IItemIdList* pItemIdList, bool pAcceptSearchFolder) {
 std::wstring GetLinkTarget(std::wstring_view pPath) {
   const auto target = TShellLinkHelper::Resolve(pPath);
   return target ? target->Path() : std::wstring();
+}
+
+HRESULT GetFolderStorage(IItemIdList* pFolder, ComPtr<IStorage>& pStorage) {
+  pStorage.Reset();
+  ComPtr<IShellFolder> folder;
+  if (const HRESULT hr = ComPtr<IItemIdList>(pFolder).As(folder); FAILED(hr)) return hr;
+  void* found = nullptr;
+  const HRESULT hr = GuardedCall([&] { return folder->QueryInterface(IidOf<IStorage>(), &found); });
+  pStorage.Attach(static_cast<IStorage*>(found));
+  if (hr != E_NOINTERFACE || !pFolder->HasAttributes(SFGAO_FILESYSTEM)) return hr;
+  return CreateFileStorage(pFolder->Path(), pStorage);
 }
 
 } // namespace kiv

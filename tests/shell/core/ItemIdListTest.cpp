@@ -301,6 +301,18 @@ TEST_F(ItemIdList, OpensFilesAndFolders) {
   EXPECT_EQ(folder->Concat(child.Get())->Path(), path);
 }
 
+TEST_F(ItemIdList, ChangesFoldersThroughTheirStorage) {
+  ComPtr<IStorage> storage;
+  ComPtr<IStorage> made;
+  ASSERT_EQ(GetFolderStorage(List(fTemp.Path()).Get(), storage), S_OK);
+  EXPECT_EQ(storage->CreateStorage(L"new", STGM_READWRITE, 0, 0, &made), S_OK);
+  EXPECT_TRUE(List(fTemp.PathOf(L"new"))->IsFolder());
+  EXPECT_EQ(storage->CreateStorage(L"new", STGM_READWRITE, 0, 0, &made), STG_E_FILEALREADYEXISTS);
+  EXPECT_EQ(GetFolderStorage(List(fTemp.MakeFile(L"file")).Get(), storage), E_NOINTERFACE);
+  EXPECT_EQ(GetFolderStorage(EmptyIdList().Get(), storage), E_NOINTERFACE);
+  EXPECT_EQ(storage, nullptr);
+}
+
 TEST_F(ItemIdList, FollowsShellLinks) {
   const std::wstring target = fTemp.MakeFile(L"the target.txt");
   const std::wstring link = fTemp.PathOf(L"a link.lnk");
