@@ -1,7 +1,7 @@
 #pragma once
 
-#include <framework/InterfacedObject.h>
 #include <platform/Export.h>
+#include <platform/InterfacedObject.h>
 
 #include <shobjidl.h>
 

@@ -57,7 +57,7 @@ TUniqueItemIdList DrivesFolder() {
 
 TUniqueItemIdList ParseFromRoot(const std::wstring& path, IBindCtx* context) {
   PIDLIST_ABSOLUTE raw = nullptr;
-  const HRESULT hr = GuardedExport(ShellApi().SHParseDisplayName, path.c_str(), context, &raw, 0, nullptr);
+  const HRESULT hr = GuardedExport(ShellApi().SHParseDisplayName, path.c_str(), context, &raw, SFGAOF{0}, nullptr);
   TUniqueItemIdList list(raw);
   return SUCCEEDED(hr) ? std::move(list) : TUniqueItemIdList();
 }

@@ -45,6 +45,7 @@ private:
 
 void BindShell(const TBinder& binder, TShellApi& api) {
   const HMODULE shell = binder.Require(L"Shell32", L"Pathmere Components: Cannot open SHELL32.DLL!");
+  api.shell32 = shell;
   KIV_BIND(shell, SHQueryRecycleBinA);
   KIV_BIND(shell, SHDoDragDrop);
   KIV_BIND(shell, SHGetSetSettings);
@@ -75,7 +76,6 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shlwapi, SHSetThreadRef);
   KIV_BIND(shlwapi, SHReleaseThreadRef);
   KIV_BIND(shlwapi, IStream_Size);
-  KIV_BIND(shlwapi, SHCreateStreamOnFileEx);
 }
 
 void BindSystem(const TBinder& binder, TShellApi& api) {
@@ -90,12 +90,14 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(properties, PSGetPropertyDescription);
   KIV_BIND(properties, PSCreatePropertyChangeArray);
 
+  KIV_BIND(binder.Open(L"ole32.dll"), CoCreateInstance);
   KIV_BIND(binder.Open(L"Shcore.dll"), GetProcessDpiAwareness);
 
   const HMODULE user = binder.Open(L"User32.dll");
   KIV_BIND(user, GetThreadDpiAwarenessContext);
   KIV_BIND(user, GetAwarenessFromDpiAwarenessContext);
   KIV_BIND(user, AreDpiAwarenessContextsEqual);
+  KIV_BIND(user, SendInput);
 
   api.explorerFrame = binder.Open(L"ExplorerFrame.dll");
   api.comdlg32 = binder.Open(L"comdlg32.dll");

@@ -61,13 +61,15 @@ struct TShellApi {
   decltype(&::SHSetThreadRef) SHSetThreadRef = nullptr;
   decltype(&::SHReleaseThreadRef) SHReleaseThreadRef = nullptr;
   decltype(&::IStream_Size) IStream_Size = nullptr;
-  decltype(&::SHCreateStreamOnFileEx) SHCreateStreamOnFileEx = nullptr;
 
   // kernel32.dll
   decltype(&::Wow64DisableWow64FsRedirection) Wow64DisableWow64FsRedirection = nullptr;
   decltype(&::Wow64RevertWow64FsRedirection) Wow64RevertWow64FsRedirection = nullptr;
   decltype(&::IsWow64Process) IsWow64Process = nullptr;
   decltype(&::GetDriveTypeW) GetDriveTypeW = nullptr;
+
+  // ole32.dll
+  decltype(&::CoCreateInstance) CoCreateInstance = nullptr;
 
   // uxtheme.dll; by ordinal where they have no name, from the build of Windows 10 on that has them there
   bool(WINAPI* AllowDarkModeForWindow)(HWND, bool) = nullptr;
@@ -80,8 +82,10 @@ struct TShellApi {
   decltype(&::GetThreadDpiAwarenessContext) GetThreadDpiAwarenessContext = nullptr;
   decltype(&::GetAwarenessFromDpiAwarenessContext) GetAwarenessFromDpiAwarenessContext = nullptr;
   decltype(&::AreDpiAwarenessContextsEqual) AreDpiAwarenessContextsEqual = nullptr;
+  decltype(&::SendInput) SendInput = nullptr;
 
   // Held loaded: for the texts and pictures in their resources, and because unloading them is costly.
+  HMODULE shell32 = nullptr;
   HMODULE explorerFrame = nullptr;
   HMODULE comdlg32 = nullptr;
   HMODULE urlmon = nullptr;

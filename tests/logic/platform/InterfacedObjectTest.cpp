@@ -1,4 +1,4 @@
-#include <framework/InterfacedObject.h>
+#include <platform/InterfacedObject.h>
 
 #include <gtest/gtest.h>
 
