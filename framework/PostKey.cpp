@@ -77,8 +77,11 @@ private:
 };
 
 void DeliverKeys(HWND window) {
+  // A window that answers a key with another one would keep us here.
+  constexpr int most = 64;
   MSG message;
-  while (IsWindow(window) && PeekMessageW(&message, window, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
+  for (int i = 0; i < most && IsWindow(window); ++i) {
+    if (!PeekMessageW(&message, window, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) return;
     TranslateMessage(&message);
     DispatchMessageW(&message);
   }
