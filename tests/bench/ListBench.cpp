@@ -1,3 +1,4 @@
+#include "Allocations.h"
 #include "Benches.h"
 
 #include <core/ItemIdList.h>
@@ -44,6 +45,14 @@ double MakeLists() {
            }
          }) *
          1e9 / ListCount;
+}
+
+double ListAllocations() {
+  const std::wstring path = SamplePath;
+  const long before = AllocationCount();
+  const auto list = TKivItemIdList::Create(path);
+  Require(!list->IsResolved(), "a list was resolved");
+  return static_cast<double>(AllocationCount() - before);
 }
 
 double MakeTexts() {
@@ -112,6 +121,7 @@ std::vector<TFigure> ListFigures() {
   };
   return {
       {"lists", "make", "ns/list", &MakeLists, &MakeTexts, 3.0},
+      {"lists", "make_allocations", "times a list", &ListAllocations, [] { return 1.0; }, 2.0},
       {"lists", "resolve", "us/path", [path] { return ResolveLists(path()); }, [path] { return ParseNames(path()); },
        1.10},
       {"lists", "resolved_path_depth_folder", "ns", [path] { return QueryResolved(path()); },

@@ -1,10 +1,10 @@
+#include "Allocations.h"
 #include "Benches.h"
 
 #include <core/PathFunctions.h>
 #include <core/PathUtils.h>
 
 #include <cstdlib>
-#include <new>
 #include <string>
 
 #if defined(_WIN32)
@@ -14,25 +14,6 @@
 #else
 #include <fnmatch.h>
 #endif
-
-namespace {
-
-// How often memory was asked for, in a program with one thread at work.
-long gAllocations = 0;
-
-} // namespace
-
-void* operator new(std::size_t size) {
-  ++gAllocations;
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace kiv::bench {
 
@@ -64,12 +45,12 @@ const std::wstring Paths[] = {
 double Allocations() {
   static const std::wstring none = L"*.none";
   static const std::wstring none_with_extension = L"none*.*";
-  const long before = gAllocations;
+  const long before = AllocationCount();
   for (const std::wstring& path : Paths) {
     if (path.size() > 10 && TPathUtils::MakeCanonic(path) != path) std::abort();
     if (MatchPattern(path, none) || MatchPattern(path, none_with_extension)) std::abort();
   }
-  return static_cast<double>(gAllocations - before);
+  return static_cast<double>(AllocationCount() - before);
 }
 
 // One for the text of each result that is too long to stand in the string itself.
