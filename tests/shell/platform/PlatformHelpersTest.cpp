@@ -1,5 +1,7 @@
 #include <platform/DpiAwareness.h>
 #include <platform/Execute.h>
+#include <platform/Handles.h>
+#include <platform/PumpingWait.h>
 #include <platform/ShellApi.h>
 #include <platform/SystemStrings.h>
 #include <platform/TempPath.h>
@@ -10,6 +12,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -101,6 +104,20 @@ TEST(Execute, WaitsForTheProcessAndReadsItsCode) {
   code = 99;
   EXPECT_EQ(RunShellExecuteEx(L"cmd.exe", L"/c exit 3", false, &code), S_OK);
   EXPECT_EQ(code, 99U);
+}
+
+TEST(PumpingWait, AnswersWhatWasSentBeforeTheWaitAndHasBeenSeen) {
+  const HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+  ASSERT_TRUE(window);
+  const TUniqueHandle answered(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  std::thread sender([&] {
+    SendMessageW(window, WM_NULL, 0, 0);
+    SetEvent(answered.Get());
+  });
+  while ((HIWORD(GetQueueStatus(QS_SENDMESSAGE)) & QS_SENDMESSAGE) == 0) SwitchToThread();
+  EXPECT_TRUE(AwaitAnsweringMessages(answered.Get(), 0, true));
+  sender.join();
+  DestroyWindow(window);
 }
 
 TEST(Execute, AsksThePlatformAndClosesWhatItGets) {
