@@ -15,9 +15,8 @@ namespace kiv {
 ///
 /// - Element names are one component of a path: nothing outside the folder is reached. New ones must be such as the
 ///   platform takes; everything else is `STG_E_INVALIDNAME`.
-/// - `CreateStorage` answers `STG_E_FILEALREADYEXISTS` for whatever stands there, also with `STGM_CREATE`: a folder
-/// with
-///   its content isn't replaced by an empty one. `CreateStream` with `STGM_CREATE` empties a file that stands.
+/// - `CreateStorage` answers `STG_E_FILEALREADYEXISTS` for whatever stands there, also with `STGM_CREATE`: no folder is
+///   replaced by an empty one. `CreateStream` with `STGM_CREATE` empties a file that stands.
 /// - `DestroyElement` removes a folder with all that is in it, for good, read-only files too. Neither it nor `CopyTo`
 ///   follows links to folders; `CopyTo` leaves them out.
 /// - `MoveElementTo` doesn't replace anything, `CopyTo` does, and merges folders. A folder can't go into itself.
