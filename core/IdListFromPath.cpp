@@ -1,6 +1,7 @@
 #include <core/IdListFromPath.h>
 
 #include <core/FileSystemBindData.h>
+#include <core/PathFunctions.h>
 #include <core/PathUtils.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
@@ -111,12 +112,6 @@ bool IsFullPath(const std::wstring& path) {
   return path.starts_with(LR"(\\)") || (path.size() > 2 && IsAsciiLetter(path[0]) && path[1] == L':');
 }
 
-// A pattern finds something, but isn't its path; some shells take the first thing that it finds.
-bool HasWildcards(const std::wstring& path) {
-  const std::size_t behind_prefix = path.starts_with(LR"(\\?\)") ? 4 : 0;
-  return path.find_first_of(L"*?", behind_prefix) != std::wstring::npos;
-}
-
 // What the disk has and the shell doesn't find by itself: the shell is told what the disk says.
 TUniqueItemIdList ListFromDisk(const std::wstring& path) {
   if (path.find(L'\\') == std::wstring::npos || HasWildcards(path)) return {};
@@ -135,6 +130,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   if (pPath.size() > LongestPath || pPath.find(L'\0') != std::wstring_view::npos) return {};
   std::wstring path(pPath);
   if (path.size() == 2 && path[1] == L':') path += L'\\';
+  // Some shells take a pattern for the first thing that it finds.
   if (IsFullPath(path) && HasWildcards(path)) return {};
   // Some shells make an item of whatever stands there.
   GUID folder_class;

@@ -50,6 +50,12 @@ TEST(ReparsePoint, IsTheLinkAndNotItsTarget) {
   }
   EXPECT_TRUE(IsReparsePoint(link));
   EXPECT_TRUE(IsReparsePoint(link + L"\\"));
+  // Neither the current folder of its drive nor what is first in it counts.
+  const std::wstring before = TPathUtils::GetCurrentDir();
+  ASSERT_TRUE(SetCurrentDirectoryW(link.c_str()));
+  EXPECT_FALSE(IsReparsePoint(link.substr(0, 3)));
+  SetCurrentDirectoryW(before.c_str());
+  EXPECT_FALSE(IsReparsePoint(link + L"\\*"));
   EXPECT_FALSE(IsReparsePoint(link + L"\\file"));
 }
 
