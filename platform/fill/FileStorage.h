@@ -19,8 +19,8 @@ namespace kiv {
 ///   replaced by an empty one. `CreateStream` with `STGM_CREATE` empties a file that stands.
 /// - `DestroyElement` removes a folder with all that is in it, for good, read-only files too. Neither it nor `CopyTo`
 ///   follows links to folders; `CopyTo` leaves them out.
-/// - `MoveElementTo` doesn't replace anything, `CopyTo` does, and merges folders. A folder can't go into itself, by
-///   whatever road the target is reached.
+/// - `MoveElementTo` doesn't replace anything, `CopyTo` does, and merges folders. A folder can't go into itself, nor
+///   be copied there by a link, a short name or another letter of its drive.
 /// - The access mode of a storage is that of its elements' own calls: one opened for reading can make elements.
 /// - There are no transactions: `Commit` and `Revert` do nothing. There is no class and there are no state bits.
 ///
