@@ -1,13 +1,13 @@
 #include <core/IdListFromPath.h>
 
 #include <core/FileSystemBindData.h>
+#include <doubles/Crash.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/ShellApi.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -16,6 +16,7 @@
 namespace kiv {
 namespace {
 
+using test::Crash;
 using test::ScopedTempFolder;
 
 // A list that belongs to nobody's folder, with one item of the given type.
@@ -41,11 +42,6 @@ std::wstring PathOf(const TUniqueItemIdList& list) {
   wchar_t path[MAX_PATH] = L"-";
   if (list) SHGetPathFromIDListW(static_cast<PCIDLIST_ABSOLUTE>(list.Get()), path);
   return path;
-}
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
 }
 
 // A folder that parses as the test says.

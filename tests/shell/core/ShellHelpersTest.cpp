@@ -3,6 +3,7 @@
 #include <core/ShellLibrary.h>
 #include <core/SpecialFolderPath.h>
 
+#include <doubles/Crash.h>
 #include <doubles/FakeShellFolder.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/InterfacedObject.h>
@@ -21,12 +22,8 @@
 namespace kiv {
 namespace {
 
+using test::Crash;
 using test::ScopedTempFolder;
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
-}
 
 TEST(ReparsePoint, MostThingsAreNone) {
   EXPECT_TRUE(IsReparsePoint(DWORD{FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY}));

@@ -7,9 +7,10 @@
 #include <platform/TempPath.h>
 #include <platform/Wow64.h>
 
+#include <doubles/Crash.h>
+
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <thread>
@@ -20,11 +21,6 @@ namespace kiv {
 namespace {
 
 using enum TDpiAwareness;
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
-}
 
 TEST(DpiAwareness, IsTheThreadsThenTheProcessesThenNone) {
   static DPI_AWARENESS_CONTEXT current;
@@ -157,7 +153,7 @@ TEST(Execute, FailuresAreAnswered) {
   };
   EXPECT_EQ(RunShellExecuteEx(L"x", L"", true), E_FAIL);
   api->ShellExecuteExW = [](SHELLEXECUTEINFOW*) -> WINBOOL {
-    Crash();
+    test::Crash();
     return TRUE;
   };
   EXPECT_EQ(RunShellExecuteEx(L"x", L"", true), E_FAIL);
