@@ -65,19 +65,6 @@ TEST(DpiAwareness, IsTheThreadsThenTheProcessesThenNone) {
   EXPECT_EQ(GetDpiAwareness(), dpiUnaware);
 }
 
-TEST(DarkMode, NeedsBothFunctions) {
-  ScopedShellApi api;
-  const auto allow = [](HWND, bool) { return true; };
-  const auto should = [] { return true; };
-  for (const bool has_allow : {false, true}) {
-    for (const bool has_should : {false, true}) {
-      api->AllowDarkModeForWindow = has_allow ? +allow : nullptr;
-      api->ShouldAppsUseDarkMode = has_should ? +should : nullptr;
-      EXPECT_EQ(IsDarkModeSupported(), has_allow && has_should);
-    }
-  }
-}
-
 TEST(SystemStrings, AreThePlatformsOrTheDefault) {
   // Which texts there are differs: any that the library has will do.
   wchar_t buffer[1000];
