@@ -85,6 +85,12 @@ TEST(IdListFromPath, GivesTheRealListOfEveryFormOfAPath) {
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, L"c:\\")), L"C:\\");
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, file)), file);
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, file, GetDesktopWindow())), file);
+  wchar_t windows[MAX_PATH];
+  GetWindowsDirectoryW(windows, MAX_PATH);
+  for (const HWND dialogs : {HWND{}, GetDesktopWindow()}) {
+    EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, L"shell:Windows", dialogs)), windows);
+    EXPECT_FALSE(GetIdListFromPath(nullptr, L"shell:No such folder", dialogs));
+  }
   // In a folder the name is relative, and so is the list.
   const TUniqueItemIdList parent = GetIdListFromPath(nullptr, temp.PathOf(L"Dir"));
   ComPtr<IShellFolder> folder;
