@@ -1,8 +1,10 @@
 #include <core/FileFunctions.h>
 
 #include <core/PathFunctions.h>
+#include <core/PathList.h>
 #include <core/PathUtils.h>
 #include <framework/FileNames.h>
+#include <framework/TextCompare.h>
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/Handles.h>
@@ -21,15 +23,17 @@ namespace {
 
 // Find data of one file; false if there is none. A name for many files has none.
 bool FindFile(std::wstring_view path, WIN32_FIND_DATAW& data) {
-  if (path.find_first_of(L"*?", TPathUtils::IsUnicodeAPICallPath(path) ? 4 : 0) != std::wstring_view::npos)
-    return false;
+  if (HasWildcards(path) || PathApi::HoldsNul(path)) return false;
   const ScopedErrorMode mode;
   return static_cast<bool>(TUniqueFind(FindFirstFileW(TPathUtils::GetUnicodeAPICallPath(path).c_str(), &data)));
 }
 
-// The drive or share of a path, with the delimiter that calls about drives ask for.
+// The drive, share or volume of a path, with the delimiter that calls about drives ask for. A volume is known to them
+// in the long-path form only.
 std::wstring DriveRoot(std::wstring_view path) {
-  std::wstring root = ExtractFileDrive(TPathUtils::RevertUnicodeAPICallPath(path));
+  const std::wstring plain = TPathUtils::RevertUnicodeAPICallPath(path);
+  std::wstring root = ExtractFileDrive(plain);
+  if (root.empty() && StartsText(L"Volume{", plain)) root = LR"(\\?\)" + plain.substr(0, plain.find(L'\\'));
   if (!root.empty()) root += L'\\';
   return root;
 }
@@ -38,7 +42,9 @@ bool AskFreeSpace(const std::wstring& folder, std::int64_t& free, std::int64_t& 
   free = total = 0;
   ULARGE_INTEGER free_bytes{};
   ULARGE_INTEGER total_bytes{};
-  if (folder.empty() || !GetDiskFreeSpaceExW(folder.c_str(), &free_bytes, &total_bytes, nullptr)) return false;
+  if (folder.empty() || PathApi::HoldsNul(folder) ||
+      !GetDiskFreeSpaceExW(folder.c_str(), &free_bytes, &total_bytes, nullptr))
+    return false;
   free = static_cast<std::int64_t>(free_bytes.QuadPart);
   total = static_cast<std::int64_t>(total_bytes.QuadPart);
   return true;
@@ -87,7 +93,7 @@ bool IsDriveReady(std::wstring_view pPath, bool pShowErrors) {
 
 bool IsNetworkPath(std::wstring_view pPath) {
   const std::wstring root = DriveRoot(pPath);
-  if (IsUNCPath(root)) return true;
+  if (TKivPathList::IsUNCPath(root)) return true;
   const auto get_type = ShellApi().GetDriveTypeW;
   return get_type && !root.empty() && get_type(root.c_str()) == DRIVE_REMOTE;
 }
@@ -101,6 +107,7 @@ bool KivGetDiskFreeSpace(std::wstring_view pPath, std::int64_t& pFree, std::int6
 }
 
 std::wstring KIVExpandEnvironmentStrings(const std::wstring& pText) {
+  if (PathApi::HoldsNul(pText)) return pText;
   std::wstring text = pText;
   if (IsWOW64()) {
     ReplaceText(text, L"%ProgramFiles%", L"%ProgramW6432%");
@@ -120,7 +127,7 @@ std::wstring KIVExpandEnvironmentStrings(const std::wstring& pText) {
 
 std::wstring GetUserProfilePath() {
   wchar_t* path = nullptr;
-  const HRESULT hr = SHGetKnownFolderPath(FOLDERID_Profile, KF_FLAG_DEFAULT, nullptr, &path);
+  const HRESULT hr = GuardedExport(ShellApi().SHGetKnownFolderPath, FOLDERID_Profile, KF_FLAG_DEFAULT, nullptr, &path);
   const TUniqueTaskText owner(path);
   return SUCCEEDED(hr) && path ? std::wstring(path) : std::wstring();
 }
@@ -132,6 +139,7 @@ std::wstring KivGetWindowsPath() {
 }
 
 std::wstring GetFriendlyName(const std::wstring& pPath) {
+  if (PathApi::HoldsNul(pPath)) return pPath;
   const ScopedErrorMode mode;
   SHFILEINFOW info{};
   const HRESULT hr = GuardedCall(
@@ -158,7 +166,7 @@ bool IsWOW64() {
 bool SendDropFiles(HWND pWindow, const std::vector<std::wstring>& pFiles) {
   std::wstring names;
   for (const std::wstring& file : pFiles) {
-    if (!file.empty()) names.append(file).push_back(L'\0');
+    if (!file.empty() && !PathApi::HoldsNul(file)) names.append(file).push_back(L'\0');
   }
   if (names.empty()) return false;
   names.push_back(L'\0');

@@ -14,7 +14,7 @@ namespace kiv {
 
 // What the library asks the platform about files, drives and names. Everything may be called from any thread; whatever
 // touches a drive keeps the platform from showing dialogs about it, unless said otherwise. A path may be as long as the
-// platform takes any (see TPathUtils::GetUnicodeAPICallPath).
+// platform takes any (see TPathUtils::GetUnicodeAPICallPath); one that holds a NUL is nobody's.
 
 /// True if there is a file or folder of that path.
 KIV_EXPORT bool FileOrFolderExists(std::wstring_view pPath);
@@ -52,7 +52,8 @@ KIV_EXPORT int CompareFilenames(const std::wstring& pFirst, const std::wstring& 
 KIV_EXPORT bool IsWOW64();
 
 /// Posts to a window what it gets when files are dropped on it (`WM_DROPFILES`), at the origin of its client area. The
-/// window may belong to another process. False if it can't be reached, or there is no file.
+/// window may belong to another process. Names that are empty or hold a NUL are left out. False if it can't be reached,
+/// or there is no file.
 KIV_EXPORT bool SendDropFiles(HWND pWindow, const std::vector<std::wstring>& pFiles);
 
 } // namespace kiv

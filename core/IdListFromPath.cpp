@@ -1,7 +1,9 @@
 #include <core/IdListFromPath.h>
 
 #include <core/FileSystemBindData.h>
+#include <core/PathFunctions.h>
 #include <core/PathUtils.h>
+#include <core/SpecialFolderPath.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
 #include <platform/ErrorMode.h>
@@ -9,6 +11,7 @@
 #include <platform/ShellApi.h>
 #include <platform/Wow64.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -107,14 +110,23 @@ TUniqueItemIdList ListOfVolume(const std::wstring& path) {
   return below ? Combine(list, below.Get()) : TUniqueItemIdList();
 }
 
-bool IsFullPath(const std::wstring& path) {
-  return path.starts_with(LR"(\\)") || (path.size() > 2 && IsAsciiLetter(path[0]) && path[1] == L':');
+// Some shells (Wine 8) take every name that begins with "shell:" for a folder of a class without an identifier.
+bool IsNobodysFolder(const TUniqueItemIdList& list) {
+  constexpr std::size_t id_offset = 4;
+  constexpr std::array<std::byte, sizeof(GUID)> no_id{};
+  const auto* const bytes = reinterpret_cast<const std::byte*>(list.Get());
+  return ILGetSize(list.Get()) == id_offset + sizeof(GUID) + sizeof(USHORT) &&
+         std::equal(no_id.begin(), no_id.end(), bytes + id_offset);
 }
 
-// A pattern finds something, but isn't its path; some shells take the first thing that it finds.
-bool HasWildcards(const std::wstring& path) {
-  const std::size_t behind_prefix = path.starts_with(LR"(\\?\)") ? 4 : 0;
-  return path.find_first_of(L"*?", behind_prefix) != std::wstring::npos;
+// The special folder that the name stands for, where the shell doesn't know it.
+TUniqueItemIdList ListOfShellName(const std::wstring& path) {
+  const std::wstring folder = ExpandSpecialFolderPath(path);
+  return folder == path ? TUniqueItemIdList() : CreateFromRoot(folder);
+}
+
+bool IsFullPath(const std::wstring& path) {
+  return path.starts_with(LR"(\\)") || (path.size() > 2 && IsAsciiLetter(path[0]) && path[1] == L':');
 }
 
 // What the disk has and the shell doesn't find by itself: the shell is told what the disk says.
@@ -135,6 +147,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   if (pPath.size() > LongestPath || pPath.find(L'\0') != std::wstring_view::npos) return {};
   std::wstring path(pPath);
   if (path.size() == 2 && path[1] == L':') path += L'\\';
+  // Some shells take a pattern for the first thing that it finds.
   if (IsFullPath(path) && HasWildcards(path)) return {};
   // Some shells make an item of whatever stands there.
   GUID folder_class;
@@ -149,6 +162,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
     const ComPtr<IShellFolder> folder = pShellFolder ? ComPtr<IShellFolder>(pShellFolder) : Desktop();
     list = ParseInFolder(folder.Get(), path, pWindowHandleForLogonDialog);
   }
+  if (list && StartsText(L"shell:", path) && IsNobodysFolder(list)) list = ListOfShellName(path);
   if (!list && SameText(path.substr(0, VolumePrefix.size()), VolumePrefix)) list = ListOfVolume(path);
   // A name relative to a folder isn't one relative to the current directory.
   if (!list && (!pShellFolder || IsFullPath(path))) list = ListFromDisk(path);

@@ -12,8 +12,8 @@ namespace kiv {
 /// The raw item identifier list for a path, or nil. Any thread that is in an apartment.
 ///
 /// `pPath` is what the shell parses: a file system path in any form (`C:`, `\\server\share`, `\\?\Volume{...}\dir`), a
-/// name such as `::{...}`, or a name relative to `pShellFolder`. Empty: the folder of the drives. More than 32,767
-/// characters and embedded nulls give nil.
+/// name such as `::{...}` or `shell:Personal`, or a name relative to `pShellFolder`. Empty: the folder of the drives.
+/// More than 32,767 characters and embedded nulls give nil.
 ///
 /// `pShellFolder` is the folder to parse in, borrowed; the list then is relative to it. Without one it is absolute.
 /// `pWindowHandleForLogonDialog` becomes the parent of a logon dialog; null for none.

@@ -59,6 +59,11 @@ bool IsProtocolPath(std::wstring_view pPath) noexcept {
   return std::all_of(scheme.begin(), scheme.end(), &IsSchemeCharacter);
 }
 
+bool HasWildcards(std::wstring_view pPath) noexcept {
+  // The "?" of a long path's prefix is none.
+  return pPath.find_first_of(L"*?", TPathUtils::IsUnicodeAPICallPath(pPath) ? 4 : 0) != None;
+}
+
 bool IsSearchFolderPath(std::wstring_view pPath) noexcept {
   return StartsText(L"search-ms:", pPath) || StartsText(SearchFolderClass, pPath);
 }

@@ -18,6 +18,8 @@ KIV_EXPORT bool IsAbsolutePath(std::wstring_view pPath) noexcept;
 /// Starts with a scheme ("shell:", "search-ms:", "http:"): a letter, at least one more letter, digit, "+", "-" or ".",
 /// and ":".
 KIV_EXPORT bool IsProtocolPath(std::wstring_view pPath) noexcept;
+/// Holds "*" or "?": it isn't the path of one thing. A call that lists a folder takes it for whatever it finds first.
+KIV_EXPORT bool HasWildcards(std::wstring_view pPath) noexcept;
 /// Starts with "search-ms:" or with the class identifier of search folders, ignoring case.
 KIV_EXPORT bool IsSearchFolderPath(std::wstring_view pPath) noexcept;
 /// Compares the extension of a name, ignoring case. `pExtension` may have its "." or not; empty, it asks whether the

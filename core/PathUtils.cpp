@@ -1,6 +1,7 @@
 #include <core/PathUtils.h>
 
 #include <core/PathFunctions.h>
+#include <core/ReparsePoint.h>
 #include <framework/Exceptions.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
@@ -33,11 +34,6 @@ constexpr bool IsDelimiter(wchar_t c) {
 
 std::size_t LengthWithDelimiter(std::wstring_view path) {
   return path.empty() || !IsDelimiter(path.back()) ? path.size() + 1 : path.size();
-}
-
-std::wstring_view WithoutDelimiter(std::wstring_view path) {
-  if (!path.empty() && IsDelimiter(path.back())) path.remove_suffix(1);
-  return path;
 }
 
 bool StartsWithOneBackslash(std::wstring_view path) {
@@ -112,7 +108,7 @@ std::wstring TPathUtils::MakeCanonic(std::wstring_view pPath) {
   if (pPath.empty() || IsPlainDrivePath(pPath)) return std::wstring(pPath);
   std::wstring path(pPath);
   if (path.size() >= 3 && StartsWithDriveLetter(path) && path[2] != L'\\') path.insert(2, 1, L'\\');
-  if (path.find(L'~') != None && path.find(L'\0') == None) {
+  if (path.find(L'~') != None) {
     std::wstring long_name = PathApi::LongPathName(path);
     if (!long_name.empty()) path = std::move(long_name);
   }
@@ -179,7 +175,8 @@ std::wstring TPathUtils::UnifyPath(std::wstring_view pPath) {
 }
 
 std::wstring TPathUtils::ExcludeTrailingPathDelimiter(std::wstring_view pPath) {
-  return std::wstring(WithoutDelimiter(pPath));
+  if (!pPath.empty() && IsDelimiter(pPath.back())) pPath.remove_suffix(1);
+  return std::wstring(pPath);
 }
 
 bool TPathUtils::IsPathDelimiter(std::wstring_view pPath, int pIndex) noexcept {
@@ -237,9 +234,11 @@ bool TPathUtils::IsUnicodeAPICallPath(std::wstring_view pPath) noexcept {
 }
 
 bool TPathUtils::IsReparsePoint(std::wstring_view pPath) {
-  const std::wstring path(WithoutDelimiter(GetUnicodeAPICallPath(pPath)));
-  const DWORD attributes = PathApi::ListedAttributes(path);
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  // With a delimiter behind it the path leads through the link.
+  const std::wstring_view path = pPath.substr(0, pPath.find_last_not_of(L"\\/") + 1);
+  // The root of a drive stands in no folder, and without its delimiter it is the current folder there.
+  if (IsDrive(path) || HasWildcards(path)) return false;
+  return kiv::IsReparsePoint(PathApi::ListedAttributes(GetUnicodeAPICallPath(path)));
 }
 
 bool TPathUtils::HasFileAttribute(std::wstring_view pPath, DWORD pFileAttribute) {

@@ -58,7 +58,9 @@ public:
   /// The plain form of a path in long-path form; any other text stays.
   static std::wstring RevertUnicodeAPICallPath(std::wstring_view pPath);
   static bool IsUnicodeAPICallPath(std::wstring_view pPath) noexcept;
-  /// Asks the disk whether the path leads to a link or another reparse point. False if there is nothing.
+  /// Asks the disk whether the path is that of a link, a junction or another reparse point, itself and not what it
+  /// leads to. It asks the folder that lists it, which answers for a file that is locked or may not be opened, too.
+  /// False if there is nothing, for a pattern, and for the root of a drive or share, which no folder lists.
   static bool IsReparsePoint(std::wstring_view pPath);
   /// Asks the disk whether any bit of `pFileAttribute` is set ("File Attribute Constants"). False if there is nothing.
   static bool HasFileAttribute(std::wstring_view pPath, DWORD pFileAttribute);

@@ -1,9 +1,8 @@
 #pragma once
 
-#include <platform/Export.h>
-#include <platform/Types.h>
+#include <core/PathUtils.h>
 
-#include <string>
+#include <string_view>
 
 namespace kiv {
 
@@ -13,7 +12,9 @@ constexpr bool IsReparsePoint(DWORD pAttributes) noexcept {
   return pAttributes != INVALID_FILE_ATTRIBUTES && (pAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
 }
 
-/// The same for the file or folder of that path, itself and not what it leads to. False if there is none. Any length.
-KIV_EXPORT bool IsReparsePoint(const std::wstring& pPath);
+/// The same for the file or folder of that path: TPathUtils::IsReparsePoint.
+inline bool IsReparsePoint(std::wstring_view pPath) {
+  return TPathUtils::IsReparsePoint(pPath);
+}
 
 } // namespace kiv

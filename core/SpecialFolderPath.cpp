@@ -1,6 +1,7 @@
 #include <core/SpecialFolderPath.h>
 
 #include <core/FolderPlaceholder.h>
+#include <framework/TextCompare.h>
 #include <platform/FaultGuard.h>
 #include <platform/Handles.h>
 #include <platform/ShellApi.h>
@@ -60,7 +61,7 @@ std::wstring NormalizeSpecialFolderPath(std::wstring_view pPath) {
 }
 
 std::wstring ExpandSpecialFolderPath(std::wstring_view pPath) {
-  return pPath.empty() ? std::wstring() : ReplaceNameByFolder(pPath, SpecialFolders());
+  return !StartsText(L"shell:", pPath) ? std::wstring(pPath) : ReplaceNameByFolder(pPath, SpecialFolders());
 }
 
 } // namespace kiv

@@ -111,11 +111,14 @@ bool PostKeyToHWND(HWND pWindow, WORD pKey, TShiftState pShift, bool pSpecialKey
   const std::vector<WORD> modifiers = ModifierKeys(pShift);
   const bool alt = pShift.Contains(ssAlt);
   const bool own = GetWindowThreadProcessId(pWindow, nullptr) == GetCurrentThreadId();
+  const bool delivers = own && !modifiers.empty();
+  // What the user typed before comes first, and must not be seen with our modifiers: "x" isn't Ctrl+X.
+  if (delivers) DeliverKeys(pWindow);
   bool posted = true;
   for (const TStroke& stroke : Strokes(pKey, own ? std::vector<WORD>() : modifiers, pSpecialKey)) {
     posted = posted && PostStroke(pWindow, stroke, alt);
   }
-  if (!posted || !own || modifiers.empty()) return posted;
+  if (!posted || !delivers) return posted;
   const TScopedKeysDown down(modifiers);
   DeliverKeys(pWindow);
   return true;

@@ -14,9 +14,10 @@ namespace kiv {
 KIV_EXPORT bool PostKeyEx32(WORD pKey, TShiftState pShift, bool pSpecialKey);
 
 /// Posts the pressing and releasing of a key to one window. If the window belongs to the calling thread and modifiers
-/// are given, its key messages are delivered before the call returns, with the modifiers seen as down; otherwise they
-/// wait in the window's queue. A window of another thread gets messages for the modifiers, too, but its thread doesn't
-/// see them as down by GetKeyState. False if the window can't be posted to.
+/// are given, its key messages are delivered before the call returns, those that waited already as they are, then these
+/// with the modifiers seen as down; otherwise they wait in the window's queue. A window of another thread gets messages
+/// for the modifiers, too, but its thread doesn't see them as down by GetKeyState. False if the window can't be posted
+/// to.
 KIV_EXPORT bool PostKeyToHWND(HWND pWindow, WORD pKey, TShiftState pShift, bool pSpecialKey);
 
 } // namespace kiv

@@ -15,6 +15,12 @@ namespace PathApi {
 /// No result of the two text operations is longer ("MAX_PATH", less the NUL at the end).
 inline constexpr std::size_t LongestText = 259;
 
+/// True for a text that no call of the platform can take. What stands below refuses it, and doesn't take the part in
+/// front of the NUL for the whole.
+inline bool HoldsNul(std::wstring_view pText) noexcept {
+  return pText.find(L'\0') != std::wstring_view::npos;
+}
+
 /// "PathCanonicalizeW". False if the platform refuses the text, which must not be longer than LongestText; the result
 /// is then as it was.
 bool Canonicalize(std::wstring_view pPath, std::wstring& pResult);

@@ -16,10 +16,6 @@ static_assert(LongestText == PathText::Longest);
 
 namespace fs = std::filesystem;
 
-bool HoldsNul(std::wstring_view text) {
-  return text.find(L'\0') != std::wstring_view::npos;
-}
-
 fs::path ToNative(std::wstring path) {
   std::replace(path.begin(), path.end(), L'\\', L'/');
   return ToUtf8(path);
@@ -67,11 +63,13 @@ std::wstring CurrentDirectoryPath() {
 
 DWORD FileAttributes(const std::wstring& pPath) {
   std::error_code error;
+  if (HoldsNul(pPath)) return INVALID_FILE_ATTRIBUTES;
   return AttributesOf(fs::status(ToNative(pPath), error));
 }
 
 DWORD ListedAttributes(const std::wstring& pPath) {
   std::error_code error;
+  if (HoldsNul(pPath)) return INVALID_FILE_ATTRIBUTES;
   return AttributesOf(fs::symlink_status(ToNative(pPath), error));
 }
 

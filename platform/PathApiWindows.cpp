@@ -20,8 +20,7 @@ static_assert(LongestText == PathText::Longest);
 // A text as the platform takes it.
 class TTerminated {
 public:
-  explicit TTerminated(std::wstring_view pText)
-      : fValid(pText.size() <= LongestText && pText.find(L'\0') == std::wstring_view::npos) {
+  explicit TTerminated(std::wstring_view pText) : fValid(pText.size() <= LongestText && !HoldsNul(pText)) {
     if (!fValid) return;
     std::copy(pText.begin(), pText.end(), fText);
     fText[pText.size()] = L'\0';
@@ -79,6 +78,7 @@ bool MatchSpec(const wchar_t* pName, const wchar_t* pSpec) noexcept {
 }
 
 std::wstring LongPathName(const std::wstring& pPath) {
+  if (HoldsNul(pPath)) return {};
   constexpr DWORD room = 32767;
   const auto buffer = std::make_unique_for_overwrite<wchar_t[]>(room);
   const ScopedErrorMode mode;
@@ -100,11 +100,13 @@ std::wstring CurrentDirectoryPath() {
 }
 
 DWORD FileAttributes(const std::wstring& pPath) {
+  if (HoldsNul(pPath)) return INVALID_FILE_ATTRIBUTES;
   const ScopedErrorMode mode;
   return GetFileAttributesW(pPath.c_str());
 }
 
 DWORD ListedAttributes(const std::wstring& pPath) {
+  if (HoldsNul(pPath)) return INVALID_FILE_ATTRIBUTES;
   const ScopedErrorMode mode;
   WIN32_FIND_DATAW data;
   const TUniqueFind find(FindFirstFileW(pPath.c_str(), &data));

@@ -9,7 +9,8 @@ bool AwaitAnsweringMessages(HANDLE pObject, std::uint64_t pLimit, bool pEndless)
     if (!pEndless && passed > pLimit) return WaitForSingleObject(pObject, 0) == WAIT_OBJECT_0;
     const std::uint64_t left = pEndless ? 0 : pLimit - passed;
     const DWORD wait = pEndless ? INFINITE : static_cast<DWORD>(left < INFINITE ? left : INFINITE - 1);
-    switch (MsgWaitForMultipleObjectsEx(1, &pObject, wait, QS_SENDMESSAGE, 0)) {
+    // What the thread has heard of already, by GetQueueStatus, wants its answer no less than what is new.
+    switch (MsgWaitForMultipleObjectsEx(1, &pObject, wait, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE)) {
     case WAIT_OBJECT_0:
       return true;
     case WAIT_OBJECT_0 + 1: {

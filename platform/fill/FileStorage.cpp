@@ -47,6 +47,11 @@ bool IsInOrSame(const std::wstring& path, const std::wstring& folder) {
   return path.size() == folder.size() || folder.back() == L'\\' || path[folder.size()] == L'\\';
 }
 
+// The same by whatever road each is reached: a copy into itself would find its own work again and again.
+bool ReallyIsInOrSame(const std::wstring& path, const std::wstring& folder) {
+  return !path.empty() && IsInOrSame(ResolvedPath(path), ResolvedPath(folder));
+}
+
 bool IsListed(const std::wstring& name, SNB names) {
   for (; names && *names; ++names) {
     if (SameUpToCase(name, *names)) return true;
@@ -215,9 +220,7 @@ HRESULT TFileStorage::OpenStorage(const wchar_t* pName, IStorage* pPriority, DWO
 
 HRESULT TFileStorage::CopyTo(DWORD pCount, const IID* pExclude, SNB pNames, IStorage* pTarget) {
   if (!pTarget || (pCount > 0 && !pExclude)) return STG_E_INVALIDPOINTER;
-  if (const std::wstring target = PathOfStorage(pTarget); !target.empty() && IsInOrSame(target, fPath)) {
-    return STG_E_ACCESSDENIED;
-  }
+  if (ReallyIsInOrSame(PathOfStorage(pTarget), fPath)) return STG_E_ACCESSDENIED;
   TCopyFilter filter;
   for (DWORD i = 0; i < pCount; ++i) {
     if (pExclude[i] == IID_IStream) filter.streams = false;
@@ -235,7 +238,7 @@ HRESULT TFileStorage::CopyElement(const std::wstring& pName, IStorage* pTarget, 
   HRESULT hr = ReadElement(path, element);
   if (FAILED(hr)) return hr;
   if (!element.IsStorage()) return CopyFileTo(path, pTarget, pNewName, false);
-  if (IsInOrSame(PathOfStorage(pTarget), path)) return STG_E_ACCESSDENIED;
+  if (ReallyIsInOrSame(PathOfStorage(pTarget), path)) return STG_E_ACCESSDENIED;
   ComPtr<IStorage> copy;
   hr = MakeStorageIn(pTarget, pNewName, false, copy);
   return FAILED(hr) ? hr : CopyContent(path, copy.Get(), {});

@@ -15,12 +15,12 @@ namespace kiv {
 ///
 /// - Element names are one component of a path: nothing outside the folder is reached. New ones must be such as the
 ///   platform takes; everything else is `STG_E_INVALIDNAME`.
-/// - `CreateStorage` answers `STG_E_FILEALREADYEXISTS` for whatever stands there, also with `STGM_CREATE`: a folder
-/// with
-///   its content isn't replaced by an empty one. `CreateStream` with `STGM_CREATE` empties a file that stands.
+/// - `CreateStorage` answers `STG_E_FILEALREADYEXISTS` for whatever stands there, also with `STGM_CREATE`: no folder is
+///   replaced by an empty one. `CreateStream` with `STGM_CREATE` empties a file that stands.
 /// - `DestroyElement` removes a folder with all that is in it, for good, read-only files too. Neither it nor `CopyTo`
 ///   follows links to folders; `CopyTo` leaves them out.
-/// - `MoveElementTo` doesn't replace anything, `CopyTo` does, and merges folders. A folder can't go into itself.
+/// - `MoveElementTo` doesn't replace anything, `CopyTo` does, and merges folders. A folder can't go into itself, nor
+///   be copied there by a link, a short name or another letter of its drive.
 /// - The access mode of a storage is that of its elements' own calls: one opened for reading can make elements.
 /// - There are no transactions: `Commit` and `Revert` do nothing. There is no class and there are no state bits.
 ///

@@ -1,5 +1,7 @@
 #include <platform/fill/StorageError.h>
 
+#include <platform/Handles.h>
+
 #include <objbase.h>
 
 namespace kiv {
@@ -67,6 +69,17 @@ std::wstring ToStoragePath(const std::wstring& pPath) {
   if (full.empty() || full.size() > LongestPath || full.starts_with(LR"(\\.\)")) return {};
   if (full.starts_with(LR"(\\)")) return LR"(\\?\UNC\)" + full.substr(2);
   return LR"(\\?\)" + full;
+}
+
+std::wstring ResolvedPath(const std::wstring& pFolder) {
+  const TUniqueHandle folder(CreateFileW(pFolder.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                         nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+  if (!folder) return pFolder;
+  std::wstring path(LongestPath + 1, L'\0');
+  const DWORD length = GetFinalPathNameByHandleW(folder.Get(), path.data(), static_cast<DWORD>(path.size()), 0);
+  if (length == 0 || length >= path.size()) return pFolder;
+  path.resize(length);
+  return path;
 }
 
 std::wstring PathInFolder(const std::wstring& pFolder, const std::wstring& pName) {

@@ -14,6 +14,9 @@ HRESULT LastStorageError() noexcept;
 /// The full path in the form that takes any length and any name, `\\?\...`. Empty for an empty path, one that is too
 /// long, and a device.
 std::wstring ToStoragePath(const std::wstring& pPath);
+/// The path at which a folder really stands: links, replaced drives and short names on the way resolved. The same path
+/// if the platform can't tell.
+std::wstring ResolvedPath(const std::wstring& pFolder);
 /// The path of something in a folder that is given in that form.
 std::wstring PathInFolder(const std::wstring& pFolder, const std::wstring& pName);
 /// The last component; a root's own path.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <doubles/Crash.h>
 #include <doubles/FakeItemId.h>
 #include <doubles/FakeShellFolder.h>
 
@@ -26,12 +27,6 @@ struct TShellAnswer {
   HRESULT result = S_OK;
   bool stays = false;
 };
-
-inline void Crash() {
-  // Not null itself: checks for undefined behaviour would trap before the access.
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
-}
 
 // The platform's own case of a callee that meets an access violation and handles it. Null it would refuse unread.
 inline void CrashAndHandleIt() {

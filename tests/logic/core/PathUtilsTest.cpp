@@ -249,6 +249,7 @@ TEST(PathUtils, TheDiskTellsAttributes) {
   EXPECT_FALSE(TPathUtils::HasFileAttribute(L"", 0xFFFFFFFF));
   EXPECT_FALSE(TPathUtils::IsReparsePoint(folder + L"\\"));
   EXPECT_FALSE(TPathUtils::IsReparsePoint(folder + L"\\none"));
+  EXPECT_FALSE(TPathUtils::HasFileAttribute(folder + L'\0', FILE_ATTRIBUTE_DIRECTORY));
 #if !defined(_WIN32)
   const std::string link = kiv::ToUtf8(folder) + "/link";
   std::filesystem::create_directory_symlink(kiv::ToUtf8(folder), link);

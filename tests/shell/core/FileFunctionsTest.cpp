@@ -49,6 +49,9 @@ TEST(FileFunctions, FilesExistAndHaveSizesAtAnyLength) {
     EXPECT_EQ(GetFileSize(none), -1);
   }
   EXPECT_EQ(GetFileSize64(temp.PathOf(L"*")), -1) << "not that of any file there";
+  const std::wstring nul = leaf + L'\0';
+  EXPECT_FALSE(FileOrFolderExists(nul));
+  EXPECT_EQ(GetFileSize64(nul), -1);
   WIN32_FIND_DATAW data{};
   data.nFileSizeHigh = 1;
   data.nFileSizeLow = 5;
@@ -79,6 +82,15 @@ TEST(FileFunctions, DrivesTellTheirStateAndSpace) {
   std::int64_t total = -1;
   EXPECT_TRUE(IsDriveReady(temp.Path()));
   EXPECT_TRUE(IsDriveReady(L"\\\\?\\" + temp.Path()));
+  // A volume by its identifier, which need not have a letter.
+  wchar_t volume[MAX_PATH] = L"";
+  ASSERT_TRUE(GetVolumeNameForVolumeMountPointW(temp.Path().substr(0, 3).c_str(), volume, MAX_PATH));
+  const std::wstring in_volume = std::wstring(volume) + L"none\\x";
+  EXPECT_TRUE(IsDriveReady(in_volume)) << in_volume;
+  EXPECT_TRUE(IsDriveReady(in_volume.substr(4))) << in_volume;
+  EXPECT_TRUE(KivGetDiskFreeSpace(in_volume, free, total) && free > 0);
+  EXPECT_FALSE(IsNetworkPath(in_volume));
+  EXPECT_FALSE(IsDriveReady(L"\\\\?\\Volume{00000000-0000-0000-0000-000000000001}\\"));
   for (const std::wstring& path : {temp.Path(), temp.Path() + L"\\", temp.PathOf(L"none")}) {
     EXPECT_TRUE(KivGetDiskFreeSpace(path, free, total)) << path;
     EXPECT_TRUE(free > 0 && free <= total);
@@ -114,6 +126,8 @@ TEST(FileFunctions, TheEnvironmentIsExpanded) {
   EXPECT_EQ(KIVExpandEnvironmentStrings(L"<%KIV_TEST_LONG%>"), L"<" + std::wstring(5000, L'v') + L">");
   EXPECT_EQ(KIVExpandEnvironmentStrings(L"%KIV_TEST_NONE%\\a"), L"%KIV_TEST_NONE%\\a");
   EXPECT_EQ(KIVExpandEnvironmentStrings(L""), L"");
+  const std::wstring nul = L"%KIV_TEST_LONG%" + std::wstring(1, L'\0') + L"x";
+  EXPECT_EQ(KIVExpandEnvironmentStrings(nul), nul);
   ScopedShellApi api;
   const std::wstring text = L"%programfiles%\\a;%ProgramFiles%\\b";
   api->IsWow64Process = nullptr;
@@ -162,7 +176,7 @@ TEST(FileFunctions, ADropReachesAWindow) {
   SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&DropWindow));
   const std::vector<std::wstring> files = {L"C:\\a\x05D0.txt", L"C:\\" + std::wstring(400, L'x')};
   gDropped.clear();
-  EXPECT_TRUE(SendDropFiles(window, files));
+  EXPECT_TRUE(SendDropFiles(window, {files[0], std::wstring(L"C:\\two\0names", 12), L"", files[1]}));
   EXPECT_FALSE(SendDropFiles(window, {L""}));
   MSG message;
   while (PeekMessageW(&message, window, WM_DROPFILES, WM_DROPFILES, PM_REMOVE)) DispatchMessageW(&message);

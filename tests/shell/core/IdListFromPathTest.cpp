@@ -1,13 +1,13 @@
 #include <core/IdListFromPath.h>
 
 #include <core/FileSystemBindData.h>
+#include <doubles/Crash.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/ShellApi.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -16,6 +16,7 @@
 namespace kiv {
 namespace {
 
+using test::Crash;
 using test::ScopedTempFolder;
 
 // A list that belongs to nobody's folder, with one item of the given type.
@@ -41,11 +42,6 @@ std::wstring PathOf(const TUniqueItemIdList& list) {
   wchar_t path[MAX_PATH] = L"-";
   if (list) SHGetPathFromIDListW(static_cast<PCIDLIST_ABSOLUTE>(list.Get()), path);
   return path;
-}
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
 }
 
 // A folder that parses as the test says.
@@ -89,6 +85,12 @@ TEST(IdListFromPath, GivesTheRealListOfEveryFormOfAPath) {
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, L"c:\\")), L"C:\\");
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, file)), file);
   EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, file, GetDesktopWindow())), file);
+  wchar_t windows[MAX_PATH];
+  GetWindowsDirectoryW(windows, MAX_PATH);
+  for (const HWND dialogs : {HWND{}, GetDesktopWindow()}) {
+    EXPECT_EQ(PathOf(GetIdListFromPath(nullptr, L"shell:Windows", dialogs)), windows);
+    EXPECT_FALSE(GetIdListFromPath(nullptr, L"shell:No such folder", dialogs));
+  }
   // In a folder the name is relative, and so is the list.
   const TUniqueItemIdList parent = GetIdListFromPath(nullptr, temp.PathOf(L"Dir"));
   ComPtr<IShellFolder> folder;

@@ -1,6 +1,7 @@
 #include <core/ShellFolderSource.h>
 
 #include <core/PathUtils.h>
+#include <doubles/Crash.h>
 #include <doubles/FakeShellFolder.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/Handles.h>
@@ -146,7 +147,7 @@ protected:
 
 TEST_F(ForeignRoot, ThatFailsOrCrashesInParsingGivesAnError) {
   fApi->SHParseDisplayName = [](PCWSTR, IBindCtx*, PIDLIST_ABSOLUTE*, SFGAOF, SFGAOF*) -> HRESULT {
-    *reinterpret_cast<volatile int*>(16) = 1;
+    test::Crash();
     return S_OK;
   };
   EXPECT_EQ(Open(L"::{foreign}"), E_FAIL);

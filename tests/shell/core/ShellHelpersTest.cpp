@@ -3,6 +3,7 @@
 #include <core/ShellLibrary.h>
 #include <core/SpecialFolderPath.h>
 
+#include <doubles/Crash.h>
 #include <doubles/FakeShellFolder.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/InterfacedObject.h>
@@ -21,12 +22,8 @@
 namespace kiv {
 namespace {
 
+using test::Crash;
 using test::ScopedTempFolder;
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
-}
 
 TEST(ReparsePoint, MostThingsAreNone) {
   EXPECT_TRUE(IsReparsePoint(DWORD{FILE_ATTRIBUTE_REPARSE_POINT | FILE_ATTRIBUTE_DIRECTORY}));
@@ -50,6 +47,12 @@ TEST(ReparsePoint, IsTheLinkAndNotItsTarget) {
   }
   EXPECT_TRUE(IsReparsePoint(link));
   EXPECT_TRUE(IsReparsePoint(link + L"\\"));
+  // Neither the current folder of its drive nor what is first in it counts.
+  const std::wstring before = TPathUtils::GetCurrentDir();
+  ASSERT_TRUE(SetCurrentDirectoryW(link.c_str()));
+  EXPECT_FALSE(IsReparsePoint(link.substr(0, 3)));
+  SetCurrentDirectoryW(before.c_str());
+  EXPECT_FALSE(IsReparsePoint(link + L"\\*"));
   EXPECT_FALSE(IsReparsePoint(link + L"\\file"));
 }
 

@@ -121,6 +121,10 @@ TEST(PostKey, AWindowGetsTheKeyAndSeesTheModifiers) {
   EXPECT_EQ(TKeyWindow::Take(), (TKeys{L"+115 shift ctrl", L"-115 shift ctrl"}));
   EXPECT_TRUE(PostKeyToHWND(window.Get(), VK_F4, {ssAlt}, false));
   EXPECT_EQ(TKeyWindow::Take(), (TKeys{L"+115 sys", L"-115 sys"}));
+  // Nor by what was typed before.
+  PostMessageW(window.Get(), WM_KEYDOWN, VK_DELETE, 0);
+  EXPECT_TRUE(PostKeyToHWND(window.Get(), VK_INSERT, {ssShift}, false));
+  EXPECT_EQ(TKeyWindow::Take(), (TKeys{L"+46", L"+45 shift", L"-45 shift"}));
   // And not longer than that.
   EXPECT_GE(GetKeyState(VK_SHIFT), 0);
   EXPECT_GE(GetKeyState(VK_CONTROL), 0);

@@ -194,6 +194,21 @@ TEST_F(FileStorage, CopiesAndMovesTrees) {
   EXPECT_EQ(Elements(from.Get()), (std::map<std::wstring, DWORD>{{L"empty", Storage}, {L"one", Stream}}));
 }
 
+TEST_F(FileStorage, KnowsAFolderUnderItsShortName) {
+  const std::wstring folder = fTemp.MakeFolder(L"folder with a long name");
+  Write(Below(fStorage.Get(), L"folder with a long name").Get(), L"one", "1");
+  const std::wstring inside = fTemp.MakeFolder(L"folder with a long name\\sub");
+  wchar_t short_path[MAX_PATH];
+  ASSERT_LT(GetShortPathNameW(inside.c_str(), short_path, MAX_PATH), DWORD{MAX_PATH});
+  ComPtr<IStorage> from;
+  ComPtr<IStorage> to;
+  ASSERT_EQ(CreateFileStorage(folder, from), S_OK);
+  ASSERT_EQ(CreateFileStorage(short_path, to), S_OK);
+  EXPECT_EQ(from->CopyTo(0, nullptr, nullptr, to.Get()), STG_E_ACCESSDENIED);
+  EXPECT_EQ(fStorage->MoveElementTo(L"folder with a long name", to.Get(), L"x", STGMOVE_COPY), STG_E_ACCESSDENIED);
+  EXPECT_TRUE(Elements(to.Get()).empty());
+}
+
 TEST_F(FileStorage, LeavesOutWhatIsExcluded) {
   fTemp.MakeFile(L"from\\one");
   fTemp.MakeFile(L"from\\two");

@@ -1,15 +1,19 @@
 #include <platform/DpiAwareness.h>
 #include <platform/Execute.h>
+#include <platform/Handles.h>
+#include <platform/PumpingWait.h>
 #include <platform/ShellApi.h>
 #include <platform/SystemStrings.h>
 #include <platform/TempPath.h>
 #include <platform/Wow64.h>
 
+#include <doubles/Crash.h>
+
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -17,11 +21,6 @@ namespace kiv {
 namespace {
 
 using enum TDpiAwareness;
-
-void Crash() {
-  auto* volatile nowhere = reinterpret_cast<volatile int*>(std::uintptr_t{0x10});
-  *nowhere = 1;
-}
 
 TEST(DpiAwareness, IsTheThreadsThenTheProcessesThenNone) {
   static DPI_AWARENESS_CONTEXT current;
@@ -66,19 +65,6 @@ TEST(DpiAwareness, IsTheThreadsThenTheProcessesThenNone) {
   EXPECT_EQ(GetDpiAwareness(), dpiUnaware);
 }
 
-TEST(DarkMode, NeedsBothFunctions) {
-  ScopedShellApi api;
-  const auto allow = [](HWND, bool) { return true; };
-  const auto should = [] { return true; };
-  for (const bool has_allow : {false, true}) {
-    for (const bool has_should : {false, true}) {
-      api->AllowDarkModeForWindow = has_allow ? +allow : nullptr;
-      api->ShouldAppsUseDarkMode = has_should ? +should : nullptr;
-      EXPECT_EQ(IsDarkModeSupported(), has_allow && has_should);
-    }
-  }
-}
-
 TEST(SystemStrings, AreThePlatformsOrTheDefault) {
   // Which texts there are differs: any that the library has will do.
   wchar_t buffer[1000];
@@ -101,6 +87,20 @@ TEST(Execute, WaitsForTheProcessAndReadsItsCode) {
   code = 99;
   EXPECT_EQ(RunShellExecuteEx(L"cmd.exe", L"/c exit 3", false, &code), S_OK);
   EXPECT_EQ(code, 99U);
+}
+
+TEST(PumpingWait, AnswersWhatWasSentBeforeTheWaitAndHasBeenSeen) {
+  const HWND window = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+  ASSERT_TRUE(window);
+  const TUniqueHandle answered(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+  std::thread sender([&] {
+    SendMessageW(window, WM_NULL, 0, 0);
+    SetEvent(answered.Get());
+  });
+  while ((HIWORD(GetQueueStatus(QS_SENDMESSAGE)) & QS_SENDMESSAGE) == 0) SwitchToThread();
+  EXPECT_TRUE(AwaitAnsweringMessages(answered.Get(), 0, true));
+  sender.join();
+  DestroyWindow(window);
 }
 
 TEST(Execute, AsksThePlatformAndClosesWhatItGets) {
@@ -140,7 +140,7 @@ TEST(Execute, FailuresAreAnswered) {
   };
   EXPECT_EQ(RunShellExecuteEx(L"x", L"", true), E_FAIL);
   api->ShellExecuteExW = [](SHELLEXECUTEINFOW*) -> WINBOOL {
-    Crash();
+    test::Crash();
     return TRUE;
   };
   EXPECT_EQ(RunShellExecuteEx(L"x", L"", true), E_FAIL);
