@@ -8,6 +8,7 @@
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Exceptions.h>
 #include <platform/MainThread.h>
+#include <platform/fill/Revalidation.h>
 
 #include <gtest/gtest.h>
 
@@ -267,6 +268,26 @@ TEST_F(ItemIdList, SeesWhatHasGoneOrChanged) {
   EXPECT_EQ(TKivItemIdList::Create(item.Get())->Path(), path);
   EXPECT_TRUE(TKivItemIdList::Create(item.Get())->Reload());
 
+  // A name that file calls would take for another.
+  const std::wstring odd = LR"(\\?\)" + fTemp.PathOf(L"odd. ");
+  CloseHandle(CreateFileW(odd.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+  const auto bound = folder.MaybeAs<IShellFolder>();
+  ComPtr<IEnumIDList> objects;
+  ASSERT_EQ(bound->EnumObjects(nullptr, SHCONTF_NONFOLDERS, &objects), S_OK);
+  int seen = 0;
+  for (PITEMID_CHILD child = nullptr; objects->Next(1, &child, nullptr) == S_OK; ++seen) {
+    const auto list = TKivItemIdList::Create(bound.Get(), child);
+    ILFree(child);
+    const auto item = list->ShellItem();
+    TUniqueItemIdList found;
+    EXPECT_EQ(Revalidate(item.Get(), found), S_OK) << testing::PrintToString(list->Path());
+    EXPECT_TRUE(found);
+    if (list->Name() == L"here.txt") continue;
+    DeleteFileW(odd.c_str());
+    EXPECT_TRUE(FAILED(Revalidate(item.Get(), found)));
+  }
+  EXPECT_EQ(seen, 2);
+
   std::filesystem::resize_file(path, 5'000);
   EXPECT_TRUE(file->Reload());
   EXPECT_FALSE(file->IsInvalid());
@@ -358,6 +379,7 @@ TEST_F(ItemIdList, FindsSpecialFolders) {
   EXPECT_EQ(network->SpecialFolder(), SF_NETWORK);
   EXPECT_TRUE(network->IsSlow() && network->Reload());
 
+  EXPECT_FALSE(GetPathFromSpecialFolder(SF_PERSONAL).ends_with(L'\\'));
   const auto windows = List(GetPathFromSpecialFolder(SF_WINDOWS));
   EXPECT_EQ(windows->SpecialFolder(), SF_WINDOWS);
   EXPECT_TRUE(windows->IsSpecialFolder(SF_WINDOWS));
