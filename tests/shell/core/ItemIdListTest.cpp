@@ -204,6 +204,22 @@ TEST_F(ItemIdList, AnswersForNothing) {
   EXPECT_FALSE(List(gone)->IsInvalid());
 }
 
+TEST_F(ItemIdList, HasWholeNamesOrIsInvalidWhereShellsEnd) {
+  for (const std::size_t length : {250U, 259U, 260U, 261U, 280U}) {
+    SCOPED_TRACE(length);
+    const std::wstring name(length - fTemp.Path().size() - 1, L'n');
+    const std::wstring path = fTemp.PathOf(name);
+    ASSERT_TRUE(CreateDirectoryW((LR"(\\?\)" + path).c_str(), nullptr));
+    const auto list = List(path);
+    EXPECT_EQ(list->DisplayPath(), path);
+    if (list->IsInvalid() && length >= MAX_PATH) continue;
+    const auto copy = TKivItemIdList::Create(list->WindowsPointer(), iloCopyMemory);
+    EXPECT_EQ(copy->Path(), path);
+    EXPECT_EQ(copy->DisplayName(dnfInFolder), name);
+    EXPECT_TRUE(copy->Reload());
+  }
+}
+
 TEST_F(ItemIdList, KnowsTheDesktop) {
   const auto desktop = TKivItemIdList::CreateForSpecialFolder(SF_DESKTOP, true);
   EXPECT_EQ(desktop->Depth(), 0);
