@@ -288,6 +288,23 @@ TEST_F(ItemIdListFakes, ComparesCanonicallyInsideQuickAccess) {
   EXPECT_FALSE(TKivItemIdList::Create(L"shell:desktop")->Equals(Scripted(2).Get(), ilcDisplay)) << "not resolved yet";
 }
 
+TEST_F(ItemIdListFakes, LeadsOutOfQuickAccessByPath) {
+  // Real lists, one below the other: the platform tells by its own means.
+  const auto drives = TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, false);
+  const auto drive = TKivItemIdList::Create(LR"(C:\)");
+  ASSERT_TRUE(drives->IsParentOf(drive.Get(), false, ilcExact));
+  std::wstring path = LR"(C:\pinned)";
+  const ScopedFakeShell shell({.parse = [&](const std::wstring&) { return ILClone(drives->WindowsPointer()); },
+                               .path = [&](PCIDLIST_ABSOLUTE) { return path; }});
+  const auto inside = [&] { return TKivItemIdList::Create(drive->WindowsPointer(), iloForeignOwned); };
+  const auto pinned = inside();
+  const auto target = pinned->LinkTarget();
+  EXPECT_NE(target, pinned);
+  EXPECT_EQ(target->DisplayPath(), path);
+  path.clear();
+  EXPECT_TRUE(inside()->LinkTarget()->IsInvalid()) << "no path isn't the folder of the drives";
+}
+
 TEST_F(ItemIdListFakes, TellsSlowPlaces) {
   ScopedFakeShell shell({.parse = [](const std::wstring&) { return MakeUpList(2); }});
   shell->GetDriveTypeW = [](LPCWSTR path) -> UINT { return *path == L'Z' ? DRIVE_REMOTE : DRIVE_FIXED; };
