@@ -52,7 +52,8 @@ struct IItemIdList : IUnknown {
   virtual std::wstring DisplayName(TItemIdListDisplayNameFormat pDisplayFormat) = 0;
   /// The file's name; for a drive its path; empty for a virtual object.
   virtual std::wstring Name() = 0;
-  /// What to show as the object's path; for an invalid list that knows where it was meant to point, that.
+  /// What to show as the object's path; for an invalid list that knows where it was meant to point, that. Raises as
+  /// DisplayName does.
   virtual std::wstring DisplayPath() = 0;
   /// Where a shell link or an item of Quick Access leads; otherwise, and for a link that leads nowhere, the list
   /// itself.

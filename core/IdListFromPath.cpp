@@ -152,6 +152,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   // Some shells make an item of whatever stands there.
   GUID folder_class;
   if (path.starts_with(ClassPrefix) && !ReadGuid(path, ClassPrefix.size() - 1, folder_class)) return {};
+  if (IsFullPath(path) && !ShellTakesPath(path)) return {};
   const ScopedErrorMode mode;
   const ScopedWow64FsRedirectionOff real_folders;
 
@@ -167,6 +168,10 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   // A name relative to a folder isn't one relative to the current directory.
   if (!list && (!pShellFolder || IsFullPath(path))) list = ListFromDisk(path);
   return list;
+}
+
+bool ShellTakesPath(std::wstring_view pPath) {
+  return pPath.size() < MAX_PATH || !ShellApi().wine_get_version;
 }
 
 } // namespace kiv

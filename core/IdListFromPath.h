@@ -23,4 +23,8 @@ namespace kiv {
 KIV_EXPORT TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_view pPath,
                                                HWND pWindowHandleForLogonDialog = nullptr);
 
+/// False for a path that is too long for this shell's items. Wine's shell makes items of paths beyond 260 characters,
+/// but cuts their names, and damages memory when it is asked about what lies below.
+bool ShellTakesPath(std::wstring_view pPath);
+
 } // namespace kiv

@@ -73,6 +73,8 @@ std::wstring PlatformPath(PCIDLIST_ABSOLUTE list) {
   path.resize(any ? path.find(L'\0') : 0);
   // Some systems give a class identifier for an object that has no path.
   if (TKivPathList::IsFolderClassId(path)) path.clear();
+  // And some a delimiter at the end of a folder's.
+  if (TPathUtils::StartsWithDriveLetter(path)) path.resize(WithoutTrailingDelimiter(path).size());
   path.shrink_to_fit();
   return path;
 }
@@ -93,12 +95,18 @@ TKivItemIdList::TKivItemIdList(const TStart& pStart)
 
 TKivItemIdList::~TKivItemIdList() {
   delete fPIDLLock.load(std::memory_order_acquire);
-  if (!fShellItem || MainThread::IsCurrent()) return;
+  ReleaseShellItem();
+}
+
+// The item belongs to the main thread's apartment.
+void TKivItemIdList::ReleaseShellItem() noexcept {
+  if (!fShellItem) return;
+  ComPtr<IShellItem> item = std::move(fShellItem);
+  if (MainThread::IsCurrent()) return;
   try {
-    // The item belongs to the main thread's apartment.
-    MainThread::Queue([item = std::move(fShellItem)] {});
+    MainThread::Queue([item = std::move(item)] {});
   } catch (...) {
-    static_cast<void>(fShellItem.Detach()); // no memory: better kept for ever than released here
+    // No memory: then it ends here.
   }
 }
 
@@ -134,7 +142,7 @@ ComPtr<TKivItemIdList> TKivItemIdList::Create(std::wstring_view pPath, IShellFol
     start.failed = !list;
   } else if (pShellFolder || pWindowHandleForLogonDialog) {
     list = GetIdListFromPath(pShellFolder, pPath, pWindowHandleForLogonDialog);
-    start.failed = !list;
+    start.failed = !list && pShellFolder; // a whole path has its other forms left to be tried
   }
   start.list = list.Get();
   start.path = WithoutTrailingDelimiter(pPath);
@@ -180,10 +188,11 @@ void TKivItemIdList::SetPidl(PIDLIST_ABSOLUTE pItemIdList) {
   fItemIdList.Replace(pItemIdList);
   fSpecialFolder.store(SF_INVALID, std::memory_order_relaxed);
   fPath.Forget();
-  if (MainThread::IsCurrent()) fShellItem.Reset();
+  ReleaseShellItem();
 }
 
 void TKivItemIdList::SetShellItem(IShellItem* pShellItem) {
+  ReleaseShellItem();
   if (MainThread::IsCurrent()) fShellItem = pShellItem;
   fPath.Forget();
   // At once: other threads can't resolve from it later, since they must not touch it.
@@ -233,7 +242,7 @@ std::wstring TKivItemIdList::FindPath(PCIDLIST_ABSOLUTE pList) {
     if (!path.empty()) return path;
     path = ShellName(SIGDN_DESKTOPABSOLUTEEDITING);
     if (!TKivPathList::IsUncServer(path)) path.clear();
-  } catch (const std::exception&) {
+  } catch (...) {
     path.clear(); // no path is an answer; an extension that faults isn't worth more
   }
   return path;
@@ -297,8 +306,7 @@ ComPtr<IItemIdList> TKivItemIdList::Concat(IItemIdList* pItemIdList2) {
   return Create(TUniqueItemIdList(ILCombine(WindowsPointer(), pItemIdList2->WindowsPointer())));
 }
 
-// --- the shared invalid list
-// ------------------------------------------------------------------------------------------
+// --- the shared invalid list ----------------------------------------------------------------------------------------
 
 ComPtr<IItemIdList> EmptyIdList() {
   return SpecialFolders::FromCache(SF_FILESYSTEMFOLDER);

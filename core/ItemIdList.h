@@ -128,6 +128,7 @@ protected:
 private:
   static TStart FromPath(std::wstring_view pPath, IShellFolder* pShellFolder, HWND pWindow);
 
+  void ReleaseShellItem() noexcept;
   PIDLIST_ABSOLUTE MakeList();
   std::wstring FindPath(PCIDLIST_ABSOLUTE pList);
   bool IsDesktop() const noexcept;

@@ -82,14 +82,17 @@ bool TKivItemIdList::IsSlow() {
 }
 
 ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
-  if (IsParentOf(SF_QUICKACCESS, this, false)) return Create(DisplayPath());
+  if (IsParentOf(SF_QUICKACCESS, this, false)) {
+    const std::wstring path = DisplayPath();
+    if (path.empty()) return EmptyIdList(); // made from that it would be the drives
+    return Create(path);
+  }
   if (!HasAttributes(SFGAO_LINK)) return this;
   const ComPtr<IItemIdList> target = TShellLinkHelper::Resolve(this);
   return target ? target : this;
 }
 
-// --- binding
-// ----------------------------------------------------------------------------------------------------------
+// --- binding --------------------------------------------------------------------------------------------------------
 
 HRESULT TKivItemIdList::BindTo(REFGUID pHandler, IBindCtx* pContext, REFIID pIid, void** pObject) {
   const ComPtr<IShellItem> item = ShellItem();
@@ -147,8 +150,7 @@ HRESULT TKivItemIdList::QueryInterface(REFIID pIid, void** pObject) {
   }
 }
 
-// --- reload
-// -----------------------------------------------------------------------------------------------------------
+// --- reload ---------------------------------------------------------------------------------------------------------
 
 std::recursive_mutex& TKivItemIdList::ReloadLock() {
   std::recursive_mutex* lock = fPIDLLock.load(std::memory_order_acquire);

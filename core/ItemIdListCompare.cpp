@@ -15,12 +15,18 @@ namespace {
 constexpr SICHINTF CanonicalHint = static_cast<SICHINTF>(SICHINT_CANONICAL);
 static_assert(SICHINT_CANONICAL == SHCIDS_CANONICALONLY);
 
-// Two lists that the user may know by their paths: the desktop has the path of its folder on disk, and isn't it.
+// What the user may know a list by. The desktop has the path of its folder on disk, and isn't it.
+std::wstring UsersPath(IItemIdList* list) {
+  if (list->IsSpecialFolder(SF_DESKTOP)) return {};
+  std::wstring path = list->Path();
+  // Now that it is resolved.
+  return list->IsSpecialFolder(SF_DESKTOP) ? std::wstring() : path;
+}
+
 bool GetPaths(IItemIdList* a, IItemIdList* b, std::wstring& a_path, std::wstring& b_path) {
-  if (a->IsSpecialFolder(SF_DESKTOP) || b->IsSpecialFolder(SF_DESKTOP)) return false;
-  a_path = a->Path();
+  a_path = UsersPath(a);
   if (a_path.empty()) return false;
-  b_path = b->Path();
+  b_path = UsersPath(b);
   return !b_path.empty();
 }
 
@@ -109,8 +115,7 @@ bool TKivItemIdList::IsNetworkPidl(IItemIdList* pFullPidl) {
   return IsParentOf(SF_NETWORK, pFullPidl, true);
 }
 
-// --- special folders
-// --------------------------------------------------------------------------------------------------
+// --- special folders ------------------------------------------------------------------------------------------------
 
 bool TKivItemIdList::IsSpecialFolder(TKivShellFolder pSpecialFolderToCheck) {
   if (pSpecialFolderToCheck == SF_DESKTOP) return IsDesktop();
@@ -132,7 +137,6 @@ TKivShellFolder TKivItemIdList::SpecialFolder() {
 TKivShellFolder TKivItemIdList::TestForSpecialFolder(TKivShellFolders pFoldersToTest) {
   if (IsInvalid()) return SF_INVALID;
   const TKivShellFolder found = CompareWithTable(pFoldersToTest);
-  if (found == SF_DESKTOP && Depth() > 0) return SF_DESKTOPDIRECTORY;
   if (found != SF_INVALID) return found;
   return pFoldersToTest.IsEmpty() && !Path().empty() ? SF_FILESYSTEMFOLDER : SF_UNKNOWN;
 }

@@ -64,7 +64,12 @@ std::wstring TKivItemIdList::ShellName(SIGDN pKind) {
 }
 
 std::wstring TKivItemIdList::Name() {
-  std::wstring path = ShellName(SIGDN_FILESYSPATH);
+  std::wstring path;
+  try {
+    path = ShellName(SIGDN_FILESYSPATH);
+  } catch (const EPathmereError&) {
+    // A shell that faults tells no name; the path may.
+  }
   // Some shells give a class identifier where there is no path.
   if (path.empty() || TKivPathList::IsFolderClassId(path)) path = Path();
   return IsDrive(path) ? path : ExtractFileName(path);

@@ -72,6 +72,7 @@ TUniqueItemIdList ChildOf(TKivItemIdList& folder, const std::wstring& name) {
 } // namespace
 
 ComPtr<IItemIdList> ResolveByParentPath(std::wstring_view pPath) {
+  if (!ShellTakesPath(pPath)) return EmptyIdList();
   const std::vector<TStep> steps = StepsUp(pPath);
   if (steps.empty()) return EmptyIdList();
   TUniqueItemIdList list;

@@ -24,6 +24,8 @@ namespace kiv {
 struct TShellApi {
   // ntdll
   LONG(WINAPI* RtlGetVersion)(OSVERSIONINFOW*) = nullptr;
+  /// Only Wine has it.
+  const char*(CDECL* wine_get_version)() = nullptr;
 
   // propsys
   INT(WINAPI* VariantCompare)(const VARIANT&, const VARIANT&) = nullptr;

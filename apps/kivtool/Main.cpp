@@ -80,7 +80,8 @@ kiv::TFileTime ToLocalTime(kiv::TFileTime pTime) {
 
 std::wstring ToFullPath(const std::wstring& pPath) {
   const bool drive = pPath.size() == 2 && pPath[1] == L':'; // its root, not its current folder
-  if (pPath.empty() || kiv::IsShellName(pPath) || drive || pPath.size() > kiv::LongestPath) return pPath;
+  const bool literal = pPath.starts_with(LR"(\\?\)");
+  if (pPath.empty() || kiv::IsShellName(pPath) || drive || literal || pPath.size() > kiv::LongestPath) return pPath;
   std::wstring full(kiv::LongestPath + 1, L'\0');
   const DWORD length = GetFullPathNameW(pPath.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
   if (length == 0 || length >= full.size()) return pPath;

@@ -19,9 +19,9 @@ HRESULT GetName(IShellItem* item, SIGDN kind, TUniqueTaskText& name) {
   return name ? S_OK : E_UNEXPECTED;
 }
 
-// A path that is too long for plain file calls, in the form that they take.
+// The form of a path that file calls take literally: it may be long, or end with a blank or dot.
 std::wstring FileCallForm(const std::wstring& path) {
-  if (path.size() < MAX_PATH - 12 || path.starts_with(LR"(\\?\)")) return path;
+  if (path.starts_with(LR"(\\?\)")) return path;
   return path.starts_with(LR"(\\)") ? LR"(\\?\UNC\)" + path.substr(2) : LR"(\\?\)" + path;
 }
 
@@ -31,24 +31,43 @@ HRESULT CheckDisk(const std::wstring& path) {
   return HRESULT_FROM_WIN32(GetLastError());
 }
 
+HRESULT Give(HRESULT hr, PIDLIST_ABSOLUTE raw, TUniqueItemIdList& list) {
+  list.Reset(raw);
+  if (FAILED(hr)) return hr;
+  return list ? S_OK : E_UNEXPECTED;
+}
+
+HRESULT Parse(IShellItem* item, TUniqueItemIdList& list) {
+  TUniqueTaskText name;
+  const HRESULT named = GetName(item, SIGDN_DESKTOPABSOLUTEPARSING, name);
+  if (FAILED(named)) return named;
+  PIDLIST_ABSOLUTE raw = nullptr;
+  const HRESULT hr = GuardedExport(ShellApi().SHParseDisplayName, name.Get(), nullptr, &raw, SFGAOF{0}, nullptr);
+  return Give(hr, raw, list);
+}
+
+HRESULT TakeOwn(IShellItem* item, TUniqueItemIdList& list) {
+  PIDLIST_ABSOLUTE raw = nullptr;
+  const HRESULT hr = GuardedExport(ShellApi().SHGetIDListFromObject, item, &raw);
+  return Give(hr, raw, list);
+}
+
 } // namespace
 
 HRESULT Revalidate(IShellItem* pItem, TUniqueItemIdList& pList) {
   pList.Reset();
   TUniqueTaskText path;
-  // Before the shell: some parse what isn't there. Others give a class identifier where there is no path.
-  if (SUCCEEDED(GetName(pItem, SIGDN_FILESYSPATH, path)) && !std::wstring_view(path.Get()).starts_with(L"::")) {
+  // Some systems give a class identifier where there is no path.
+  const bool on_disk =
+      SUCCEEDED(GetName(pItem, SIGDN_FILESYSPATH, path)) && !std::wstring_view(path.Get()).starts_with(L"::");
+  // Before the shell: some parse what isn't there.
+  if (on_disk) {
     const HRESULT there = CheckDisk(path.Get());
     if (FAILED(there)) return there;
   }
-  TUniqueTaskText name;
-  const HRESULT named = GetName(pItem, SIGDN_DESKTOPABSOLUTEPARSING, name);
-  if (FAILED(named)) return named;
-  PIDLIST_ABSOLUTE raw = nullptr;
-  const HRESULT hr = GuardedExport(ShellApi().SHParseDisplayName, name.Get(), nullptr, &raw, SFGAOF{0}, nullptr);
-  pList.Reset(raw);
-  if (FAILED(hr)) return hr;
-  return pList ? S_OK : E_UNEXPECTED;
+  const HRESULT parsed = Parse(pItem, pList);
+  // Nor does each parse all that is there: a name that ends with a dot.
+  return FAILED(parsed) && on_disk ? TakeOwn(pItem, pList) : parsed;
 }
 
 } // namespace kiv

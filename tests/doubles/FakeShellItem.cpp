@@ -102,6 +102,7 @@ ScopedFakeShell::ScopedFakeShell(TAnswers pAnswers) {
   gAnswers = std::move(pAnswers);
   gCalls = 0;
   SpecialFolders::Clear();
+  fApi->wine_get_version = nullptr; // what Wine's shell can't is no matter here
   fApi->SHCreateShellItem = &CreateItem;
   fApi->SHParseDisplayName = &ParseName;
   fApi->ILCreateFromPathW = &CreateFromPath;

@@ -158,6 +158,7 @@ TEST_F(ItemIdListFakes, SurvivesAShellThatFaults) {
   } catch (const EPathmereError& e) {
     EXPECT_TRUE(e.Message().ends_with(L" Internal data: FPath: -, fSpecialFolder: SF_INVALID, Valid"));
   }
+  EXPECT_EQ(list->Name(), L"");
   EXPECT_FALSE(list->Reload());
   EXPECT_EQ(list->Depth(), 3);
   EXPECT_TRUE(list->GetInfo(TItemIdListInfoLevel::Verbose).find(L"Collecting information caused an error: ") !=
@@ -252,6 +253,7 @@ TEST_F(ItemIdListFakes, ResolvesWhatIsTooLongThroughItsParents) {
   ASSERT_GE(parsed.size(), 2U);
   EXPECT_EQ(parsed.front(), LR"(\\?\C:\)" + std::wstring(30, L'a'));
   EXPECT_EQ(parsed.back(), LR"(C:\)" + std::wstring(30, L'a'));
+  EXPECT_EQ(TKivItemIdList::Create(parsed.front(), nullptr, GetDesktopWindow())->Depth(), 2);
 }
 
 TEST_F(ItemIdListFakes, ComparesCanonicallyInsideQuickAccess) {
@@ -277,11 +279,30 @@ TEST_F(ItemIdListFakes, ComparesCanonicallyInsideQuickAccess) {
     EXPECT_EQ(hints, std::vector<SICHINTF>{SICHINT_CANONICAL});
   }
   // Without items the desktop compares. The desktop's own path counts for nothing.
-  const ScopedFakeShell shell({.path = [](PCIDLIST_ABSOLUTE) { return std::wstring(LR"(C:\Desktop)"); }});
+  const ScopedFakeShell shell({.parse = [](const std::wstring&) { return MakeUpList(0); },
+                               .path = [](PCIDLIST_ABSOLUTE) { return std::wstring(LR"(C:\Desktop)"); }});
   EXPECT_TRUE(Scripted(3)->Equals(Scripted(2).Get(), ilcDisplay)) << "equal paths are enough";
   const auto desktop = TKivItemIdList::CreateForSpecialFolder(SF_DESKTOP, true);
   EXPECT_FALSE(desktop->Equals(Scripted(2).Get(), ilcDisplay));
   EXPECT_FALSE(Scripted(2)->Equals(desktop.Get(), ilcDisplay));
+  EXPECT_FALSE(TKivItemIdList::Create(L"shell:desktop")->Equals(Scripted(2).Get(), ilcDisplay)) << "not resolved yet";
+}
+
+TEST_F(ItemIdListFakes, LeadsOutOfQuickAccessByPath) {
+  // Real lists, one below the other: the platform tells by its own means.
+  const auto drives = TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, false);
+  const auto drive = TKivItemIdList::Create(LR"(C:\)");
+  ASSERT_TRUE(drives->IsParentOf(drive.Get(), false, ilcExact));
+  std::wstring path = LR"(C:\pinned)";
+  const ScopedFakeShell shell({.parse = [&](const std::wstring&) { return ILClone(drives->WindowsPointer()); },
+                               .path = [&](PCIDLIST_ABSOLUTE) { return path; }});
+  const auto inside = [&] { return TKivItemIdList::Create(drive->WindowsPointer(), iloForeignOwned); };
+  const auto pinned = inside();
+  const auto target = pinned->LinkTarget();
+  EXPECT_NE(target, pinned);
+  EXPECT_EQ(target->DisplayPath(), path);
+  path.clear();
+  EXPECT_TRUE(inside()->LinkTarget()->IsInvalid()) << "no path isn't the folder of the drives";
 }
 
 TEST_F(ItemIdListFakes, TellsSlowPlaces) {
@@ -354,6 +375,17 @@ TEST_F(ItemIdListFakes, TheMainThreadsItemEndsThere) {
     EXPECT_EQ(made, 3);
   }).join();
   EXPECT_EQ(ended_on, std::thread::id()) << "not on the thread that let the list go";
+  MainThread::CheckSynchronize();
+  EXPECT_EQ(ended_on, std::this_thread::get_id());
+
+  // Nor may the item outlive the list that it was made for.
+  ended_on = {};
+  const auto replaced = Scripted();
+  EXPECT_TRUE(replaced->ShellItem());
+  std::jthread([&replaced] { replaced->SetPidl(MakeUpList(2)); }).join();
+  EXPECT_EQ(ended_on, std::thread::id());
+  const ComPtr<IShellItem> item = replaced->ShellItem();
+  EXPECT_EQ(made, 5) << "the new list has an item of its own";
   MainThread::CheckSynchronize();
   EXPECT_EQ(ended_on, std::this_thread::get_id());
 }

@@ -8,6 +8,7 @@
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Exceptions.h>
 #include <platform/MainThread.h>
+#include <platform/fill/Revalidation.h>
 
 #include <gtest/gtest.h>
 
@@ -203,6 +204,22 @@ TEST_F(ItemIdList, AnswersForNothing) {
   EXPECT_FALSE(List(gone)->IsInvalid());
 }
 
+TEST_F(ItemIdList, HasWholeNamesOrIsInvalidWhereShellsEnd) {
+  for (const std::size_t length : {250U, 259U, 260U, 261U, 280U}) {
+    SCOPED_TRACE(length);
+    const std::wstring name(length - fTemp.Path().size() - 1, L'n');
+    const std::wstring path = fTemp.PathOf(name);
+    ASSERT_TRUE(CreateDirectoryW((LR"(\\?\)" + path).c_str(), nullptr));
+    const auto list = List(path);
+    EXPECT_EQ(list->DisplayPath(), path);
+    if (list->IsInvalid() && length >= MAX_PATH) continue;
+    const auto copy = TKivItemIdList::Create(list->WindowsPointer(), iloCopyMemory);
+    EXPECT_EQ(copy->Path(), path);
+    EXPECT_EQ(copy->DisplayName(dnfInFolder), name);
+    EXPECT_TRUE(copy->Reload());
+  }
+}
+
 TEST_F(ItemIdList, KnowsTheDesktop) {
   const auto desktop = TKivItemIdList::CreateForSpecialFolder(SF_DESKTOP, true);
   EXPECT_EQ(desktop->Depth(), 0);
@@ -266,6 +283,26 @@ TEST_F(ItemIdList, SeesWhatHasGoneOrChanged) {
   const auto item = file->ShellItem();
   EXPECT_EQ(TKivItemIdList::Create(item.Get())->Path(), path);
   EXPECT_TRUE(TKivItemIdList::Create(item.Get())->Reload());
+
+  // A name that file calls would take for another.
+  const std::wstring odd = LR"(\\?\)" + fTemp.PathOf(L"odd. ");
+  CloseHandle(CreateFileW(odd.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
+  const auto bound = folder.MaybeAs<IShellFolder>();
+  ComPtr<IEnumIDList> objects;
+  ASSERT_EQ(bound->EnumObjects(nullptr, SHCONTF_NONFOLDERS, &objects), S_OK);
+  int seen = 0;
+  for (PITEMID_CHILD child = nullptr; objects->Next(1, &child, nullptr) == S_OK; ++seen) {
+    const auto list = TKivItemIdList::Create(bound.Get(), child);
+    ILFree(child);
+    const auto item = list->ShellItem();
+    TUniqueItemIdList found;
+    EXPECT_EQ(Revalidate(item.Get(), found), S_OK) << testing::PrintToString(list->Path());
+    EXPECT_TRUE(found);
+    if (list->Name() == L"here.txt") continue;
+    DeleteFileW(odd.c_str());
+    EXPECT_TRUE(FAILED(Revalidate(item.Get(), found)));
+  }
+  EXPECT_EQ(seen, 2);
 
   std::filesystem::resize_file(path, 5'000);
   EXPECT_TRUE(file->Reload());
@@ -358,6 +395,7 @@ TEST_F(ItemIdList, FindsSpecialFolders) {
   EXPECT_EQ(network->SpecialFolder(), SF_NETWORK);
   EXPECT_TRUE(network->IsSlow() && network->Reload());
 
+  EXPECT_FALSE(GetPathFromSpecialFolder(SF_PERSONAL).ends_with(L'\\'));
   const auto windows = List(GetPathFromSpecialFolder(SF_WINDOWS));
   EXPECT_EQ(windows->SpecialFolder(), SF_WINDOWS);
   EXPECT_TRUE(windows->IsSpecialFolder(SF_WINDOWS));
