@@ -1,5 +1,6 @@
 #include <platform/Signal.h>
 
+#include <platform/ApartmentWait.h>
 #include <platform/Exception.h>
 #include <platform/Handles.h>
 #include <platform/Types.h>
@@ -21,7 +22,7 @@ void TSignal::Set() noexcept {
 
 namespace {
 
-// Waits for the event, answering sent messages the while.
+// Waits for the event, answering sent messages the while, and calls into the apartment on a thread that serves one.
 bool WaitPumping(HANDLE event, std::uint64_t limit, bool endless) {
   const std::uint64_t start = GetTickCount64();
   for (;;) {
@@ -29,6 +30,9 @@ bool WaitPumping(HANDLE event, std::uint64_t limit, bool endless) {
     if (!endless && passed > limit) return WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
     const std::uint64_t left = endless ? 0 : limit - passed;
     const DWORD wait = endless ? INFINITE : static_cast<DWORD>(left < INFINITE ? left : INFINITE - 1);
+    if (ServesApartment()) {
+      if (const auto signalled = WaitServingApartment(event, wait)) return *signalled;
+    }
     switch (MsgWaitForMultipleObjectsEx(1, &event, wait, QS_SENDMESSAGE, 0)) {
     case WAIT_OBJECT_0:
       return true;
