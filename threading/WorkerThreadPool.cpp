@@ -329,7 +329,9 @@ void TWorkerThreadPool::SetMinWorkerThreads(int pValue) {
 
 // --- counted pools ---------------------------------------------------------------------------------------------------
 
-TWorkerThreadPoolRefCounted::~TWorkerThreadPoolRefCounted() = default;
+TWorkerThreadPoolRefCounted::~TWorkerThreadPoolRefCounted() {
+  EndAllThreads(); // while the object is still whole: its threads call its virtual operations
+}
 
 ComPtr<TWorkerThreadPoolRefCounted> TWorkerThreadPoolRefCounted::Construct(bool pInitializeCOM) {
   ComPtr<TWorkerThreadPoolRefCounted> pool;
