@@ -276,7 +276,10 @@ bool TCustomThreadPool::EndThreads(bool pForce) {
     delete this;
     return false;
   }
-  if (pForce) ForceAllThreadsToEnd();
+  if (pForce) {
+    ForceAllThreadsToEnd();
+    fTerminated = false; // also if the last thread couldn't say so itself
+  }
   ThreadApi().sleep(EndPause);
   CheckSynchronize(true);
   return true;

@@ -164,7 +164,7 @@ std::size_t TWorkerThreadPool::TerminateWorkItems() {
   const std::size_t dropped = fWorkerItemsQueue.Clear();
   std::size_t reached = dropped;
   if (dropped > 0 && fWorkerItemsQueue.Done(dropped)) {
-    TriggerAllWorkItemsDoneEvent();
+    TriggerAllWorkItemsDoneEvent(fTerminated);
   } else {
     ForEachThread([&reached](TKivThread& thread) {
       TWorkerThread* const worker = AsWorker(thread);
@@ -187,10 +187,10 @@ std::shared_ptr<const TAllWorkItemsFinished> TWorkerThreadPool::BeginAllWorkItem
   return event;
 }
 
-void TWorkerThreadPool::TriggerAllWorkItemsDoneEvent() noexcept {
+void TWorkerThreadPool::TriggerAllWorkItemsDoneEvent(bool pTerminated) noexcept {
   const auto event = BeginAllWorkItemsDone();
   if (!event) return;
-  detail::CallAllWorkItemsFinished(*event, fTerminated);
+  detail::CallAllWorkItemsFinished(*event, pTerminated);
   fWorkerItemsQueue.EndAllDone();
 }
 
@@ -305,7 +305,7 @@ void TWorkerThreadPool::TerminateAllThreads(bool pForce) {
   if (pForce) {
     const std::size_t dropped = fWorkerItemsQueue.Clear();
     const bool last = dropped > 0 && fWorkerItemsQueue.Done(dropped);
-    if (fLastItemKilled.exchange(false) || last) TriggerAllWorkItemsDoneEvent();
+    if (fLastItemKilled.exchange(false) || last) TriggerAllWorkItemsDoneEvent(true);
   }
   CheckSynchronize(true);
 }

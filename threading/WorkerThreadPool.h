@@ -119,7 +119,7 @@ private:
   void AddThread();
   void PauseIfPaused(TWorkerThread& pThread);
   std::shared_ptr<const TAllWorkItemsFinished> BeginAllWorkItemsDone();
-  void TriggerAllWorkItemsDoneEvent() noexcept;
+  void TriggerAllWorkItemsDoneEvent(bool pTerminated) noexcept;
 
   TWorkItemsQueue fWorkerItemsQueue;
   std::atomic<int> fMinWorkerThreads{1};
