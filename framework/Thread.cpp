@@ -22,7 +22,7 @@ constexpr std::chrono::milliseconds WaitSlice{10};
 struct TThread::TCore {
   std::mutex lock;
   std::unique_ptr<IPlatformThread> thread; // guarded by lock; null until Start
-  bool held = false;                       // guarded by lock
+  std::atomic<bool> held{false};           // written under lock
   std::condition_variable released;
   std::atomic<std::thread::id> id{}; // who runs it
   std::atomic<bool> ended{false};
@@ -158,7 +158,7 @@ bool TThread::ForceEnd() noexcept {
 
 bool TThread::IsSuspended() const noexcept {
   const std::lock_guard guard(fCore->lock);
-  return !fCore->thread || fCore->held;
+  return !fCore->thread || fCore->held.load();
 }
 
 void TThread::Suspend() noexcept {
@@ -167,8 +167,9 @@ void TThread::Suspend() noexcept {
 }
 
 void TThread::CheckSuspended() {
+  if (!fCore->held.load(std::memory_order_relaxed)) return;
   std::unique_lock guard(fCore->lock);
-  fCore->released.wait(guard, [this] { return !fCore->held; });
+  fCore->released.wait(guard, [this] { return !fCore->held.load(); });
 }
 
 void TThread::SetPriority(TThreadPriority pPriority) noexcept {

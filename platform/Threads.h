@@ -4,6 +4,7 @@
 #include <platform/Signal.h>
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -88,6 +89,10 @@ KIV_EXPORT bool SetCurrentThreadBackground(bool pBackground) noexcept;
 /// platform refuses, or if it has no apartments; LeaveApartment is called only after True.
 KIV_EXPORT bool EnterApartment(bool pFreeThreaded) noexcept;
 KIV_EXPORT void LeaveApartment() noexcept;
+
+/// A small number that spreads threads over places, so that they don't share one; two threads may have the same. Costs
+/// a few nanoseconds.
+KIV_EXPORT std::size_t ThreadNumberForSharing() noexcept;
 
 /// A variable of the process's environment, as it stands now.
 KIV_EXPORT std::optional<std::wstring> EnvironmentVariable(const wchar_t* pName);

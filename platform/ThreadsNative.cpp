@@ -2,6 +2,7 @@
 
 #include <platform/Text.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
@@ -91,6 +92,12 @@ bool EnterApartment(bool) noexcept {
 }
 
 void LeaveApartment() noexcept {}
+
+std::size_t ThreadNumberForSharing() noexcept {
+  static std::atomic<std::size_t> next{0};
+  static thread_local const std::size_t number = next.fetch_add(1, std::memory_order_relaxed);
+  return number;
+}
 
 std::optional<std::wstring> EnvironmentVariable(const wchar_t* pName) {
   const char* const value = std::getenv(ToUtf8(pName).c_str());

@@ -187,6 +187,10 @@ std::optional<bool> WaitServingApartment(HANDLE pObject, DWORD pLimit) noexcept 
   return std::nullopt;
 }
 
+std::size_t ThreadNumberForSharing() noexcept {
+  return GetCurrentThreadId() / 4; // the platform counts in steps of four
+}
+
 std::optional<std::wstring> EnvironmentVariable(const wchar_t* pName) {
   std::wstring value(GetEnvironmentVariableW(pName, nullptr, 0), L'\0');
   if (value.empty()) return std::nullopt;

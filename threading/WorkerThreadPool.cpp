@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::uint64_t CheckInterval = 400; // ms
 constexpr std::chrono::milliseconds LongestWait{500};
+constexpr int SpinsBeforeSleep = 200; // some microseconds
 // For a host that is a library.
 constexpr std::uint32_t LibraryHardTerminate = 40; // ms
 constexpr std::chrono::milliseconds LibraryPause{200};
@@ -198,6 +199,8 @@ void TWorkerThreadPool::TriggerAllWorkItemsDoneEvent(bool pTerminated) noexcept 
 
 // On a worker: waits for the next item. False if none came, and the worker is to look whether it shall end.
 bool TWorkerThreadPool::TakeWorkItem(TWorkerThread& pThread) {
+  // The next item is often about to come: a sleep and a wake-up cost more than a look around.
+  for (int spins = 0; spins < SpinsBeforeSleep && fWorkerItemsQueue.Length() == 0; ++spins) RelaxProcessor();
   ComPtr<IWorkItem> item;
   std::uint64_t start = 0;
   while (!fWorkerItemsQueue.TakeOrList(item, pThread.fWaker)) {

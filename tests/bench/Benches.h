@@ -6,7 +6,10 @@
 
 namespace kiv::bench {
 
+std::vector<TFigure> PoolFigures();
+#if defined(_WIN32)
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
+#endif
 
 } // namespace kiv::bench
