@@ -26,7 +26,7 @@ public:
 
 private:
   struct TImpl;
-  std::unique_ptr<TImpl> fImpl;
+  std::shared_ptr<TImpl> fImpl; // a Set may still be at its end when the waiter destroys the signal
 };
 
 } // namespace kiv

@@ -1,11 +1,15 @@
 #include <threading/WorkItemsQueue.h>
 
+#include <platform/Threads.h>
+
 #include <algorithm>
 #include <utility>
 
 namespace kiv {
 
 namespace {
+
+constexpr int TriesBeforeSleep = 100;
 
 void Wake(const TWorkItemsQueue::TWaker& waker) noexcept {
   if (waker) waker->Set();
@@ -14,6 +18,17 @@ void Wake(const TWorkItemsQueue::TWaker& waker) noexcept {
 } // namespace
 
 TWorkItemsQueue::~TWorkItemsQueue() = default;
+
+// The lock is held for some nanoseconds at a time: trying again is cheaper than to sleep and be woken.
+TWorkItemsQueue::TLock TWorkItemsQueue::Lock() const {
+  TLock guard(fLock, std::try_to_lock);
+  for (int tries = 0; !guard && tries < TriesBeforeSleep; ++tries) {
+    RelaxProcessor();
+    guard.try_lock();
+  }
+  if (!guard) guard.lock();
+  return guard;
+}
 
 // --- with the lock held ----------------------------------------------------------------------------------------------
 
@@ -46,7 +61,7 @@ TWorkItemsQueue::TWaker TWorkItemsQueue::NextWaker() {
 
 void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
   pItem->SetStatus(TTaskStatus::WaitingToRun);
-  TLock guard(fLock);
+  TLock guard = Lock();
   Push(std::move(pItem), pHighPriority);
   const TWaker waker = NextWaker();
   guard.unlock();
@@ -55,7 +70,7 @@ void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
 
 void TWorkItemsQueue::Add(const IWorkItems& pItems, bool pHighPriority) {
   for (const auto& item : pItems) item->SetStatus(TTaskStatus::WaitingToRun);
-  TLock guard(fLock);
+  TLock guard = Lock();
   for (const auto& item : pItems) Push(item, pHighPriority);
   const TWaker waker = NextWaker();
   guard.unlock();
@@ -64,27 +79,27 @@ void TWorkItemsQueue::Add(const IWorkItems& pItems, bool pHighPriority) {
 
 ComPtr<IWorkItem> TWorkItemsQueue::Dequeue() {
   if (Length() == 0) return nullptr;
-  const std::lock_guard guard(fLock);
+  const TLock guard = Lock();
   return fList.empty() ? nullptr : Pop();
 }
 
 std::size_t TWorkItemsQueue::Clear() {
   std::deque<ComPtr<IWorkItem>> dropped; // let go behind the lock: that is foreign code
-  const std::lock_guard guard(fLock);
+  const TLock guard = Lock();
   dropped.swap(fList);
   fLength.store(0, std::memory_order_relaxed);
   return dropped.size();
 }
 
 bool TWorkItemsQueue::ContainsWorkItem(int pTag, TWorkItemClass pClass) const {
-  const std::lock_guard guard(fLock);
+  const TLock guard = Lock();
   return std::any_of(fList.rbegin(), fList.rend(), [&](const ComPtr<IWorkItem>& item) {
     return (pTag == 0 || item->GetTag() == pTag) && (!pClass || pClass(*item));
   });
 }
 
 bool TWorkItemsQueue::ContainsWorkItem(REFIID pInterfaceId) const {
-  const std::lock_guard guard(fLock);
+  const TLock guard = Lock();
   return std::any_of(fList.rbegin(), fList.rend(),
                      [&](const ComPtr<IWorkItem>& item) { return Supports(*item, pInterfaceId); });
 }
@@ -92,7 +107,7 @@ bool TWorkItemsQueue::ContainsWorkItem(REFIID pInterfaceId) const {
 // --- workers ---------------------------------------------------------------------------------------------------------
 
 bool TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker) {
-  TLock guard(fLock);
+  TLock guard = Lock();
   const auto listed = std::find(fWaiting.begin(), fWaiting.end(), pWaker);
   if (fList.empty() || fAllWorkItemsDoneEventCount > 0) {
     if (listed == fWaiting.end()) fWaiting.push_back(pWaker);
@@ -107,7 +122,7 @@ bool TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker)
 }
 
 void TWorkItemsQueue::Leave(const TWaker& pWaker) {
-  TLock guard(fLock);
+  TLock guard = Lock();
   std::erase(fWaiting, pWaker);
   const TWaker waker = NextWaker();
   guard.unlock();
@@ -119,14 +134,14 @@ bool TWorkItemsQueue::Done(std::size_t pCount) noexcept {
 }
 
 bool TWorkItemsQueue::BeginAllDone() noexcept {
-  const std::lock_guard guard(fLock);
+  const TLock guard = Lock();
   if (fAllWorkItemsDoneEventCount > 0 || NotDone() > 0) return false;
   ++fAllWorkItemsDoneEventCount;
   return true;
 }
 
 void TWorkItemsQueue::EndAllDone() {
-  TLock guard(fLock);
+  TLock guard = Lock();
   --fAllWorkItemsDoneEventCount;
   const TWaker waker = NextWaker();
   guard.unlock();

@@ -84,16 +84,18 @@ public:
 private:
   using TLock = std::unique_lock<std::mutex>;
 
+  TLock Lock() const;
   void Push(ComPtr<IWorkItem> pItem, bool pHighPriority);
   ComPtr<IWorkItem> Pop();
   TWaker NextWaker();
 
-  mutable std::mutex fLock;
-  std::deque<ComPtr<IWorkItem>> fList;  // guarded by fLock
-  std::vector<TWaker> fWaiting;         // guarded by fLock
-  int fAllWorkItemsDoneEventCount = 0;  // guarded by fLock
+  // What changes with each item shares a cache line with the lock, and nothing else does.
+  alignas(64) mutable std::mutex fLock;
   std::atomic<std::size_t> fLength{0};  // of fList; written under fLock
   std::atomic<std::size_t> fNotDone{0}; // raised under fLock
+  int fAllWorkItemsDoneEventCount = 0;  // guarded by fLock
+  std::deque<ComPtr<IWorkItem>> fList;  // guarded by fLock
+  std::vector<TWaker> fWaiting;         // guarded by fLock
 };
 
 } // namespace kiv
