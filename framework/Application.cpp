@@ -7,6 +7,7 @@
 #include <platform/Text.h>
 #include <platform/Types.h>
 
+#include <memory>
 #include <utility>
 
 #if !defined(_WIN32)
@@ -38,12 +39,14 @@ void WriteException(const std::exception_ptr& exception) noexcept {
   }
 }
 
-// Touches no application: it may be shut down meanwhile, and another be there at the closure's turn.
-void QueueReport(const std::exception_ptr& exception) noexcept {
+// Touches no application: it may be shut down meanwhile, and another be there at the closure's turn. The exception is
+// moved over, so that it ends on the main thread and not wherever the last of two references happens to go.
+void QueueReport(std::exception_ptr exception) noexcept {
   try {
-    MainThread::Queue([exception] { ReportException(exception); });
+    const auto shared = std::make_shared<std::exception_ptr>(std::move(exception));
+    MainThread::Queue([shared] { ReportException(std::exchange(*shared, nullptr)); });
   } catch (...) {
-    WriteException(exception);
+    WriteException(std::current_exception());
   }
 }
 
@@ -80,7 +83,7 @@ void TApplication::HandleException(std::exception_ptr pException) noexcept {
     Dispatch(pException);
     return;
   }
-  QueueReport(pException);
+  QueueReport(std::move(pException));
 }
 
 void TApplication::Dispatch(const std::exception_ptr& pException) noexcept {
@@ -146,7 +149,7 @@ void ReportException(std::exception_ptr pException) noexcept {
   } else if (MainThread::IsCurrent()) {
     application->HandleException(std::move(pException));
   } else {
-    QueueReport(pException);
+    QueueReport(std::move(pException));
   }
 }
 

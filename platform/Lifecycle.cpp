@@ -3,6 +3,7 @@
 #include <platform/DebugOutput.h>
 #include <platform/Text.h>
 
+#include <atomic>
 #include <exception>
 #include <mutex>
 #include <utility>
@@ -23,7 +24,17 @@ TFinalizers& Finalizers() {
   return *finalizers;
 }
 
+std::atomic<bool> gHostIsLibrary{false};
+
 } // namespace
+
+void SetHostIsLibrary(bool pIsLibrary) noexcept {
+  gHostIsLibrary.store(pIsLibrary, std::memory_order_relaxed);
+}
+
+bool IsHostLibrary() noexcept {
+  return gHostIsLibrary.load(std::memory_order_relaxed);
+}
 
 void AtShutdown(std::function<void()> pFinalizer) {
   TFinalizers& all = Finalizers();

@@ -17,4 +17,10 @@ KIV_EXPORT void AtShutdown(std::function<void()> pFinalizer);
 /// afterwards: it comes up anew.
 KIV_EXPORT void Shutdown() noexcept;
 
+/// A host that is itself a library (a shell extension, a plug-in) says so before it uses anything else: it shares its
+/// process, so pools stay smaller, and they give their threads less time at the end, since the loader may be waiting.
+/// Any thread. False until set.
+KIV_EXPORT void SetHostIsLibrary(bool pIsLibrary) noexcept;
+KIV_EXPORT bool IsHostLibrary() noexcept;
+
 } // namespace kiv

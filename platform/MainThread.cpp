@@ -94,6 +94,10 @@ void RemoveQueuedEvents(const void* pOwner) {
   Instance().RemoveQueuedEvents(pOwner);
 }
 
+void DropCallsOf(std::thread::id pCaller) {
+  Instance().DropCallsOf(pCaller);
+}
+
 bool CheckSynchronize(std::chrono::milliseconds pTimeout) {
   return Instance().CheckSynchronize(pTimeout);
 }

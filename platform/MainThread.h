@@ -6,6 +6,7 @@
 #include <chrono>
 #include <exception>
 #include <functional>
+#include <thread>
 
 /// The one main thread of the process and the closures on their way to it.
 ///
@@ -26,6 +27,8 @@ KIV_EXPORT void Queue(std::function<void()> pProcedure, const void* pOwner = nul
 KIV_EXPORT void Synchronize(const std::function<void()>& pProcedure);
 /// Any thread: withdraws what `pOwner` has queued and what hasn't begun.
 KIV_EXPORT void RemoveQueuedEvents(const void* pOwner);
+/// For a thread that is ended by force: withdraws its Synchronize call if that hasn't begun. Any thread.
+KIV_EXPORT void DropCallsOf(std::thread::id pCaller);
 /// Main thread: runs what is queued. False on any other thread, or if nothing ran.
 KIV_EXPORT bool CheckSynchronize(std::chrono::milliseconds pTimeout = {});
 

@@ -39,7 +39,7 @@ bool TMainThreadQueue::IsMainThread() const noexcept {
 }
 
 void TMainThreadQueue::Queue(TProcedure pProcedure, const void* pOwner) {
-  Append({std::move(pProcedure), pOwner, nullptr});
+  Append({std::move(pProcedure), pOwner, nullptr, {}});
 }
 
 void TMainThreadQueue::Synchronize(const TProcedure& pProcedure) {
@@ -48,7 +48,7 @@ void TMainThreadQueue::Synchronize(const TProcedure& pProcedure) {
     return;
   }
   auto call = std::make_shared<TCall>();
-  Append({pProcedure, nullptr, call});
+  Append({pProcedure, nullptr, call, std::this_thread::get_id()});
   call->done.Wait();
   // Taken out: the exception lives and ends on this thread, whoever lets the call go last.
   if (const std::exception_ptr raised = std::exchange(call->raised, nullptr)) std::rethrow_exception(raised);
@@ -87,6 +87,19 @@ void TMainThreadQueue::RemoveQueuedEvents(const void* pOwner) {
   });
   std::move(kept, fEntries.end(), std::back_inserter(removed));
   fEntries.erase(kept, fEntries.end());
+}
+
+void TMainThreadQueue::DropCallsOf(std::thread::id pCaller) {
+  std::deque<TEntry> removed;
+  const std::lock_guard guard(fLock);
+  for (auto entry = fEntries.begin(); entry != fEntries.end();) {
+    if (entry->call && entry->caller == pCaller) {
+      removed.push_back(std::move(*entry));
+      entry = fEntries.erase(entry);
+    } else {
+      ++entry;
+    }
+  }
 }
 
 // The next entry. With none left, the posted road ends in the same breath, so that no Queue falls between.

@@ -67,6 +67,9 @@ public:
   void Synchronize(const TProcedure& pProcedure);
   /// Withdraws what an owner has queued and what hasn't begun. Synchronize calls stay.
   void RemoveQueuedEvents(const void* pOwner);
+  /// For a thread that is ended by force: withdraws its Synchronize call if that hasn't begun. Nobody waits for it any
+  /// more, and what the closure refers to may be gone with the thread.
+  void DropCallsOf(std::thread::id pCaller);
 
   /// On the main thread: runs all that is queued, waiting up to `pTimeout` for something to come, and says whether it
   /// ran anything. What a queued closure raises passes out; the rest stays queued. On another thread: False.
@@ -100,6 +103,7 @@ private:
     TProcedure procedure;
     const void* owner = nullptr;
     std::shared_ptr<TCall> call; // set for Synchronize
+    std::thread::id caller{};    // with `call`
   };
 
   void Append(TEntry pEntry);

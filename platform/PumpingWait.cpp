@@ -1,5 +1,7 @@
 #include <platform/PumpingWait.h>
 
+#include <platform/ApartmentWait.h>
+
 namespace kiv {
 
 bool AwaitAnsweringMessages(HANDLE pObject, std::uint64_t pLimit, bool pEndless) {
@@ -9,6 +11,9 @@ bool AwaitAnsweringMessages(HANDLE pObject, std::uint64_t pLimit, bool pEndless)
     if (!pEndless && passed > pLimit) return WaitForSingleObject(pObject, 0) == WAIT_OBJECT_0;
     const std::uint64_t left = pEndless ? 0 : pLimit - passed;
     const DWORD wait = pEndless ? INFINITE : static_cast<DWORD>(left < INFINITE ? left : INFINITE - 1);
+    if (ServesApartment()) {
+      if (const auto signalled = WaitServingApartment(pObject, wait)) return *signalled;
+    }
     // What the thread has heard of already, by GetQueueStatus, wants its answer no less than what is new.
     switch (MsgWaitForMultipleObjectsEx(1, &pObject, wait, QS_SENDMESSAGE, MWMO_INPUTAVAILABLE)) {
     case WAIT_OBJECT_0:

@@ -11,7 +11,7 @@ namespace kiv {
 ///
 /// On Windows a Wait answers messages that other threads send to windows of the waiting thread: without that it would
 /// hang every broadcast. Posted messages stay where they are, and with them calls that COM brings into the waiting
-/// thread's apartment.
+/// thread's apartment; but a thread that entered its apartment by EnterApartment (platform/Threads.h) lets those in.
 class KIV_EXPORT TSignal {
 public:
   TSignal();
@@ -26,7 +26,7 @@ public:
 
 private:
   struct TImpl;
-  std::unique_ptr<TImpl> fImpl;
+  std::shared_ptr<TImpl> fImpl; // a Set may still be at its end when the waiter destroys the signal
 };
 
 } // namespace kiv

@@ -11,14 +11,16 @@ struct TSignal::TImpl {
   bool set = false;
 };
 
-TSignal::TSignal() : fImpl(std::make_unique<TImpl>()) {}
+TSignal::TSignal() : fImpl(std::make_shared<TImpl>()) {}
 TSignal::~TSignal() = default;
 
 void TSignal::Set() noexcept {
-  // Notified under the lock: the waiter may destroy the signal as soon as it has the lock.
-  const std::lock_guard guard(fImpl->lock);
-  fImpl->set = true;
-  fImpl->changed.notify_one();
+  const std::shared_ptr<TImpl> impl = fImpl; // the waiter may destroy the signal as soon as it has the lock
+  {
+    const std::lock_guard guard(impl->lock);
+    impl->set = true;
+  }
+  impl->changed.notify_one(); // not under the lock, for which the woken thread would wait at once
 }
 
 void TSignal::Wait() noexcept {

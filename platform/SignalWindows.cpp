@@ -11,13 +11,14 @@ struct TSignal::TImpl {
   TUniqueHandle event{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
 };
 
-TSignal::TSignal() : fImpl(std::make_unique<TImpl>()) {
+TSignal::TSignal() : fImpl(std::make_shared<TImpl>()) {
   if (!fImpl->event) throw EException(L"No event could be made: the process is out of handles.");
 }
 TSignal::~TSignal() = default;
 
 void TSignal::Set() noexcept {
-  SetEvent(fImpl->event.Get());
+  const std::shared_ptr<TImpl> impl = fImpl;
+  SetEvent(impl->event.Get());
 }
 
 void TSignal::Wait() noexcept {

@@ -6,10 +6,13 @@
 
 namespace kiv::bench {
 
+#if defined(_WIN32)
 std::vector<TFigure> ListFigures();
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
+#endif
 /// Also natively.
 std::vector<TFigure> PathFigures();
+std::vector<TFigure> PoolFigures();
 
 } // namespace kiv::bench

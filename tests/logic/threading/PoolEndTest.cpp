@@ -1,0 +1,313 @@
+#include "PoolFixture.h"
+
+#include <doubles/ManualTime.h>
+#include <framework/Exceptions.h>
+#include <platform/DebugOutput.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace kiv::test {
+namespace {
+
+using PoolEnd = PoolTest;
+
+// What a worker is stuck in. Shared with it: it may come out after everything else is gone.
+struct TTrap {
+  TGate gate;
+  std::atomic<bool> spin{true};
+  std::atomic<bool> out{false};
+};
+
+// Lines written to the debugger's output.
+class TLines {
+public:
+  std::vector<std::wstring> Get() const {
+    const std::lock_guard guard(fLock);
+    return fLines;
+  }
+
+private:
+  mutable std::mutex fLock;
+  std::vector<std::wstring> fLines;
+  ScopedDebugSink fSink{[this](const std::wstring& line) {
+    const std::lock_guard guard(fLock);
+    fLines.push_back(line);
+  }};
+};
+
+class TStuckItem : public TBasicWorkItem {
+public:
+  explicit TStuckItem(std::shared_ptr<TTrap> pTrap) : fTrap(std::move(pTrap)) {}
+  void DoWork() override {
+    TTrap& trap = *fTrap; // no reference of this frame's own: it may never be given back
+    trap.gate.Open();
+    trap.gate.Pass();
+    while (trap.spin) {
+    }
+    trap.out = true;
+  }
+
+private:
+  std::shared_ptr<TTrap> fTrap;
+};
+
+TEST_F(PoolEnd, AWorkerThatIsStuckIsEndedByForceAfterItsTime) {
+  const long before = LiveObjects();
+  const auto trap = std::make_shared<TTrap>();
+  const TLines lines;
+  ManualTime time;
+  const ScopedThreadApi scope(time.Api());
+  std::optional<bool> all_done;
+  std::weak_ptr<TTrap> watch = trap;
+  ComPtr<TStuckItem> item = Make<TStuckItem>(trap);
+  {
+    TWorkerThreadPool pool;
+    pool.SetMaxRunningThreads(1);
+    pool.SetOnAllWorkItemsDone([&](bool terminated) { all_done = terminated; });
+    pool.AddWorkItem(item);
+    const auto waiting = Make<TProbe>();
+    pool.AddWorkItem(waiting);
+    trap->gate.AwaitArrivals();
+    const std::uint64_t start = time.Now();
+    pool.TerminateThreads(true);
+    EXPECT_GE(time.Now() - start, 3000U);
+    EXPECT_LE(time.Now() - start, 3100U);
+    EXPECT_EQ(pool.Count(), 0);
+    EXPECT_EQ(all_done, true) << "the event says that the pool was ended";
+    EXPECT_EQ(waiting->works, 0);
+    // The pool itself is as good as new.
+    const auto next = Make<TProbe>();
+    pool.AddWorkItem(next);
+    next->Wait();
+    EXPECT_EQ(next->works, 1);
+  }
+  EXPECT_EQ(item->GetStatus(), TTaskStatus::Canceled);
+  EXPECT_EQ(lines.Get(),
+            std::vector<std::wstring>{L"Terminating worker Thread with work itemTStuckItem the hard way."});
+  trap->spin = false;
+  // Where the thread was left behind, it goes when it comes out, and takes its reference along.
+  EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  item.Reset();
+  EXPECT_EQ(LiveObjects(), before) << "the item loses the pool's references";
+}
+
+TEST_F(PoolEnd, AThreadOfTheCallersIsEndedByForceToo) {
+  class TStuckThread : public TKivThread {
+  public:
+    explicit TStuckThread(std::shared_ptr<TTrap> pTrap) : fTrap(std::move(pTrap)) {}
+
+  protected:
+    void Execute() override {
+      TTrap& trap = *fTrap;
+      trap.gate.Pass();
+      while (trap.spin) {
+      }
+    }
+
+  private:
+    std::shared_ptr<TTrap> fTrap;
+  };
+  const auto trap = std::make_shared<TTrap>();
+  trap->gate.Open();
+  const TLines lines;
+  ManualTime time;
+  const ScopedThreadApi scope(time.Api());
+  unsigned long id = 0;
+  {
+    TThreadPool pool;
+    auto* const thread = new TStuckThread(trap);
+    pool.Add(thread);
+    trap->gate.AwaitArrivals();
+    id = thread->GetThreadId();
+  }
+  trap->spin = false;
+  EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  EXPECT_EQ(lines.Get(), std::vector<std::wstring>{L"Terminating Thread TStuckThread the hard way. Thread ID: " +
+                                                   std::to_wstring(id)});
+}
+
+TEST_F(PoolEnd, WorkersThatWaitForTheMainThreadOrSleepLeaveByThemselves) {
+  const TLines lines;
+  TGate gate;
+  int calls = 0;
+  {
+    TWorkerThreadPool pool;
+    pool.SetMaxRunningThreads(3);
+    pool.SetMinWorkerThreads(3);
+    pool.AddWorkItem(Make<TProbe>([&] {
+      gate.Pass();
+      TThread::Synchronize([&] { ++calls; });
+    }));
+    pool.AddWorkItem(TDelayedProcedure::Create([] { FAIL() << "it was withdrawn"; }, 3'600'000, true));
+    pool.AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+    gate.AwaitArrivals(2);
+    gate.Open();
+  }
+  EXPECT_EQ(calls, 1);
+  EXPECT_TRUE(lines.Get().empty()) << "nobody had to be forced";
+}
+
+TEST_F(PoolEnd, AThreadSleepsInStepsAndEndsInItsDelay) {
+  class TSleeper : public TKivThread {
+  protected:
+    void Execute() override { Delay(3'600'000); }
+  };
+  const TLines lines;
+  {
+    TThreadPool pool;
+    pool.Add(new TSleeper);
+    EXPECT_EQ(pool.RunningThreadCount(), 1);
+    EXPECT_EQ(pool.ThreadsNotTerminated(), 1);
+  }
+  EXPECT_TRUE(lines.Get().empty());
+}
+
+TEST_F(PoolEnd, APoolThatItsOwnWorkerFreesLeavesThatWorkerBehind) {
+  // The last reference goes in the work, in the delivery, in the event of the last item.
+  for (const int where : {0, 1, 2}) {
+    ComPtr<TWorkerThreadPoolRefCounted> pool = TWorkerThreadPoolRefCounted::Construct();
+    std::atomic<bool> gone{false};
+    const auto free = [&] {
+      pool.Reset();
+      gone = true;
+    };
+    const auto item = Make<TProbe>([&] {
+      if (where == 0) free();
+    });
+    item->onDone = [&] {
+      if (where == 1) free();
+    };
+    pool->SetOnAllWorkItemsDone([&, where](bool terminated) {
+      if (where == 2 && !terminated) free();
+    });
+    {
+      const auto keep = pool;
+      keep->AddWorkItem(item, TPriority::Normal);
+    }
+    PumpUntil([&] { return gone.load(); });
+    EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  }
+}
+
+TEST_F(PoolEnd, APoolMayFreeItselfWithItsLastThread) {
+  std::atomic<int> left{0};
+  auto* const pool = new TWorkerThreadPool;
+  pool->SetMinWorkerThreads(3);
+  pool->SetFreeOnLastThreadTermination(true);
+  pool->SetOnAllThreadsTerminated([&](TCustomThreadPool&) { ++left; });
+  TGate gate;
+  for (int i = 0; i < 3; ++i) pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+  gate.AwaitArrivals(3);
+  gate.Open();
+  pool->Dispose();
+  EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  EXPECT_EQ(left, 1);
+}
+
+TEST_F(PoolEnd, EachThreadsEndIsToldOnTheMainThread) {
+  int told = 0;
+  {
+    TWorkerThreadPool pool;
+    pool.SetMaxRunningThreads(2);
+    pool.SetMinWorkerThreads(2);
+    pool.SetOnThreadTerminated([&](TKivThread& thread) {
+      EXPECT_TRUE(MainThread::IsCurrent());
+      EXPECT_TRUE(thread.GetIsFinished());
+      ++told;
+    });
+    TGate gate;
+    for (int i = 0; i < 2; ++i) pool.AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+    gate.AwaitArrivals(2);
+    gate.Open();
+  }
+  EXPECT_EQ(told, 2);
+}
+
+TEST_F(PoolEnd, WhatIsAddedDuringASoftEndStartsBehindIt) {
+  TWorkerThreadPool pool;
+  pool.SetMaxRunningThreads(1);
+  TGate gate;
+  pool.AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+  gate.AwaitArrivals();
+  pool.Dispose();
+  const auto late = Make<TProbe>();
+  pool.AddWorkItem(late);
+  gate.Open();
+  late->Wait();
+  EXPECT_EQ(late->works, 1);
+}
+
+TEST_F(PoolEnd, AnItemIsRefusedOnceTheThreadsAreGone) {
+  // Somebody who comes as late as that: the destructor of what the pool's own event held.
+  struct TLate {
+    TWorkerThreadPool* pool = nullptr;
+    std::wstring* message = nullptr;
+    ~TLate() {
+      try {
+        pool->AddWorkItem(Make<TProbe>());
+      } catch (const EInvalidOperation& e) {
+        *message = e.Message();
+      }
+    }
+  };
+  std::wstring message;
+  {
+    TWorkerThreadPool pool;
+    auto late = std::make_shared<TLate>();
+    late->pool = &pool;
+    late->message = &message;
+    pool.SetOnAllWorkItemsDone([late](bool) {});
+    EXPECT_THROW(pool.AddWorkItem(nullptr), EInvalidArgument);
+  }
+  EXPECT_EQ(message, L"New workitems cannot be added to a threadpool that is destroying.");
+}
+
+TEST_F(PoolEnd, AQueuedCallThatRaisesDoesntKeepAPoolFromEnding) {
+  int reports = 0;
+  MainThread::SetExceptionHandler([&](std::exception_ptr) { ++reports; });
+  TGate gate;
+  {
+    TWorkerThreadPool pool;
+    for (int i = 0; i < 2; ++i) {
+      pool.AddWorkItem(Make<TProbe>([&] {
+        MainThread::Queue([] { throw std::runtime_error("queued"); });
+        gate.Pass();
+      }));
+    }
+    gate.AwaitArrivals(1);
+    gate.Open();
+  }
+  EXPECT_FALSE(MainThread::CheckSynchronize()) << "all that was queued has run";
+}
+
+TEST_F(PoolEnd, ExcessThreadsOfThePlainPoolWaitForTheirTurn) {
+  class TGated : public TKivThread {
+  public:
+    explicit TGated(TGate& pGate) : fGate(pGate) {}
+
+  protected:
+    void Execute() override { fGate.Pass(); }
+
+  private:
+    TGate& fGate;
+  };
+  TGate gates[3];
+  TThreadPool pool;
+  pool.SetMaxRunningThreads(1);
+  for (auto& gate : gates) pool.Add(new TGated(gate));
+  gates[0].AwaitArrivals();
+  EXPECT_EQ(pool.Count(), 3);
+  EXPECT_EQ(pool.RunningThreadCount(), 1);
+  for (auto& gate : gates) {
+    gate.AwaitArrivals();
+    gate.Open();
+  }
+  PumpUntil([&] { return !pool.ThreadsActive(); });
+}
+
+} // namespace
+} // namespace kiv::test

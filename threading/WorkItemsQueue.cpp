@@ -1,0 +1,151 @@
+#include <threading/WorkItemsQueue.h>
+
+#include <platform/Threads.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+constexpr int TriesBeforeSleep = 100;
+
+void Wake(const TWorkItemsQueue::TWaker& waker) noexcept {
+  if (waker) waker->Set();
+}
+
+} // namespace
+
+TWorkItemsQueue::~TWorkItemsQueue() = default;
+
+// The lock is held for some nanoseconds at a time: trying again is cheaper than to sleep and be woken.
+TWorkItemsQueue::TLock TWorkItemsQueue::Lock() const {
+  TLock guard(fLock, std::try_to_lock);
+  for (int tries = 0; !guard && tries < TriesBeforeSleep; ++tries) {
+    RelaxProcessor();
+    guard.try_lock();
+  }
+  if (!guard) guard.lock();
+  return guard;
+}
+
+// --- with the lock held ----------------------------------------------------------------------------------------------
+
+void TWorkItemsQueue::Push(ComPtr<IWorkItem> pItem, bool pHighPriority) {
+  if (pHighPriority) {
+    fList.push_back(std::move(pItem));
+  } else {
+    fList.push_front(std::move(pItem));
+  }
+  fLength.store(fList.size(), std::memory_order_relaxed);
+  fNotDone.fetch_add(1, std::memory_order_relaxed);
+}
+
+ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
+  ComPtr<IWorkItem> item = std::move(fList.back());
+  fList.pop_back();
+  fLength.store(fList.size(), std::memory_order_relaxed);
+  return item;
+}
+
+// The signal to set when the lock is free again, if somebody waits for what is there.
+TWorkItemsQueue::TWaker TWorkItemsQueue::NextWaker() {
+  if (fList.empty() || fWaiting.empty() || fAllWorkItemsDoneEventCount > 0) return nullptr;
+  TWaker waker = std::move(fWaiting.back());
+  fWaiting.pop_back();
+  return waker;
+}
+
+// --- items -----------------------------------------------------------------------------------------------------------
+
+void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
+  pItem->SetStatus(TTaskStatus::WaitingToRun);
+  TLock guard = Lock();
+  Push(std::move(pItem), pHighPriority);
+  const TWaker waker = NextWaker();
+  guard.unlock();
+  Wake(waker);
+}
+
+void TWorkItemsQueue::Add(const IWorkItems& pItems, bool pHighPriority) {
+  for (const auto& item : pItems) item->SetStatus(TTaskStatus::WaitingToRun);
+  TLock guard = Lock();
+  for (const auto& item : pItems) Push(item, pHighPriority);
+  const TWaker waker = NextWaker();
+  guard.unlock();
+  Wake(waker);
+}
+
+ComPtr<IWorkItem> TWorkItemsQueue::Dequeue() {
+  if (Length() == 0) return nullptr;
+  const TLock guard = Lock();
+  return fList.empty() ? nullptr : Pop();
+}
+
+std::size_t TWorkItemsQueue::Clear() {
+  std::deque<ComPtr<IWorkItem>> dropped; // let go behind the lock: that is foreign code
+  const TLock guard = Lock();
+  dropped.swap(fList);
+  fLength.store(0, std::memory_order_relaxed);
+  return dropped.size();
+}
+
+bool TWorkItemsQueue::ContainsWorkItem(int pTag, TWorkItemClass pClass) const {
+  const TLock guard = Lock();
+  return std::any_of(fList.rbegin(), fList.rend(), [&](const ComPtr<IWorkItem>& item) {
+    return (pTag == 0 || item->GetTag() == pTag) && (!pClass || pClass(*item));
+  });
+}
+
+bool TWorkItemsQueue::ContainsWorkItem(REFIID pInterfaceId) const {
+  const TLock guard = Lock();
+  return std::any_of(fList.rbegin(), fList.rend(),
+                     [&](const ComPtr<IWorkItem>& item) { return Supports(*item, pInterfaceId); });
+}
+
+// --- workers ---------------------------------------------------------------------------------------------------------
+
+bool TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker) {
+  TLock guard = Lock();
+  const auto listed = std::find(fWaiting.begin(), fWaiting.end(), pWaker);
+  if (fList.empty() || fAllWorkItemsDoneEventCount > 0) {
+    if (listed == fWaiting.end()) fWaiting.push_back(pWaker);
+    return false;
+  }
+  if (listed != fWaiting.end()) fWaiting.erase(listed);
+  pItem = Pop();
+  const TWaker waker = NextWaker();
+  guard.unlock();
+  Wake(waker);
+  return true;
+}
+
+void TWorkItemsQueue::Leave(const TWaker& pWaker) {
+  TLock guard = Lock();
+  std::erase(fWaiting, pWaker);
+  const TWaker waker = NextWaker();
+  guard.unlock();
+  Wake(waker);
+}
+
+bool TWorkItemsQueue::Done(std::size_t pCount) noexcept {
+  return fNotDone.fetch_sub(pCount, std::memory_order_acq_rel) == pCount;
+}
+
+bool TWorkItemsQueue::BeginAllDone() noexcept {
+  const TLock guard = Lock();
+  if (fAllWorkItemsDoneEventCount > 0 || NotDone() > 0) return false;
+  ++fAllWorkItemsDoneEventCount;
+  return true;
+}
+
+void TWorkItemsQueue::EndAllDone() {
+  TLock guard = Lock();
+  --fAllWorkItemsDoneEventCount;
+  const TWaker waker = NextWaker();
+  guard.unlock();
+  Wake(waker);
+}
+
+} // namespace kiv

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <platform/Export.h>
+#include <platform/Signal.h>
+#include <threading/WorkItem.h>
+
+#include <atomic>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace kiv {
+
+/// Asks whether an item is of a class: `&IsOfClass<TAsyncProcedure>`.
+using TWorkItemClass = bool (*)(IWorkItem&);
+template <typename T>
+bool IsOfClass(IWorkItem& pItem) {
+  return dynamic_cast<T*>(&pItem) != nullptr;
+}
+
+/// Whether an object offers an interface.
+inline bool Supports(IUnknown& pObject, REFIID pInterfaceId) {
+  void* found = nullptr;
+  if (FAILED(pObject.QueryInterface(pInterfaceId, &found))) return false;
+  static_cast<IUnknown*>(found)->Release();
+  return true;
+}
+
+/// The items of a pool that wait for a worker, the workers that wait for an item, and the count of what isn't done yet:
+/// the protocol of a pool, under one short lock. The model in docs/models is this class.
+///
+/// The last item of the list runs next. Normal items come in at the front, Highest ones at the end: Normal items run
+/// first-in first-out, Highest ones before all Normal ones and among themselves last-in first-out.
+///
+/// Nobody is woken in vain and nothing waits unseen: each worker that finds nothing leaves its own signal here before
+/// it sleeps; who adds an item takes the latest signal out and sets it; who takes an item while more remain does the
+/// same (so a batch needs one wake-up from its adder); and a worker that leaves with a wake-up in its hands passes it
+/// on.
+///
+/// While the event of the last item runs, nobody gets an item (`BeginAllDone`, `EndAllDone`).
+class KIV_EXPORT TWorkItemsQueue {
+public:
+  using TWaker = std::shared_ptr<TSignal>;
+
+  TWorkItemsQueue() = default;
+  ~TWorkItemsQueue();
+  TWorkItemsQueue(const TWorkItemsQueue&) = delete;
+  TWorkItemsQueue& operator=(const TWorkItemsQueue&) = delete;
+
+  /// Sets the item to WaitingToRun, counts it, and wakes a worker that waits.
+  void Add(ComPtr<IWorkItem> pItem, bool pHighPriority);
+  /// The same for each, in order, as one step.
+  void Add(const IWorkItems& pItems, bool pHighPriority);
+  /// The next item; empty if there is none.
+  ComPtr<IWorkItem> Dequeue();
+  /// Drops all that waits, and says how many that were. Their statuses stay; they still count as not done.
+  std::size_t Clear();
+  std::size_t Length() const noexcept { return fLength.load(std::memory_order_relaxed); }
+
+  /// `pTag` 0 and `pClass` null stand for any.
+  bool ContainsWorkItem(int pTag, TWorkItemClass pClass = nullptr) const;
+  bool ContainsWorkItem(REFIID pInterfaceId) const;
+
+  // --- for workers ---
+
+  /// The next item. With none to be had, the worker is listed as waiting: it sleeps on its signal and calls again, or
+  /// Leave.
+  bool TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker);
+  /// The worker won't take anything any more: it is listed no longer, and hands a wake-up on that was meant for it.
+  void Leave(const TWaker& pWaker);
+
+  /// How many items wait or run.
+  std::size_t NotDone() const noexcept { return fNotDone.load(std::memory_order_acquire); }
+  /// Items are done, or dropped. True if they were the last ones.
+  bool Done(std::size_t pCount = 1) noexcept;
+  /// True if the event of the last item is the caller's to raise: no other runs, and nothing has been added meanwhile.
+  /// EndAllDone follows then.
+  bool BeginAllDone() noexcept;
+  void EndAllDone();
+
+private:
+  using TLock = std::unique_lock<std::mutex>;
+
+  TLock Lock() const;
+  void Push(ComPtr<IWorkItem> pItem, bool pHighPriority);
+  ComPtr<IWorkItem> Pop();
+  TWaker NextWaker();
+
+  // What changes with each item shares a cache line with the lock, and nothing else does.
+  alignas(64) mutable std::mutex fLock;
+  std::atomic<std::size_t> fLength{0};  // of fList; written under fLock
+  std::atomic<std::size_t> fNotDone{0}; // raised under fLock
+  int fAllWorkItemsDoneEventCount = 0;  // guarded by fLock
+  std::deque<ComPtr<IWorkItem>> fList;  // guarded by fLock
+  std::vector<TWaker> fWaiting;         // guarded by fLock
+};
+
+} // namespace kiv

@@ -1,0 +1,111 @@
+#include <threading/WorkerThread.h>
+
+#include <framework/Application.h>
+#include <platform/Threads.h>
+#include <platform/TypeName.h>
+#include <threading/WorkerThreadPool.h>
+
+#include <mutex>
+#include <utility>
+
+namespace kiv {
+
+TWorkerThread::TWorkerThread(TWorkerThreadPool& pPool) : fPool(pPool) {}
+
+TWorkerThread::~TWorkerThread() {
+  Finish();
+  DropWorkItem();
+}
+
+ComPtr<IWorkItem> TWorkerThread::GetWorkItem() const {
+  const std::lock_guard guard(fWorkItemLock);
+  return fWorkItem;
+}
+
+void TWorkerThread::DropWorkItem() noexcept {
+  ComPtr<IWorkItem> dropped; // let go behind the lock: that is foreign code
+  const std::lock_guard guard(fWorkItemLock);
+  dropped.Swap(fWorkItem);
+}
+
+bool TWorkerThread::TerminateWorkItem() {
+  const ComPtr<IWorkItem> item = GetWorkItem();
+  if (!item) return false;
+  item->Cancel();
+  if (IsSuspended()) Start();
+  return true;
+}
+
+void TWorkerThread::TerminatedSet() {
+  TKivThread::TerminatedSet();
+  static_cast<void>(TerminateWorkItem());
+  fWaker->Set();
+}
+
+void TWorkerThread::SetPaused(bool pPaused) {
+  TKivThread::SetPaused(pPaused);
+  if (const ComPtr<IWorkItem> item = GetWorkItem()) {
+    item->TryChangeStatus(pPaused ? TTaskStatus::Paused : TTaskStatus::Running);
+  }
+}
+
+// Execute is the library's own code and says itself where it goes outside.
+void TWorkerThread::CallExecute() {
+  Execute();
+}
+
+void TWorkerThread::Execute() {
+  if (GetTerminated()) return;
+  fPool.PauseIfPaused(*this);
+  SetCurrentThreadName(fPool.IsGlobal() ? L"TWorkerThread in GlobalThreadPool" : UnqualifiedTypeName(typeid(*this)));
+  const bool in_apartment = fPool.GetInitializeCOM() && EnterApartment(false);
+  if (CallOutside([this] { fPool.DoNewThread(*this); })) {
+    while (CarryOn()) {
+    }
+  }
+  if (in_apartment) LeaveApartment();
+}
+
+// False when the thread is to end.
+bool TWorkerThread::CarryOn() {
+  if (GetTerminated()) return false;
+  if (!fPool.TakeWorkItem(*this)) return !IsLeftBehind();
+  if (!CallOutside([this] { RunWorkItem(); })) return false;
+  fCarriesItem = false;
+  if (!fPool.fWorkerItemsQueue.Done()) return true;
+  const auto event = fPool.BeginAllWorkItemsDone();
+  if (!event) return true;
+  fRunsEvent = true;
+  const bool terminated = fPool.fTerminated;
+  if (!CallOutside([&] { detail::CallAllWorkItemsFinished(*event, terminated); })) return false;
+  fRunsEvent = false;
+  fPool.fWorkerItemsQueue.EndAllDone();
+  return true;
+}
+
+void TWorkerThread::RunWorkItem() noexcept {
+  // Nothing but fWorkItem holds the item here: a thread that is ended by force takes no reference along.
+  IWorkItem& item = *fWorkItem.Get();
+  std::exception_ptr raised;
+  try {
+    if (item.GetStatus() != TTaskStatus::Canceled && item.TryChangeStatus(TTaskStatus::Running)) {
+      try {
+        item.DoWork();
+      } catch (...) {
+        raised = std::current_exception();
+      }
+      if (raised) {
+        item.SetStatus(TTaskStatus::Canceled);
+      } else if (item.GetStatus() != TTaskStatus::Canceled && item.TryChangeStatus(TTaskStatus::Completed)) {
+        item.Finished();
+      }
+    }
+  } catch (...) {
+    if (raised) ReportException(std::exchange(raised, nullptr));
+    raised = std::current_exception();
+  }
+  if (raised) ReportException(std::move(raised));
+  DropWorkItem();
+}
+
+} // namespace kiv
