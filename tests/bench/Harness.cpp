@@ -54,6 +54,7 @@ double Seconds(const std::function<void()>& pWork) {
 int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups) {
   std::set<std::string> known;
   for (const TFigure& figure : pFigures) known.insert(figure.group);
+  if (pGroups.size() == 2 && pGroups[0] == "--has") return known.contains(pGroups[1]) ? 0 : 1;
   for (const std::string& group : pGroups) {
     if (known.contains(group)) continue;
     std::fprintf(stderr, "kiv_bench: unknown group \"%s\"; there are:", group.c_str());
