@@ -30,7 +30,7 @@ inline bool Supports(IUnknown& pObject, REFIID pInterfaceId) {
 }
 
 /// The items of a pool that wait for a worker, the workers that wait for an item, and the count of what isn't done yet:
-/// the protocol of a pool, under one short lock. The model in docs/models is this class.
+/// the protocol of a pool, under one short lock. The model in tests/models is this class.
 ///
 /// The last item of the list runs next. Normal items come in at the front, Highest ones at the end: Normal items run
 /// first-in first-out, Highest ones before all Normal ones and among themselves last-in first-out.

@@ -3,12 +3,15 @@
 #include "InfoCommand.h"
 #include "ObjectText.h"
 #include "PathCommands.h"
+#include "PoolCommand.h"
 #include "WalkCommand.h"
 
 #include <platform/Exception.h>
 #include <platform/Text.h>
 #include <platform/Version.h>
 
+#include <algorithm>
+#include <iterator>
 #include <optional>
 
 namespace kivtool {
@@ -41,6 +44,17 @@ Usage:
   kivtool match [PATTERN NAME]
                                1 if the name matches the wildcard pattern, else 0
   kivtool compare [NAME NAME]  -1, 0 or 1: the order of names in the shell's lists
+  kivtool pool [OPTION...]     Load a worker pool with items that do nothing useful, and tell
+                               throughput, the time from adding an item to its start, and the
+                               count of threads over time.
+      --items N                how many items (100000)
+      --work US                microseconds that each computes (0)
+      --threads N              limit of threads (the pool's own)
+      --minimum N              threads that are started without asking the processors (1)
+      --batch N                items that are added at a time (1)
+      --highest PERCENT        items with priority Highest (0)
+      --cancel PERCENT         items that are cancelled once they are added (0)
+      --json                   one JSON object
   kivtool help                 Show this text.
   kivtool version              Show the library's version.
 
@@ -99,6 +113,49 @@ int Path(const std::vector<std::wstring>& arguments, TEnvironment& environment) 
   return RunTexts("path " + kiv::ToUtf8(arguments[0]), command, {arguments.begin() + 1, arguments.end()}, environment);
 }
 
+// A whole number from 0 to `most`.
+std::optional<int> NumberOf(const std::wstring& text, int most) {
+  int value = 0;
+  for (const wchar_t c : text) {
+    if (c < L'0' || c > L'9' || value > most / 10) return std::nullopt;
+    value = value * 10 + (c - L'0');
+  }
+  return text.empty() || value > most ? std::nullopt : std::optional(value);
+}
+
+int Pool(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  TPoolOptions options;
+  const struct {
+    const wchar_t* name;
+    int least;
+    int most;
+    int& value;
+  } numbers[] = {
+      {L"--items", 1, 10'000'000, options.items},   {L"--work", 0, 1'000'000, options.workMicroseconds},
+      {L"--threads", 1, 1000, options.threads},     {L"--minimum", 1, 1000, options.minimum},
+      {L"--batch", 1, 1'000'000, options.batch},    {L"--highest", 0, 100, options.highestPercent},
+      {L"--cancel", 0, 100, options.cancelPercent},
+  };
+  for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+    if (*argument == L"--json") {
+      options.json = true;
+      continue;
+    }
+    const auto* const number =
+        std::find_if(std::begin(numbers), std::end(numbers), [&](const auto& n) { return n.name == *argument; });
+    if (number == std::end(numbers)) return Misuse(environment, "pool: unknown option " + Quoted(*argument) + ".");
+    const std::optional<int> value =
+        argument + 1 == arguments.end() ? std::nullopt : NumberOf(argument[1], number->most);
+    if (!value || *value < number->least) {
+      return Misuse(environment, "pool: " + kiv::ToUtf8(number->name) + " takes a number from " +
+                                     std::to_string(number->least) + " to " + std::to_string(number->most) + ".");
+    }
+    number->value = *value;
+    ++argument;
+  }
+  return RunPool(options, environment);
+}
+
 int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
   if (arguments.empty()) return Misuse(environment, "no command given.");
   const std::wstring& command = arguments[0];
@@ -110,6 +167,7 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   if (command == L"path") return Path(rest, environment);
   if (command == L"match") return RunTexts("match", MatchCommand(), rest, environment);
   if (command == L"compare") return RunTexts("compare", CompareCommand(environment), rest, environment);
+  if (command == L"pool") return Pool(rest, environment);
   const bool help = command == L"help" || command == L"--help" || command == L"-h" || command == L"/?";
   const bool version = command == L"version" || command == L"--version";
   if (!help && !version) return Misuse(environment, "unknown command " + Quoted(command) + ".");

@@ -54,16 +54,16 @@ double Seconds(const std::function<void()>& pWork) {
 int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups) {
   std::set<std::string> known;
   for (const TFigure& figure : pFigures) known.insert(figure.group);
-  const bool here = !pGroups.empty() && pGroups[0] == "--here";
+  if (pGroups.size() == 2 && pGroups[0] == "--has") return known.contains(pGroups[1]) ? 0 : 1;
   for (const std::string& group : pGroups) {
-    if (here || known.contains(group)) continue;
+    if (known.contains(group)) continue;
     std::fprintf(stderr, "kiv_bench: unknown group \"%s\"; there are:", group.c_str());
     for (const std::string& name : known) std::fprintf(stderr, " %s", name.c_str());
     std::fputs("\n", stderr);
     return 2;
   }
   for (const TFigure& figure : pFigures) {
-    const bool all = pGroups.size() == (here ? 1U : 0U);
+    const bool all = pGroups.empty();
     if (!all && std::find(pGroups.begin(), pGroups.end(), figure.group) == pGroups.end()) continue;
     std::puts(Measure(figure).c_str());
     std::fflush(stdout);

@@ -25,7 +25,7 @@ double Seconds(const std::function<void()>& pWork);
 /// Measures each figure of the chosen groups (all, if none is named): the medians of interleaved runs, behind one that
 /// warms up. Prints one tab-separated line a figure:
 /// `group/name  ours  floor  ratio  budget  ok|over`. Returns the program's exit code; a group that doesn't exist is an
-/// error, unless the first name is "--here", for those that this build has; a figure over its budget is not.
+/// error, a figure over its budget is not. `--has GROUP` only says by the exit code whether there is such a group.
 int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups);
 
 } // namespace kiv::bench

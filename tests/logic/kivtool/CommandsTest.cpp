@@ -205,6 +205,23 @@ TEST_F(Commands, ComplaintsAreOneLineOfReadableTextWhateverWasTyped) {
   }
 }
 
+TEST_F(Commands, PoolTellsWhatBecameOfItsItems) {
+  EXPECT_EQ(Run({L"pool", L"--items", L"2000", L"--threads", L"2", L"--cancel", L"50", L"--highest", L"10", L"--batch",
+                 L"7", L"--json"}),
+            Succeeded);
+  const auto all = nlohmann::json::parse(fOut);
+  EXPECT_EQ(all["items"], 2000);
+  EXPECT_GT(all["ran"], 0);
+  EXPECT_LE(all["ran"], 2000);
+  EXPECT_GT(all["itemsPerSecond"], 0);
+  EXPECT_LE(all["latencyMicroseconds"]["median"], all["latencyMicroseconds"]["p99"]);
+  EXPECT_FALSE(all["threads"].empty());
+  for (const auto& step : all["threads"]) EXPECT_LE(step["count"], 2);
+  EXPECT_EQ(Run({L"pool", L"--items", L"10", L"--work", L"20"}), Succeeded);
+  EXPECT_TRUE(Lines()[0].ends_with("; 10 ran, 0 were cancelled before"));
+  EXPECT_TRUE(Lines()[2].starts_with("Threads:"));
+}
+
 TEST_F(Commands, TheCommandLineIsUnderstoodOrRefused) {
   const struct {
     std::vector<std::wstring> arguments;
@@ -216,6 +233,12 @@ TEST_F(Commands, TheCommandLineIsUnderstoodOrRefused) {
       {{L"walk"}, UsageError, "no path given"},
       {{L"walk", L"--color", L"C:\\"}, UsageError, "unknown option \"--color\""},
       {{L"walk", L"C:\\", L"D:\\"}, UsageError, "\"D:\\\" is one too many"},
+      {{L"pool", L"--frob"}, UsageError, "unknown option \"--frob\""},
+      {{L"pool", L"--items"}, UsageError, "--items takes a number from 1 to 10000000"},
+      {{L"pool", L"--items", L"0"}, UsageError, "--items takes"},
+      {{L"pool", L"--cancel", L"101"}, UsageError, "--cancel takes a number from 0 to 100"},
+      {{L"pool", L"--work", L"99999999999"}, UsageError, "--work takes"},
+      {{L"pool", L"--work", L"-1"}, UsageError, "--work takes"},
       {{L"walk", L"--", L"--json"}, Failed, "can't list \"--json\""},
       {{L"walk", L""}, Succeeded, "1 object, 1 folder"},
       {{L"path"}, UsageError, "no operation given: canonic, unify"},
