@@ -241,11 +241,15 @@ void TWorkerThreadPool::CheckAddNewWorkerThread() {
   const std::uint64_t last = fLastCheckAddNewWorkerThread.load(std::memory_order_relaxed);
   const int count = Count();
   if (count > GetMinWorkerThreads() && now - last < CheckInterval) return;
-  if (WantsThread(count)) {
-    const std::lock_guard guard(fThreads->lock);
-    if (WantsThread(Count())) AddThread();
+  if (!WantsThread(count)) {
+    if (now != last) fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
+    return;
   }
-  if (now != last) fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed);
+  const std::lock_guard guard(fThreads->lock);
+  const bool looked_meanwhile = fLastCheckAddNewWorkerThread.load(std::memory_order_relaxed) != last;
+  if (looked_meanwhile && Count() > GetMinWorkerThreads()) return;
+  fLastCheckAddNewWorkerThread.store(now, std::memory_order_relaxed); // before the new thread looks itself
+  if (WantsThread(Count())) AddThread();
 }
 
 bool TWorkerThreadPool::WantsThread(int pCount) const {

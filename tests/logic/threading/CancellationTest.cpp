@@ -3,7 +3,6 @@
 #include <threading/Cancellation.h>
 #include <threading/Interlocked.h>
 
-#include <barrier>
 #include <thread>
 #include <vector>
 
@@ -41,12 +40,12 @@ TEST_F(Cancellation, ThreadsThatConvertAtOnceGetTheSameToken) {
   for (int round = 0; round < 200; ++round) {
     CancellationToken record;
     ComPtr<ICancellationToken> got[4];
-    std::barrier start(4);
+    TStartLine start(4);
     {
       std::vector<std::jthread> threads;
       for (auto& mine : got) {
         threads.emplace_back([&] {
-          start.arrive_and_wait();
+          start.Arrive();
           mine = record;
         });
       }

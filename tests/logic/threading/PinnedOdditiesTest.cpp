@@ -144,6 +144,26 @@ void ABatchPassesWhileTheItemsAreTerminatedAndASingleItemDoesnt() {
   adder->batch->Wait();
 }
 
+void WhatIsWithdrawnWhileTheEventRunsIsntAnnouncedAgain() {
+  std::atomic<int> begun{0};
+  std::atomic<int> ended{0};
+  TWorkerThreadPool pool;
+  pool.SetOnAllWorkItemsDone([&](bool) {
+    if (++begun == 1) {
+      pool.AddWorkItem(Make<TProbe>());
+      EXPECT_EQ(pool.TerminateWorkItems(), 1U);
+    }
+    ++ended;
+  });
+  pool.AddWorkItem(Make<TProbe>());
+  PumpUntil([&] { return ended == 1; });
+  const auto last = Make<TProbe>(); // brings the next event, by which it shows that there was none between
+  pool.AddWorkItem(last);
+  PumpUntil([&] { return ended > 1; });
+  EXPECT_EQ(last->works, 1);
+  EXPECT_EQ(begun, 2);
+}
+
 void ALateFutureSaysRunningWhateverItIs() {
   ManualTime time;
   const ScopedThreadApi scope(time.Api());
@@ -182,6 +202,8 @@ const struct {
     {"items dropped from the queue aren't told", &DroppedItemsAreNotTold},
     {"a batch isn't dropped while TerminateWorkItems runs",
      &ABatchPassesWhileTheItemsAreTerminatedAndASingleItemDoesnt},
+    {"what is withdrawn while the last item's event runs isn't announced again",
+     &WhatIsWithdrawnWhileTheEventRunsIsntAnnouncedAgain},
     {"a late future says Running whatever its status", &ALateFutureSaysRunningWhateverItIs},
     {"Wait may return before the result is delivered", &CompletedComesBeforeTheDelivery},
     {"AddRef and Release of a pool do nothing", &PoolsAreNotCounted},

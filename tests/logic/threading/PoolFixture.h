@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <functional>
+#include <thread>
 #include <utility>
 
 namespace kiv::test {
@@ -48,6 +49,19 @@ protected:
 
 private:
   TProcedure fWork;
+};
+
+/// Lets a number of threads go on at the same moment. Spins: MinGW's std::barrier loses wake-ups.
+class TStartLine {
+public:
+  explicit TStartLine(int pCount) : fMissing(pCount) {}
+  void Arrive() {
+    --fMissing;
+    while (fMissing > 0) std::this_thread::yield();
+  }
+
+private:
+  std::atomic<int> fMissing;
 };
 
 /// Runs what is queued to the main thread until something is so.

@@ -2,7 +2,6 @@
 
 #include <doubles/ManualTime.h>
 
-#include <barrier>
 #include <thread>
 #include <vector>
 
@@ -52,17 +51,17 @@ TEST_F(WorkItem, CleansUpOnceWhenManyCancelAndTheWorkerChangesTheStatus) {
     CancellationToken record;
     const auto item = Make<TProbe>(nullptr, record);
     item->SetStatus(WaitingToRun);
-    std::barrier start(3);
+    TStartLine start(3);
     std::jthread a([&] {
-      start.arrive_and_wait();
+      start.Arrive();
       item->Cancel();
     });
     std::jthread b([&] {
-      start.arrive_and_wait();
+      start.Arrive();
       record.Cancel();
       item->GetStatus();
     });
-    start.arrive_and_wait();
+    start.Arrive();
     item->TryChangeStatus(Running);
     item->TryChangeStatus(Completed);
     a.join();
