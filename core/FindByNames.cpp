@@ -7,6 +7,8 @@
 #include <platform/FaultGuard.h>
 #include <platform/InterfaceId.h>
 
+#include <shlobj.h>
+
 #include <cstring>
 #include <string>
 #include <utility>

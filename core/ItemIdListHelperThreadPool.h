@@ -32,6 +32,7 @@ public:
 template <typename T>
 T AskInTime(std::function<T()> pQuestion, std::uint64_t pLimit, T pOtherwise, bool& pFinished,
             ComPtr<ICancellationIndicator> pToken = nullptr) {
+  pFinished = false;
   if (TItemIdListHelperThreadPool::IsCurrentThread()) {
     T answer = pQuestion();
     pFinished = true;

@@ -9,6 +9,7 @@
 #include <core/PathmereError.h>
 #include <platform/Lifecycle.h>
 #include <platform/MainThread.h>
+#include <platform/fill/ElementName.h>
 
 #include <cstring>
 #include <string>
@@ -103,7 +104,8 @@ ComPtr<IItemIdList> TKivItemIdList::ResolveUsingCache(std::wstring_view pPath) {
   const std::size_t delimiter = pPath.rfind(L'\\');
   if (delimiter == std::wstring_view::npos || !SamePath(last.path, pPath.substr(0, delimiter))) return EmptyIdList();
   const std::wstring_view name = pPath.substr(delimiter + 1);
-  if (name.empty() || name.ends_with(L' ') || name.find(L'/') != std::wstring_view::npos) return EmptyIdList();
+  // Some folders make something of "..", of patterns, and of names that end in a blank.
+  if (!IsElementName(name) || name.ends_with(L' ')) return EmptyIdList();
   if (!last.folder) {
     if (FAILED(last.list.As(last.folder))) return EmptyIdList();
     if (LastFolder().list == last.list) LastFolder().folder = last.folder;

@@ -117,7 +117,8 @@ TEST_F(Parse, RemembersTheFolderOfTheLastPath) {
   EXPECT_TRUE(LeadsTo(remembered(a), a));
   EXPECT_TRUE(LeadsTo(remembered(b), b));
   EXPECT_TRUE(LeadsTo(remembered(fTemp.PathOf(L"DIR\\")), fTemp.PathOf(L"dir")));
-  for (const wchar_t* name : {L"dir\\none", L"other\\b", L"other", L"dir\\b ", L"dir\\x/b", L"dir\\b\\c"}) {
+  for (const wchar_t* name : {L"dir\\none", L"other\\b", L"other", L"dir\\b ", L"dir\\x/b", L"dir\\b\\c", L"dir\\..",
+                              L"dir\\C:\\", L"dir\\*"}) {
     EXPECT_EQ(remembered(fTemp.PathOf(name)), EmptyIdList()) << testing::PrintToString(std::wstring(name));
   }
   std::thread([&] {
