@@ -23,6 +23,7 @@ namespace kiv {
 namespace {
 
 constexpr std::wstring_view VolumePrefix = LR"(\\?\volume{)";
+constexpr std::wstring_view ShellPrefix = L"shell:";
 constexpr std::wstring_view ClassPrefix = L"::{";
 constexpr std::size_t GuidLength = 38; // with its braces
 
@@ -119,6 +120,14 @@ bool IsNobodysFolder(const TUniqueItemIdList& list) {
          std::equal(no_id.begin(), no_id.end(), bytes + id_offset);
 }
 
+// "::{...}" or "shell:::{...}" without a well-formed class identifier.
+bool NamesNoClass(const std::wstring& path) {
+  const std::size_t start = StartsText(ShellPrefix, path) ? ShellPrefix.size() : 0;
+  GUID folder_class;
+  return path.compare(start, ClassPrefix.size(), ClassPrefix) == 0 &&
+         !ReadGuid(path, start + ClassPrefix.size() - 1, folder_class);
+}
+
 // The special folder that the name stands for, where the shell doesn't know it.
 TUniqueItemIdList ListOfShellName(const std::wstring& path) {
   const std::wstring folder = ExpandSpecialFolderPath(path);
@@ -150,8 +159,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   // Some shells take a pattern for the first thing that it finds.
   if (IsFullPath(path) && HasWildcards(path)) return {};
   // Some shells make an item of whatever stands there.
-  GUID folder_class;
-  if (path.starts_with(ClassPrefix) && !ReadGuid(path, ClassPrefix.size() - 1, folder_class)) return {};
+  if (NamesNoClass(path)) return {};
   if (IsFullPath(path) && !ShellTakesPath(path)) return {};
   const ScopedErrorMode mode;
   const ScopedWow64FsRedirectionOff real_folders;
@@ -163,7 +171,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
     const ComPtr<IShellFolder> folder = pShellFolder ? ComPtr<IShellFolder>(pShellFolder) : Desktop();
     list = ParseInFolder(folder.Get(), path, pWindowHandleForLogonDialog);
   }
-  if (list && StartsText(L"shell:", path) && IsNobodysFolder(list)) list = ListOfShellName(path);
+  if (list && StartsText(ShellPrefix, path) && IsNobodysFolder(list)) list = ListOfShellName(path);
   if (!list && SameText(path.substr(0, VolumePrefix.size()), VolumePrefix)) list = ListOfVolume(path);
   // A name relative to a folder isn't one relative to the current directory.
   if (!list && (!pShellFolder || IsFullPath(path))) list = ListFromDisk(path);

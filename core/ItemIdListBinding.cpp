@@ -82,11 +82,7 @@ bool TKivItemIdList::IsSlow() {
 }
 
 ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
-  if (IsParentOf(SF_QUICKACCESS, this, false)) {
-    const std::wstring path = DisplayPath();
-    if (path.empty()) return EmptyIdList(); // made from that it would be the drives
-    return Create(path);
-  }
+  if (IsParentOf(SF_QUICKACCESS, this, false)) return Parse(DisplayPath());
   if (!HasAttributes(SFGAO_LINK)) return this;
   const ComPtr<IItemIdList> target = TShellLinkHelper::Resolve(this);
   return target ? target : this;

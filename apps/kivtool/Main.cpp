@@ -108,6 +108,7 @@ int wmain(int pCount, wchar_t** pArguments) {
         .toLocalTime = &ToLocalTime,
         .toFullPath = &ToFullPath,
         .makeList = [](const std::wstring& path) { return kiv::TKivItemIdList::Create(path); },
+        .parseText = [](const std::wstring& text) { return kiv::TKivItemIdList::Parse(text); },
         .compareNames = &kiv::CompareFilenames,
     };
     result = kivtool::Run(arguments, environment);
