@@ -11,6 +11,10 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 
+#include <array>
+#include <atomic>
+#include <cstddef>
+
 namespace kiv {
 
 namespace {
@@ -47,9 +51,24 @@ bool BothLieInQuickAccess(IItemIdList* a, IItemIdList* b) {
   }
 }
 
+// Whether a drive's path can be asked for at once. The platform takes milliseconds to tell what a drive is, so that is
+// asked once in a while; a letter that leads elsewhere meanwhile costs no more than time.
+bool IsOnLocalDrive(const std::wstring& path) {
+  constexpr ULONGLONG valid_for = 10'000; // milliseconds
+  static std::array<std::atomic<ULONGLONG>, 26> found_local{};
+  if (!TPathUtils::StartsWithDriveLetter(path)) return false;
+  auto& found = found_local[static_cast<std::size_t>((path[0] | 0x20) - L'a')];
+  const ULONGLONG now = GetTickCount64();
+  const ULONGLONG last = found.load(std::memory_order_relaxed);
+  if (last != 0 && now - last < valid_for) return true;
+  if (IsNetworkPath(path)) return false;
+  found.store(now, std::memory_order_relaxed);
+  return true;
+}
+
 // No special folder is a file, but for a library, which is one in its folder. What may be slow isn't asked.
 bool IsPlainFile(const std::wstring& path) {
-  if (!IsAbsolutePath(path) || HasFileExtension(path, L".library-ms") || IsNetworkPath(path)) return false;
+  if (HasFileExtension(path, L".library-ms") || !IsOnLocalDrive(path)) return false;
   const ScopedErrorMode mode;
   const DWORD attributes = GetFileAttributesW(TPathUtils::GetUnicodeAPICallPath(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;

@@ -88,6 +88,39 @@ double ParseNames(const std::wstring& path) {
          1e6 / ParseCount;
 }
 
+// By the names that are shown, as users type them: the folder of the path before is remembered.
+double ParseShownNames(const std::wstring& path) {
+  const std::wstring drives = TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, true)->DisplayName(dnfNormal);
+  const std::wstring drive = TKivItemIdList::Create(path.substr(0, 3))->DisplayName(dnfInFolder);
+  const std::wstring text = drives + L'\\' + drive + path.substr(2);
+  return Seconds([&] {
+           for (int i = 0; i < ParseCount; ++i) {
+             Require(!TKivItemIdList::Parse(text)->IsInvalid(), "a text was not parsed");
+           }
+         }) *
+         1e6 / ParseCount;
+}
+
+double ClassifyFiles(const std::wstring& path) {
+  const auto list = TKivItemIdList::Create(path);
+  list->Path();
+  return Seconds([&] {
+           for (int i = 0; i < ParseCount; ++i) {
+             Require(list->TestForSpecialFolder({}) == SF_FILESYSTEMFOLDER, "a file is a special folder");
+           }
+         }) *
+         1e6 / ParseCount;
+}
+
+double AskAttributes(const std::wstring& path) {
+  return Seconds([&] {
+           for (int i = 0; i < ParseCount; ++i) {
+             Require(GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES, "a file has gone");
+           }
+         }) *
+         1e6 / ParseCount;
+}
+
 double QueryResolved(const std::wstring& path) {
   const auto list = TKivItemIdList::Create(path);
   list->SpecialFolder();
@@ -124,6 +157,10 @@ std::vector<TFigure> ListFigures() {
       {"lists", "make_allocations", "times a list", &ListAllocations, [] { return 1.0; }, 2.0},
       {"lists", "resolve", "us/path", [path] { return ResolveLists(path()); }, [path] { return ParseNames(path()); },
        1.10},
+      {"lists", "parse_shown_names", "us/text", [path] { return ParseShownNames(path()); },
+       [path] { return ParseNames(path()); }, 0},
+      {"lists", "classify_file", "us/file", [path] { return ClassifyFiles(path()); },
+       [path] { return AskAttributes(path()); }, 0},
       {"lists", "resolved_path_depth_folder", "ns", [path] { return QueryResolved(path()); },
        [path] { return CopyText(path()); }, 0},
   };
