@@ -20,6 +20,7 @@ namespace kiv {
 namespace {
 
 constexpr std::wstring_view VolumePrefix = LR"(\\?\volume{)";
+constexpr std::wstring_view ShellPrefix = L"shell:";
 constexpr std::wstring_view ClassPrefix = L"::{";
 constexpr std::size_t GuidLength = 38; // with its braces
 
@@ -111,6 +112,14 @@ bool IsFullPath(const std::wstring& path) {
   return path.starts_with(LR"(\\)") || (path.size() > 2 && IsAsciiLetter(path[0]) && path[1] == L':');
 }
 
+// "::{...}" or "shell:::{...}" without a well-formed class identifier.
+bool NamesNoClass(const std::wstring& path) {
+  const std::size_t start = StartsText(ShellPrefix, path) ? ShellPrefix.size() : 0;
+  GUID folder_class;
+  return path.compare(start, ClassPrefix.size(), ClassPrefix) == 0 &&
+         !ReadGuid(path, start + ClassPrefix.size() - 1, folder_class);
+}
+
 // A pattern finds something, but isn't its path; some shells take the first thing that it finds.
 bool HasWildcards(const std::wstring& path) {
   const std::size_t behind_prefix = path.starts_with(LR"(\\?\)") ? 4 : 0;
@@ -137,8 +146,7 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
   if (path.size() == 2 && path[1] == L':') path += L'\\';
   if (IsFullPath(path) && HasWildcards(path)) return {};
   // Some shells make an item of whatever stands there.
-  GUID folder_class;
-  if (path.starts_with(ClassPrefix) && !ReadGuid(path, ClassPrefix.size() - 1, folder_class)) return {};
+  if (NamesNoClass(path)) return {};
   const ScopedErrorMode mode;
   const ScopedWow64FsRedirectionOff real_folders;
 

@@ -56,6 +56,23 @@ public:
   /// By the name under which a special folder is shown, or its class identifier, ignoring case; nil if there is none.
   static ComPtr<IItemIdList> CreateForSpecialFolder(std::wstring_view pDisplayName);
 
+  /// The object that a user or an application writes: a path, with quotes around it or not, a name that the shell
+  /// parses, a class identifier (`::{...}`), or the name under which a special folder is shown, and a path of names
+  /// below it. Empty: EmptyIdList; `\\*` the network. An absolute path isn't resolved, so that nothing waits for a slow
+  /// disk; anything else is. What isn't found is an invalid list whose DisplayPath is the text.
+  ///
+  /// `pWindowHandleForLogonDialog` is the parent of dialogs that the shell may show; with one the path is resolved at
+  /// once. With `pCompleteScan` the drives and then the desktop are looked through for what isn't found otherwise, name
+  /// by name, which is slow; a path with names that end in a blank is looked for like that anyway. Any thread with COM.
+  static ComPtr<IItemIdList> Parse(std::wstring_view pPath, HWND pWindowHandleForLogonDialog = nullptr,
+                                   bool pCompleteScan = false);
+  /// What Parse does first with a path of names: the folder of the path parsed before, or something in it, without
+  /// looking through folders. EmptyIdList if the path leads elsewhere, and on any thread but the main thread.
+  static ComPtr<IItemIdList> ResolveUsingCache(std::wstring_view pPath);
+  /// Remembers the folder that an object lies in, under the beginning of the path that led to it, for
+  /// ResolveUsingCache. Does nothing on any thread but the main thread, and for what is less than two levels deep.
+  static void CacheLastFolderIdList(IItemIdList* pItemIdList, std::wstring_view pPath);
+
   /// The item behind so many others; the last one if there aren't so many. Borrowed from the list. Raises
   /// EInvalidArgument for a negative number.
   static PCUIDLIST_RELATIVE GetElementNo(PCUIDLIST_RELATIVE pIdList, int pElementsToSkip);

@@ -82,7 +82,7 @@ bool TKivItemIdList::IsSlow() {
 }
 
 ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
-  if (IsParentOf(SF_QUICKACCESS, this, false)) return Create(DisplayPath());
+  if (IsParentOf(SF_QUICKACCESS, this, false)) return Parse(DisplayPath());
   if (!HasAttributes(SFGAO_LINK)) return this;
   const ComPtr<IItemIdList> target = TShellLinkHelper::Resolve(this);
   return target ? target : this;

@@ -1,6 +1,7 @@
 // The names of an item list, and what it tells of itself.
 #include <core/ItemIdList.h>
 
+#include <core/ObjectNames.h>
 #include <core/PathFunctions.h>
 #include <core/PathList.h>
 #include <core/PathUtils.h>
@@ -10,35 +11,9 @@
 #include <platform/FaultGuard.h>
 #include <platform/Text.h>
 
-#include <algorithm>
-
 namespace kiv {
 
 namespace {
-
-SIGDN NameKind(TItemIdListDisplayNameFormat format) {
-  switch (format) {
-  case dnfInFolder:
-    return SIGDN_PARENTRELATIVE;
-  case dnfPath:
-    return SIGDN_DESKTOPABSOLUTEEDITING;
-  case dnfPhysicalPath:
-    return SIGDN_FILESYSPATH;
-  case dnfRelativeForAddressBar:
-    return SIGDN_PARENTRELATIVEFORADDRESSBAR;
-  case dnfRelativeParsing:
-    return SIGDN_PARENTRELATIVEPARSING;
-  case dnfAbsoluteParsing:
-    return SIGDN_DESKTOPABSOLUTEPARSING;
-  default:
-    return SIGDN_NORMALDISPLAY;
-  }
-}
-
-// "ftp://host/" without its last character; any other address stays.
-void CutServerDelimiter(std::wstring& name) {
-  if (name.ends_with(L'/') && std::count(name.begin(), name.end(), L'/') == 3) name.pop_back();
-}
 
 std::wstring MessageOf(const std::exception& exception) {
   const auto* const own = dynamic_cast<const EException*>(&exception);
