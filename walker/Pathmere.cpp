@@ -28,10 +28,6 @@ constexpr auto PathNotFound = static_cast<DWORD>(ERROR_PATH_NOT_FOUND);
   throw EPathmereError(static_cast<HRESULT>(PathNotFound), list);
 }
 
-ComPtr<IItemIdList> ParseObject(std::wstring_view path) {
-  return TKivItemIdList::Create(path);
-}
-
 ComPtr<IShellFolder> Bind(IItemIdList* list) {
   void* found = nullptr;
   const HRESULT hr = list->QueryInterface(IidOf<IShellFolder>(), &found);
@@ -71,7 +67,7 @@ TPathmere::TPathmere(const TPathmere* pCopyFrom) {
 }
 
 TPathmere::TPathmere(std::wstring_view pObjectPath) {
-  SetAbsoluteItemIdList(ParseObject(pObjectPath));
+  SetAbsoluteItemIdList(TKivItemIdList::Parse(pObjectPath));
 }
 
 TPathmere::TPathmere(IItemIdList* pAbsoluteItemIdList) {
@@ -227,7 +223,7 @@ void TPathmere::SetObjectName(const std::wstring& pName) {
     throw EPathmereError(L"Cannot find Object with empty name", nullptr);
   }
   if (pName.find(L'\\') != std::wstring::npos) {
-    SetAbsoluteItemIdList(ParseObject(pName));
+    SetAbsoluteItemIdList(TKivItemIdList::Parse(pName));
     return;
   }
   const ComPtr<IShellFolder> folder = GetShellFolder();
@@ -241,7 +237,7 @@ void TPathmere::SetObjectName(const std::wstring& pName) {
   if (!item->IsInvalid()) return;
   EndWalk(); // one that runs wouldn't see all objects
   while (Next()) {
-    if (!SameText(GetAbsoluteItemIdList()->DisplayName(dnfInFolder), pName)) continue;
+    if (!SameText(NameOf(dnfInFolder), pName)) continue;
     EndWalk();
     return;
   }

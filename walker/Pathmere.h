@@ -27,7 +27,8 @@ namespace kiv {
 /// - It is made for short use and cheap to make: nothing is asked of the shell before a folder is set.
 /// - The folder is bound as soon as it is set; one that can't be bound is kept all the same, and tried again when it is
 ///   needed.
-/// - Objects are relative to the folder. Whatever is to be known of one by itself is asked of AbsoluteItemIdList.
+/// - Objects are relative to the folder, and attributes and names are asked of the folder, which is held open. Whatever
+/// is to be known of one by itself is asked of AbsoluteItemIdList.
 /// - A step runs foreign code. If that comes back to the walker and sets it to something else, or destroys it, the step
 ///   answers false and leaves it alone.
 ///
@@ -166,6 +167,8 @@ private:
   bool HasFolderAttributes(SFGAOF pAttributes) const noexcept;
   std::wstring NameToFilter(bool pIsFile);
   bool IsBrowsable();
+  std::wstring NameInBoundFolder(TItemIdListDisplayNameFormat pFormat);
+  std::wstring NameOf(TItemIdListDisplayNameFormat pFormat);
 
   ComPtr<IItemIdList> fFolderIdList;
   ComPtr<IShellFolder> fShellFolder; // bound on demand

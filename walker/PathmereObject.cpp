@@ -3,6 +3,7 @@
 
 #include <core/ItemIdList.h>
 #include <core/NetworkObject.h>
+#include <core/ObjectNames.h>
 #include <core/PathFunctions.h>
 #include <core/PathmereError.h>
 #include <core/ShellFolderNames.h>
@@ -46,8 +47,12 @@ bool TPathmere::HasItem() {
   return fItemIDList && !fItemIDList->IsInvalid();
 }
 
+// Null also for what lies deeper than in the folder itself, which the folder can't be asked about.
 PCUITEMID_CHILD TPathmere::RawItem() {
-  return fItemIDList ? reinterpret_cast<PCUITEMID_CHILD>(fItemIDList->WindowsPointer()) : nullptr;
+  const PCIDLIST_ABSOLUTE list = fItemIDList ? fItemIDList->WindowsPointer() : nullptr;
+  if (!list || list->mkid.cb == 0) return nullptr;
+  const PCUIDLIST_RELATIVE next = ILGetNext(list);
+  return !next || next->mkid.cb == 0 ? reinterpret_cast<PCUITEMID_CHILD>(list) : nullptr;
 }
 
 bool TPathmere::CheckIfValid(bool pFolderOnly) {
@@ -87,10 +92,28 @@ bool TPathmere::BrowseObject() {
   }
 }
 
+// A shell item would bind the folder anew for each object; it is asked only for what the folder doesn't tell.
+std::wstring TPathmere::NameInBoundFolder(TItemIdListDisplayNameFormat pFormat) {
+  const PCUITEMID_CHILD item = RawItem();
+  const ComPtr<IShellFolder> folder = item ? MaybeShellFolder() : nullptr;
+  return folder ? TObjectNames(folder.Get(), item).DisplayName(pFormat) : std::wstring();
+}
+
+std::wstring TPathmere::NameOf(TItemIdListDisplayNameFormat pFormat) {
+  const std::wstring name = NameInBoundFolder(pFormat);
+  if (!name.empty()) return name;
+  const ComPtr<IItemIdList> absolute = GetAbsoluteItemIdList();
+  return absolute ? absolute->DisplayName(pFormat) : std::wstring();
+}
+
 std::wstring TPathmere::GetObjectName() {
-  const ComPtr<IItemIdList> absolute = HasItem() ? GetAbsoluteItemIdList() : nullptr;
-  if (!absolute || !absolute->ShellItem()) return {};
-  std::wstring name = absolute->DisplayName(dnfPhysicalPath);
+  if (!HasItem()) return {};
+  std::wstring name = NameInBoundFolder(dnfPhysicalPath);
+  if (name.empty()) {
+    const ComPtr<IItemIdList> absolute = GetAbsoluteItemIdList();
+    if (!absolute || !absolute->ShellItem()) return {};
+    name = absolute->DisplayName(dnfPhysicalPath);
+  }
   if (!kiv::IsDrive(name)) name = ExtractFileName(name);
   return name.empty() ? GetDomain() : name;
 }
@@ -99,8 +122,7 @@ std::wstring TPathmere::GetShellObjectName(bool pInFolderName) {
   if (!HasItem()) {
     throw EInvalidOperation(ClassName() + L" cannot return the current object's name if there is no current object.");
   }
-  const ComPtr<IItemIdList> absolute = GetAbsoluteItemIdList();
-  const std::wstring name = absolute ? absolute->DisplayName(pInFolderName ? dnfInFolder : dnfNormal) : std::wstring();
+  const std::wstring name = NameOf(pInFolderName ? dnfInFolder : dnfNormal);
   return name.empty() ? GetObjectName() : name;
 }
 

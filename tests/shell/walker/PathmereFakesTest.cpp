@@ -51,7 +51,6 @@ protected:
               const std::wstring path = PathOf(list);
               TShellItemScript script = fItem;
               script.names.emplace(SIGDN_FILESYSPATH, path);
-              script.names.emplace(SIGDN_PARENTRELATIVE, L"shown " + path.substr(path.rfind(L'\\') + 1));
               script.bind = [folder = fShell.Folder(path), hr = fBind](IBindCtx*, REFGUID, REFIID iid, void** object) {
                 return FAILED(hr) ? hr : folder->QueryInterface(iid, object);
               };
@@ -213,6 +212,7 @@ TEST_F(PathmereFakes, FindsAnObjectByTheNameThatIsShownWhereverTheWalkStands) {
   TPathmere walker;
   walker.SetFolderIdList(List(Dir));
   ASSERT_EQ(Walk(walker, 3), "abc...");
+  fShell.SetDisplayName(LR"(C:\Dir\b)", L"shown b");
   walker.SetObjectName(L"SHOWN b");
   EXPECT_EQ(walker.GetObjectName(), L"b");
   EXPECT_EQ(walker.GetShellObjectName(true), L"shown b");
