@@ -177,6 +177,17 @@ TEST_F(Pathmere, RefusesWhatItCannotStandOnAndStaysWhereItIs) {
 
   EXPECT_EQ(MessageOf<EPathmereError>([&] { walker.SetObjectName(L"no such object"); }),
             L"Error: Cannot find Object \"no such object\" in Folder \"" + Folder() + L"\"");
+  const std::wstring lone(1, static_cast<wchar_t>(0xD800));
+  for (const std::wstring& name : {lone, std::wstring(40'000, L'x'), std::wstring(L"a.txt|")}) {
+    EXPECT_THROW(walker.SetObjectName(name), EPathmereError) << testing::PrintToString(name.substr(0, 9));
+    MessageOf<EPathmereError>([&] { walker.SetDirectory(LR"(C:\)" + name); }, 3);
+  }
+  // Not every system has every folder.
+  SpecialFolders::Clear();
+  SpecialFolders::Share(SF_ONEDRIVE, EmptyIdList());
+  MessageOf<EPathmereError>([&] { walker.SetSpecialFolder(SF_ONEDRIVE); }, 3);
+  MessageOf<EPathmereError>([&] { walker.SetSpecialObject(SF_ONEDRIVE); }, 3);
+  EXPECT_EQ(walker.GetDirectory(), Folder());
   EXPECT_EQ(MessageOf<EPathmereError>([&] { walker.SetObjectName(L""); }), L"Cannot find Object with empty name");
   EXPECT_EQ(walker.GetItemIdList(), nullptr);
   EXPECT_EQ(MessageOf<EInvalidOperation>([&] { walker.GetShellObjectName(true); }),
