@@ -1,10 +1,14 @@
 // How item lists compare, and which of the special folders they are.
 #include <core/ItemIdList.h>
 
+#include <core/FileFunctions.h>
+#include <core/KnownFolder.h>
 #include <core/PathFunctions.h>
 #include <core/PathList.h>
+#include <core/PathUtils.h>
 #include <core/PathmereError.h>
 #include <core/SpecialFolders.h>
+#include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 
 namespace kiv {
@@ -35,6 +39,14 @@ bool BothLieInQuickAccess(IItemIdList* a, IItemIdList* b) {
   } catch (const EPathmereError&) {
     return false;
   }
+}
+
+// No special folder is a file, but for a library, which is one in its folder. What may be slow isn't asked.
+bool IsPlainFile(const std::wstring& path) {
+  if (!IsAbsolutePath(path) || HasFileExtension(path, L".library-ms") || IsNetworkPath(path)) return false;
+  const ScopedErrorMode mode;
+  const DWORD attributes = GetFileAttributesW(TPathUtils::GetUnicodeAPICallPath(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
 }
 
 } // namespace
@@ -131,24 +143,39 @@ TKivShellFolder TKivItemIdList::SpecialFolder() {
 
 TKivShellFolder TKivItemIdList::TestForSpecialFolder(TKivShellFolders pFoldersToTest) {
   if (IsInvalid()) return SF_INVALID;
-  const TKivShellFolder found = CompareWithTable(pFoldersToTest);
-  if (found == SF_DESKTOP && Depth() > 0) return SF_DESKTOPDIRECTORY;
+  const auto asked = [&](TKivShellFolder folder) {
+    return pFoldersToTest.IsEmpty() || pFoldersToTest.Contains(folder);
+  };
+  const std::wstring path = Path();
+  TKivShellFolder found = SF_INVALID;
+  if (Depth() == 0) {
+    if (asked(SF_DESKTOP)) return SF_DESKTOP; // and nothing else is there
+  } else if (!IsPlainFile(path)) {
+    const TKnownFolder known = FindKnownFolder(this);
+    if (known.kind == TKnownFolder::TKind::NoManager) {
+      found = CompareWithTable(pFoldersToTest);
+    } else {
+      if (known.kind == TKnownFolder::TKind::Found) found = SpecialFolders::FromIdentifier(known.id, pFoldersToTest);
+      // The manager doesn't know this one.
+      if (found == SF_INVALID && path.empty() && asked(SF_QUICKACCESS) &&
+          Equals(CreateForSpecialFolder(SF_QUICKACCESS, true).Get(), ilcDisplay)) {
+        found = SF_QUICKACCESS;
+      }
+    }
+  }
+  if (found == SF_DESKTOP) return SF_DESKTOPDIRECTORY; // the identifier of the root is also that of its files' folder
   if (found != SF_INVALID) return found;
-  return pFoldersToTest.IsEmpty() && !Path().empty() ? SF_FILESYSTEMFOLDER : SF_UNKNOWN;
+  return pFoldersToTest.IsEmpty() && !path.empty() ? SF_FILESYSTEMFOLDER : SF_UNKNOWN;
 }
 
 // SF_INVALID if it is none of them.
 TKivShellFolder TKivItemIdList::CompareWithTable(TKivShellFolders pFoldersToTest) {
-  const bool is_root = Depth() == 0;
   const std::wstring path = Path();
   const bool is_file = IsAbsolutePath(path) && path != LR"(\\*)"; // that one stands for the network
   for (int i = 1; i < ShellFolderCount; ++i) {
     const auto value = static_cast<TKivShellFolder>(i);
     if (!pFoldersToTest.IsEmpty() && !pFoldersToTest.Contains(value)) continue;
-    if (value == SF_DESKTOP || is_root) {
-      if (value == SF_DESKTOP && is_root) return value;
-      continue; // nothing else is at the root
-    }
+    if (value == SF_DESKTOP) continue; // nothing below it is
     const auto folder = CreateForSpecialFolder(value, true);
     // What lies in the file system isn't equal to what doesn't: the shell, which is slow at telling so, isn't asked.
     if (is_file && folder->Path().empty()) continue;

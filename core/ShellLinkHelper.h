@@ -21,6 +21,10 @@ public:
   /// Doesn't search for what was moved.
   static ComPtr<IItemIdList> Resolve(std::wstring_view pPath);
   static ComPtr<IItemIdList> Resolve(IItemIdList* pSourceItemIdList);
+  /// Makes a link to an object in a folder of the file system: a file with the name and ".lnk". Nil if it can't be
+  /// written, the name can't be one, or a file of that name is there already, which stays.
+  static ComPtr<IItemIdList> AddLinkTo(IItemIdList* pSourceItemIdList, IItemIdList* pDestination,
+                                       std::wstring_view pLinkName);
 };
 
 } // namespace kiv

@@ -2,6 +2,7 @@
 
 #include <core/DebugLog.h>
 #include <core/ItemIdList.h>
+#include <core/KnownFolder.h>
 #include <core/PathList.h>
 #include <core/PathUtils.h>
 #include <core/PathmereError.h>
@@ -95,6 +96,24 @@ constexpr TEntry Table[] = {
 };
 static_assert(std::size(Table) == ShellFolderCount);
 
+// Identifiers that the table hasn't got: folders that have another one since some version of the platform, or one as a
+// virtual folder and one on the disk. They go before the table.
+constexpr std::pair<GUID, TKivShellFolder> OtherIdentifiers[] = {
+    {ParseGuid("{0DDD015D-B06C-45D5-8C4C-F59713854639}"), SF_MYPICTURES},
+    {ParseGuid("{F42EE2D3-909F-4907-8871-4C22FC0BF756}"), SF_PERSONAL},
+    {ParseGuid("{A0C69A99-21C8-4671-8703-7934162FCF1D}"), SF_MY_MUSIC},
+    {ParseGuid("{35286A68-3C57-41A1-BBB1-0EAE73D76C95}"), SF_MY_VIDEOS},
+    {ParseGuid("{7D83EE9B-2244-4E70-B1F5-5393042AF1E4}"), SF_DOWNLOADS},
+    {ParseGuid("{679F85CB-0220-4080-B29B-5540CC05AAB6}"), SF_QUICKACCESS},
+    {ParseGuid("{26EE0668-A00A-44D7-9371-BEB064C98683}"), SF_CONTROLS},
+    {ParseGuid("{323CA680-C24D-4099-B94D-446DD2D7249E}"), SF_FAVORITES},
+    {ParseGuid("{A302545D-DEFF-464B-ABE8-61C8648D939B}"), SF_LIBRARIES},
+    {ParseGuid("{5E6C858F-0E22-4760-9AFE-EA3317B67173}"), SF_PROFILE},
+    {ParseGuid("{754AC886-DF64-4CBA-86B5-F7FBF4FBCEF5}"), SF_DESKTOPDIRECTORY},
+    {ParseGuid("{6D809377-6AF0-444B-8957-A3773F02200E}"), SF_PROGRAM_FILES},
+    {ParseGuid("{6365D5A7-0F0D-45E5-87F6-0DA56B6A4F7D}"), SF_PROGRAM_FILES_COMMON},
+};
+
 struct TIgnoresCase {
   using is_transparent = void;
   bool operator()(std::wstring_view a, std::wstring_view b) const noexcept { return CompareText(a, b) < 0; }
@@ -183,6 +202,7 @@ ComPtr<IItemIdList> SpecialFolders::Share(TKivShellFolder pFolder, const ComPtr<
 }
 
 void SpecialFolders::Clear() {
+  ForgetKnownFolderManager();
   std::array<ComPtr<IItemIdList>, ShellFolderCount> lists; // let go outside the lock
   const std::lock_guard guard(Cache().lock);
   lists.swap(Cache().lists);
@@ -198,6 +218,18 @@ TUniqueItemIdList SpecialFolders::MakeRawList(TKivShellFolder pFolder) {
   }
   if (!raw && entry.id) GuardedExport(ShellApi().SHGetKnownFolderIDList, *entry.id, DWORD{0}, HANDLE{}, &raw);
   return TUniqueItemIdList(raw);
+}
+
+TKivShellFolder SpecialFolders::FromIdentifier(const GUID& pId, TKivShellFolders pFolders) {
+  const auto asked = [&](TKivShellFolder folder) { return pFolders.IsEmpty() || pFolders.Contains(folder); };
+  for (const auto& [id, folder] : OtherIdentifiers) {
+    if (id == pId && asked(folder)) return folder;
+  }
+  for (int i = 1; i < ShellFolderCount; ++i) {
+    const auto folder = static_cast<TKivShellFolder>(i);
+    if (Table[i].id && *Table[i].id == pId && asked(folder)) return folder;
+  }
+  return SF_INVALID;
 }
 
 ComPtr<IItemIdList> TKivItemIdList::CreateForSpecialFolder(TKivShellFolder pSpecialFolder, bool pFromCache) {

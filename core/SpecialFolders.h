@@ -23,6 +23,9 @@ public:
   /// A raw list from the platform: by the folder's number ("SHGetSpecialFolderLocation"), and if that gives nothing by
   /// its identifier ("SHGetKnownFolderIDList"). Empty if the system hasn't got the folder.
   static TUniqueItemIdList MakeRawList(TKivShellFolder pFolder);
+  /// The folder with an identifier of the platform's ("KNOWNFOLDERID"), among those of the set; an empty set means all.
+  /// SF_INVALID if it is none of them. The platform has several for some folders.
+  static TKivShellFolder FromIdentifier(const GUID& pId, TKivShellFolders pFolders);
 };
 
 /// Where a special folder is, and what it is called. Empty if the system hasn't got it.

@@ -92,6 +92,9 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(properties, PSCreatePropertyChangeArray);
 
   KIV_BIND(binder.Open(L"ole32.dll"), CoCreateInstance);
+  const HMODULE network = binder.Open(L"mpr.dll");
+  KIV_BIND(network, WNetAddConnection2W);
+  KIV_BIND(network, WNetGetConnectionW);
   KIV_BIND(binder.Open(L"Shcore.dll"), GetProcessDpiAwareness);
 
   const HMODULE user = binder.Open(L"User32.dll");

@@ -9,6 +9,7 @@
 #include <shellscalingapi.h>
 #include <shlobj.h>
 #include <shlwapi.h>
+#include <winnetwk.h>
 
 #include <functional>
 #include <memory>
@@ -71,6 +72,10 @@ struct TShellApi {
 
   // ole32.dll
   decltype(&::CoCreateInstance) CoCreateInstance = nullptr;
+
+  // mpr.dll
+  decltype(&::WNetAddConnection2W) WNetAddConnection2W = nullptr;
+  decltype(&::WNetGetConnectionW) WNetGetConnectionW = nullptr;
 
   // uxtheme.dll; by ordinal where they have no name, from the build of Windows 10 on that has them there
   bool(WINAPI* AllowDarkModeForWindow)(HWND, bool) = nullptr;

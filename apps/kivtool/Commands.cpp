@@ -2,6 +2,7 @@
 
 #include "InfoCommand.h"
 #include "ObjectText.h"
+#include "ParseCommand.h"
 #include "PathCommands.h"
 #include "WalkCommand.h"
 
@@ -36,6 +37,10 @@ Usage:
   kivtool info PATH...         What the library tells of objects: their names in every form,
                                depth, parent, special folder, attributes, whether they
                                are there. PATH as for walk.
+  kivtool parse [TEXT...]      What the library finds for what a user writes: a path, a name
+                               of the shell's, the name of a special folder, and a path of
+                               names below it. One line a text: 1 if it leads anywhere, else
+                               0, depth, path to show, special folder, a tab between them.
   kivtool path OP [TEXT...]    What the library makes of a path's text. OP is one of
       canonic PATH             the canonical form
       unify PATH               the form in which lists compare paths
@@ -54,7 +59,7 @@ Usage:
   kivtool help                 Show this text.
   kivtool version              Show the library's version.
 
-path, match and compare take their texts from the command line or, if it has none, from
+parse, path, match and compare take their texts from the command line or, if it has none, from
 the standard input: one case a line, a tab between its texts, missing ones empty. Each
 case gives one line. Where an operation refuses a case the line is "<raised>", the error
 stream says why, and the exit code is 1.
@@ -136,6 +141,18 @@ int RunTexts(const std::string& name, const TTextCommand& command, const std::ve
   return RunTextCommand(command, texts, environment);
 }
 
+int Parse(const std::vector<std::wstring>& texts, TEnvironment& environment) {
+  const TTextCommand command = ParseCommand(environment);
+  if (texts.empty()) return RunTextCommand(command, {}, environment);
+  int result = Succeeded;
+  for (const std::wstring& text : texts) {
+    const int code = RunTextCommand(command, {text}, environment);
+    if (code == Interrupted) return code;
+    if (code != Succeeded) result = code;
+  }
+  return result;
+}
+
 int Path(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
   if (arguments.empty()) return Misuse(environment, "path: no operation given: " + PathOperationNames() + ".");
   const TTextCommand command = FindPathOperation(arguments[0]);
@@ -151,6 +168,7 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   if (command == L"info") {
     return rest.empty() ? Misuse(environment, "info: no path given.") : RunInfo(rest, environment);
   }
+  if (command == L"parse") return Parse(rest, environment);
   if (command == L"path") return Path(rest, environment);
   if (command == L"match") return RunTexts("match", MatchCommand(), rest, environment);
   if (command == L"compare") return RunTexts("compare", CompareCommand(environment), rest, environment);

@@ -24,6 +24,8 @@ struct TEnvironment {
   std::function<std::wstring(const std::wstring&)> toFullPath;
   /// The item list for a path or another name that the shell parses.
   std::function<kiv::ComPtr<kiv::IItemIdList>(const std::wstring&)> makeList;
+  /// The item list for what a user writes: a path, a name of a special folder, and what else parsing knows.
+  std::function<kiv::ComPtr<kiv::IItemIdList>(const std::wstring&)> parseText;
   /// The order of two names in the shell's lists: below 0, 0, above 0.
   std::function<int(const std::wstring&, const std::wstring&)> compareNames;
   /// Folders as a navigation pane lists them; null for the same as `folders`.

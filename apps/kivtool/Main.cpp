@@ -123,6 +123,7 @@ int wmain(int pCount, wchar_t** pArguments) {
         .toLocalTime = &ToLocalTime,
         .toFullPath = &ToFullPath,
         .makeList = [](const std::wstring& path) { return kiv::TKivItemIdList::Create(path); },
+        .parseText = [](const std::wstring& text) { return kiv::TKivItemIdList::Parse(text); },
         .compareNames = &kiv::CompareFilenames,
         .navigationFolders = &navigation_folders,
         .isStopped = &IsStopped,

@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,7 @@ protected:
         .toLocalTime = [](kiv::TFileTime time) { return time + 36'000'000'000; }, // an hour east
         .toFullPath = [](const std::wstring& path) { return path == L"." ? L"C:\\Dir" : path; },
         .makeList = nullptr, // for the shell's tests
+        .parseText = [](const std::wstring&) -> kiv::ComPtr<kiv::IItemIdList> { throw std::runtime_error("no shell"); },
         .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
         .navigationFolders = fNavigation,
         .isStopped = fIsStopped,
@@ -251,6 +253,8 @@ TEST_F(Commands, TextCommandsMarkWhatIsRefusedAndGoOn) {
   EXPECT_EQ(fOut, "<raised>\n");
   EXPECT_EQ(Run({L"path", L"canonic", L"C:\\a\tb\\.."}), Succeeded);
   EXPECT_EQ(fOut, "C:\\\n");
+  EXPECT_EQ(Run({L"parse", L"a", L"b"}), Failed);
+  EXPECT_EQ(fOut, "<raised>\n<raised>\n") << "each text is a case";
   EXPECT_EQ(Run({L"match", L"a*", L"abc"}), Succeeded);
   EXPECT_EQ(fOut, "1\n");
 }

@@ -77,6 +77,17 @@ if(NOT output MATCHES "  Valid: +no.*  Display path: +Q:.none.*  Parent: +\\(fai
   message(FATAL_ERROR "what info tells of nothing: ${output}")
 endif()
 
+# What users write.
+file(WRITE "${FOLDER}/in" "\"${windows_folder}\\plain.txt\"\n\nQ:\\none\n::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\n")
+execute_process(COMMAND ${RUN} "${TOOL}" parse INPUT_FILE "${FOLDER}/in" RESULT_VARIABLE result OUTPUT_VARIABLE output)
+expect("exit code of parse" "${result}" 0)
+string(REPLACE "\\" "/" output "${output}")
+string(REPLACE "\\" "/" shown "${windows_folder}/plain.txt")
+string(REGEX REPLACE "^1\t[0-9]+\t" "1\tN\t" output "${output}")
+string(REGEX REPLACE "1\t1\t[^\t]*\tSF_DRIVES\n$" "drives" output "${output}")
+expect("what is parsed" "${output}"
+  "1\tN\t${shown}\tSF_FILESYSTEMFOLDER\n0\t0\t\tSF_INVALID\n0\t0\tQ:/none\tSF_INVALID\ndrives")
+
 # Text by lines: in and out as they are, whatever the last line ends in.
 file(WRITE "${FOLDER}/in" "C:\\ä\\..\\中\r\n\nC:\\x\\*")
 execute_process(COMMAND ${RUN} "${TOOL}" path canonic INPUT_FILE "${FOLDER}/in"
