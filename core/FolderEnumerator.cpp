@@ -23,6 +23,7 @@ TFolderEnumerator& TFolderEnumerator::operator=(TFolderEnumerator&& pOther) noex
   fOptions = pOther.fOptions;
   fObjects = std::move(pOther.fObjects);
   fStatus = pOther.fStatus;
+  fCrashedTwice = pOther.fCrashedTwice;
   return *this;
 }
 
@@ -54,6 +55,7 @@ TFolderStep TFolderEnumerator::Begin() {
 
 TFolderStep TFolderEnumerator::Next(TUniqueItemIdList& pItem) {
   const ScopedErrorMode mode(fOptions.showErrorMessages ? 0 : SEM_FAILCRITICALERRORS);
+  fCrashedTwice = false;
   if (!fObjects) {
     const TFolderStep begun = Begin();
     if (begun != TFolderStep::Object) return begun;
@@ -67,6 +69,7 @@ TFolderStep TFolderEnumerator::Next(TUniqueItemIdList& pItem) {
   if (fault) {
     item = nullptr;
     hr = GuardedCall(step, &fault);
+    fCrashedTwice = static_cast<bool>(fault);
     if (fault || hr != S_OK) return Leave(TFolderStep::End, E_FAIL);
     outcome = TFolderStep::ObjectAfterFault;
   }

@@ -46,6 +46,8 @@ public:
   /// What the platform answered to the last step. `S_OK`; `S_FALSE` at a true end; `E_FAIL` at an End that a crash
   /// brought about; `E_UNEXPECTED` at one where the folder claimed success and gave nothing; the failure after Failed.
   HRESULT Status() const noexcept { return fStatus; }
+  /// Whether the last step was an End that the folder's code brought about by crashing twice in a row.
+  bool CrashedTwice() const noexcept { return fCrashedTwice; }
   /// True while a walk runs: between the first step and the end.
   bool IsRunning() const noexcept { return static_cast<bool>(fObjects); }
   /// Ends the walk; the next step starts over.
@@ -61,6 +63,7 @@ private:
   TOptions fOptions;
   ComPtr<IEnumIDList> fObjects;
   HRESULT fStatus = S_OK;
+  bool fCrashedTwice = false;
 };
 
 } // namespace kiv

@@ -111,8 +111,10 @@ HRESULT OpenByParents(const std::wstring& path, ComPtr<IShellFolder>& folder) {
 
 class TShellFolderStepper final : public IFolderStepper {
 public:
-  TShellFolderStepper(ComPtr<IShellFolder> pFolder, std::wstring pDiskPath, TFactsPrecision pPrecision)
-      : fEnumerator(pFolder), fFacts(std::move(pFolder), pDiskPath, pPrecision), fDiskPath(std::move(pDiskPath)) {}
+  TShellFolderStepper(ComPtr<IShellFolder> pFolder, std::wstring pDiskPath, TFactsPrecision pPrecision,
+                      bool pForNavigation)
+      : fEnumerator(pFolder, OptionsFor(pForNavigation)), fFacts(std::move(pFolder), pDiskPath, pPrecision),
+        fDiskPath(std::move(pDiskPath)) {}
 
   TFolderStep Next(TFolderObject& pObject) override {
     for (;;) {
@@ -137,6 +139,12 @@ public:
   }
 
 private:
+  static TFolderEnumerator::TOptions OptionsFor(bool navigation) {
+    TFolderEnumerator::TOptions options;
+    if (navigation) options.flags |= TFolderEnumerator::ForNavigation;
+    return options;
+  }
+
   // Some shells keep a disk's refusal to themselves and list nothing.
   TFolderStep ConfirmEmpty() {
     if (fDiskPath.empty()) return TFolderStep::End;
@@ -165,7 +173,8 @@ bool IsShellName(const std::wstring& pPath) {
          pPath.find(L"://") != std::wstring::npos;
 }
 
-TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision) noexcept : fPrecision(pPrecision) {}
+TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision, bool pForNavigation) noexcept
+    : fPrecision(pPrecision), fForNavigation(pForNavigation) {}
 
 HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_ptr<IFolderStepper>& pStepper) {
   pStepper.reset();
@@ -185,7 +194,7 @@ HRESULT TShellFolderSource::OpenFolder(const std::wstring& pPath, std::unique_pt
   }
   if (FAILED(hr)) return FAILED(disk) ? disk : hr;
   pStepper = std::make_unique<TShellFolderStepper>(
-      std::move(folder), SUCCEEDED(disk) && (on_disk || IsUncPath(path)) ? path : L"", fPrecision);
+      std::move(folder), SUCCEEDED(disk) && (on_disk || IsUncPath(path)) ? path : L"", fPrecision, fForNavigation);
   return S_OK;
 }
 

@@ -13,7 +13,9 @@ KIV_EXPORT bool IsShellName(const std::wstring& pPath);
 /// "::{...}"; the empty path is the computer. A stepper belongs to the apartment of the thread that opened it.
 class KIV_EXPORT TShellFolderSource : public IFolderSource {
 public:
-  explicit TShellFolderSource(TFactsPrecision pPrecision = TFactsPrecision::Listed) noexcept;
+  /// With `pForNavigation` folders list what a navigation pane shows of them.
+  explicit TShellFolderSource(TFactsPrecision pPrecision = TFactsPrecision::Listed,
+                              bool pForNavigation = false) noexcept;
 
   /// Answers what failed in the platform's own code: for a path of the file system what the disk says of it, else what
   /// the shell says. `ERROR_DIRECTORY` for what exists and isn't a folder, `ERROR_FILENAME_EXCED_RANGE` for a path that
@@ -22,6 +24,7 @@ public:
 
 private:
   TFactsPrecision fPrecision;
+  bool fForNavigation;
 };
 
 } // namespace kiv

@@ -77,6 +77,11 @@ TApplication& Application() {
   return *application;
 }
 
+TWindowHandle ApplicationHandle() noexcept {
+  const TApplication* const standing = gApplication.load(std::memory_order_acquire);
+  return standing ? standing->GetHandle() : TWindowHandle{};
+}
+
 void TApplication::HandleException(std::exception_ptr pException) noexcept {
   if (!pException || IsAbort(pException)) return;
   if (MainThread::IsCurrent()) {

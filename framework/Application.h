@@ -47,8 +47,9 @@ public:
   void SetOnHint(TEvent<> pEvent) { fOnHint = std::move(pEvent); }
 
   /// The host's main window: the parent of dialogs and of platform calls that want one. Null until the host sets it.
-  TWindowHandle GetHandle() const noexcept { return fHandle; }
-  void SetHandle(TWindowHandle pHandle) noexcept { fHandle = pHandle; }
+  /// Any thread may ask.
+  TWindowHandle GetHandle() const noexcept { return fHandle.load(std::memory_order_relaxed); }
+  void SetHandle(TWindowHandle pHandle) noexcept { fHandle.store(pHandle, std::memory_order_relaxed); }
 
   TScreen& GetScreen() noexcept { return fScreen; }
 
@@ -64,7 +65,7 @@ private:
   std::atomic<bool> fTerminated{false};
   std::wstring fTitle;
   std::wstring fHint;
-  TWindowHandle fHandle{};
+  std::atomic<TWindowHandle> fHandle{nullptr};
   TScreen fScreen;
   TAliveToken fAlive;
 };
@@ -73,6 +74,9 @@ private:
 /// (see platform/MainThread.h) and installs HandleException as the handler for what queued closures raise. Raises
 /// EException if the main thread can't be reached by messages. Shutdown() ends it; the next call makes a new one.
 KIV_EXPORT TApplication& Application();
+
+/// The host's main window; null if it set none, or there is no application. Makes none. Any thread.
+KIV_EXPORT TWindowHandle ApplicationHandle() noexcept;
 
 /// For every boundary that no exception may pass. Goes to the application's HandleException if there is an application,
 /// else to the debugger's output. Any thread.

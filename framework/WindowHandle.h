@@ -11,4 +11,14 @@ using TWindowHandle = HWND;
 using TWindowHandle = void*;
 #endif
 
+/// Offered by components that have a window: non-visual components which they own take it for the parent of dialogs.
+class IWindowOwner {
+public:
+  /// The window if it is there already; null otherwise. Makes none. Any thread.
+  virtual TWindowHandle AllocatedHandle() const noexcept = 0;
+
+protected:
+  ~IWindowOwner() = default;
+};
+
 } // namespace kiv

@@ -84,6 +84,7 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(kernel, Wow64RevertWow64FsRedirection);
   KIV_BIND(kernel, IsWow64Process);
   KIV_BIND(kernel, GetDriveTypeW);
+  KIV_BIND(kernel, GetDiskFreeSpaceExW);
 
   const HMODULE properties = binder.Open(L"propsys");
   KIV_BIND(properties, VariantCompare);

@@ -70,6 +70,7 @@ struct TShellApi {
   decltype(&::Wow64RevertWow64FsRedirection) Wow64RevertWow64FsRedirection = nullptr;
   decltype(&::IsWow64Process) IsWow64Process = nullptr;
   decltype(&::GetDriveTypeW) GetDriveTypeW = nullptr;
+  decltype(&::GetDiskFreeSpaceExW) GetDiskFreeSpaceExW = nullptr;
 
   // ole32.dll
   decltype(&::CoCreateInstance) CoCreateInstance = nullptr;

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 namespace kivtool {
 
@@ -22,11 +23,18 @@ namespace {
 constexpr char HelpText[] = R"(kivtool - the console companion of the Pathmere library
 
 Usage:
-  kivtool walk PATH [--json]   List the objects of a folder: name, kind, size in bytes,
+  kivtool walk PATH [OPTION...]
+                               List the objects of a folder: name, kind, size in bytes,
                                local time of the last change, path. PATH is a path, or
                                another name that the shell parses, such as
                                "::{20D04FE0-3AEA-1069-A2D8-08002B30309D}".
-                               --json prints a JSON array, one object a line, times in UTC.
+      --json                   a JSON array, one object a line, times in UTC
+      --filter "*.txt;*.doc"   only files whose names match; folders always pass
+      --files-only, --folders-only
+      --filesystem-only        nothing virtual; an archive is a file
+      --navigation             what a navigation pane lists
+      --depth N                the folders below as well, N levels down; "all" for all.
+                               Links aren't followed. Ctrl+C ends the list where it is.
   kivtool info PATH...         What the library tells of objects: their names in every form,
                                depth, parent, special folder, attributes, whether they
                                are there. PATH as for walk.
@@ -70,7 +78,7 @@ stream says why, and the exit code is 1.
 
 Text goes in and out as UTF-8. Errors go to the standard error stream.
 Exit codes: 0 done; 1 the command failed or couldn't do all of its work;
-            2 the command line isn't understood; 3 the output was closed early.
+            2 the command line isn't understood; 3 ended early: Ctrl+C, or nobody reads.
 )";
 
 int Misuse(TEnvironment& environment, const std::string& complaint) {
@@ -82,25 +90,59 @@ std::string Quoted(const std::wstring& text) {
   return '"' + Printable(Excerpt(text)) + '"';
 }
 
+// "all", or how many levels; below 0 if it is neither.
+int LevelsOf(const std::wstring& text) {
+  if (text == L"all") return TWalkOptions::AllLevels;
+  int levels = text.empty() ? -1 : 0;
+  for (const wchar_t c : text) {
+    if (c < L'0' || c > L'9') return -1;
+    levels = levels > 100'000 ? levels : 10 * levels + (c - L'0'); // no tree is as deep
+  }
+  return levels;
+}
+
+// A complaint, or nothing.
+std::string ReadWalkOptions(const std::vector<std::wstring>& arguments, TWalkOptions& options,
+                            std::optional<std::wstring>& path) {
+  static constexpr std::pair<std::wstring_view, bool TWalkOptions::*> switches[] = {
+      {L"--json", &TWalkOptions::json},
+      {L"--files-only", &TWalkOptions::filesOnly},
+      {L"--folders-only", &TWalkOptions::foldersOnly},
+      {L"--filesystem-only", &TWalkOptions::fileSystemOnly},
+      {L"--navigation", &TWalkOptions::navigation},
+  };
+  bool only_paths = false;
+  for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+    const auto found = std::find_if(std::begin(switches), std::end(switches),
+                                    [&](const auto& entry) { return entry.first == *argument; });
+    if (only_paths || !argument->starts_with(L"-")) {
+      if (path) return "one path only, " + Quoted(*argument) + " is one too many.";
+      path = *argument;
+    } else if (found != std::end(switches)) {
+      options.*found->second = true;
+    } else if (*argument == L"--") {
+      only_paths = true;
+    } else if (*argument == L"--filter" || *argument == L"--depth") {
+      const std::wstring& option = *argument;
+      if (++argument == arguments.end()) return kiv::ToUtf8(option) + " wants a value.";
+      if (option == L"--filter") {
+        options.filter = *argument;
+      } else if ((options.depth = LevelsOf(*argument)) < 0) {
+        return "--depth takes a number or \"all\", not " + Quoted(*argument) + ".";
+      }
+    } else {
+      return "unknown option " + Quoted(*argument) + ".";
+    }
+  }
+  if (options.filesOnly && options.foldersOnly) return "--files-only and --folders-only leave nothing.";
+  return path ? "" : "no path given.";
+}
+
 int Walk(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
   std::optional<std::wstring> path;
   TWalkOptions options;
-  bool only_paths = false;
-  for (const std::wstring& argument : arguments) {
-    if (!only_paths && argument == L"--") {
-      only_paths = true;
-    } else if (!only_paths && argument == L"--json") {
-      options.json = true;
-    } else if (!only_paths && argument.starts_with(L"-")) {
-      return Misuse(environment, "walk: unknown option " + Quoted(argument) + ".");
-    } else if (path) {
-      return Misuse(environment, "walk: one path only, " + Quoted(argument) + " is one too many.");
-    } else {
-      path = argument;
-    }
-  }
-  if (!path) return Misuse(environment, "walk: no path given.");
-  return RunWalk(*path, options, environment);
+  const std::string complaint = ReadWalkOptions(arguments, options, path);
+  return complaint.empty() ? RunWalk(*path, options, environment) : Misuse(environment, "walk: " + complaint);
 }
 
 int RunTexts(const std::string& name, const TTextCommand& command, const std::vector<std::wstring>& texts,

@@ -28,6 +28,10 @@ struct TEnvironment {
   std::function<kiv::ComPtr<kiv::IItemIdList>(const std::wstring&)> parseText;
   /// The order of two names in the shell's lists: below 0, 0, above 0.
   std::function<int(const std::wstring&, const std::wstring&)> compareNames;
+  /// Folders as a navigation pane lists them; null for the same as `folders`.
+  kiv::IFolderSource* navigationFolders = nullptr;
+  /// Whether the user wants the command to end (Ctrl+C). Asked often by those that take long.
+  std::function<bool()> isStopped = [] { return false; };
 };
 
 /// What the program ends with.
@@ -35,7 +39,7 @@ enum TExitCode : int {
   Succeeded = 0,
   Failed = 1,      ///< the command couldn't do its work, or not all of it
   UsageError = 2,  ///< the command line wasn't understood
-  Interrupted = 3, ///< nobody read the output to its end
+  Interrupted = 3, ///< ended early: nobody read the output to its end, or the user had enough
 };
 
 } // namespace kivtool

@@ -10,6 +10,7 @@
 
 #include <ole2.h>
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -89,6 +90,20 @@ std::wstring ToFullPath(const std::wstring& pPath) {
   return full;
 }
 
+std::atomic<bool> gStopped{false};
+
+// The first Ctrl+C asks, the second one ends the program.
+BOOL WINAPI OnConsoleEvent(DWORD pEvent) {
+  if (pEvent != CTRL_C_EVENT && pEvent != CTRL_BREAK_EVENT) return FALSE;
+  return gStopped.exchange(true) ? FALSE : TRUE;
+}
+
+// From the first call on. Commands that don't ask are ended as any program is.
+bool IsStopped() {
+  static const BOOL watching = SetConsoleCtrlHandler(&OnConsoleEvent, TRUE);
+  return watching && gStopped;
+}
+
 } // namespace
 
 int wmain(int pCount, wchar_t** pArguments) {
@@ -100,6 +115,7 @@ int wmain(int pCount, wchar_t** pArguments) {
   int result = kivtool::Failed;
   {
     kiv::TShellFolderSource folders(kiv::TFactsPrecision::Exact);
+    kiv::TShellFolderSource navigation_folders(kiv::TFactsPrecision::Exact, true);
     kivtool::TEnvironment environment{
         .folders = folders,
         .in = [&in] { return in.Read(); },
@@ -110,6 +126,8 @@ int wmain(int pCount, wchar_t** pArguments) {
         .makeList = [](const std::wstring& path) { return kiv::TKivItemIdList::Create(path); },
         .parseText = [](const std::wstring& text) { return kiv::TKivItemIdList::Parse(text); },
         .compareNames = &kiv::CompareFilenames,
+        .navigationFolders = &navigation_folders,
+        .isStopped = &IsStopped,
     };
     result = kivtool::Run(arguments, environment);
   }

@@ -1,7 +1,8 @@
 #pragma once
 
-// Functions on paths, names, files and drives.
+// The namespace walker, and functions on paths, names, files and drives.
 #include <core/DataObjectFiles.h>
 #include <core/FileFunctions.h>
 #include <core/ItemIdListFunctions.h>
 #include <core/PathFunctions.h>
+#include <walker/Pathmere.h>

@@ -4,6 +4,7 @@
 #include <core/ObjectFacts.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/ShellApi.h>
+#include <walker/Pathmere.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -68,6 +69,12 @@ int Enumerate(const ComPtr<IShellFolder>& folder) {
   return count;
 }
 
+int Walk(TPathmere& walker) {
+  int count = 0;
+  while (walker.Next()) ++count;
+  return count;
+}
+
 int BareFind(const std::wstring& path) {
   WIN32_FIND_DATAW data;
   const TUniqueFind find(FindFirstFileW((path + L"\\*").c_str(), &data));
@@ -106,7 +113,24 @@ std::vector<TFigure> WalkFigures() {
   const auto facts = [folder](TFactsPrecision precision) {
     return [folder, precision] { return PerFile([&] { return EnumerateFacts(folder(), precision); }); };
   };
+  // The walker on the folder, as an application has it: made once, and told its rules.
+  const auto walker = [folder](const wchar_t* filter, bool file_system) {
+    const auto made = std::make_shared<std::unique_ptr<TPathmere>>();
+    return [=] {
+      if (!*made) {
+        *made = std::make_unique<TPathmere>();
+        (*made)->SetDirectory(folder().Path());
+        (*made)->SetFilter(filter);
+        (*made)->SetFileSystemOnly(file_system);
+      }
+      return PerFile([&] { return Walk(**made); });
+    };
+  };
   return {
+      {"walk", "next", "us/file", walker(L"", false), bare, 1.15},
+      {"walk", "next_filter", "us/file", walker(L"*.doc;*.txt", false), bare, 1.6},
+      {"walk", "next_filesystem", "us/file", walker(L"", true), bare, 1.6},
+      {"walk", "walker_bytes", "bytes", [] { return double{sizeof(TPathmere)}; }, [] { return 1024.0; }, 1.0},
       {"walk", "step", "us/file", [folder] { return PerFile([&] { return Enumerate(folder().Folder()); }); }, bare,
        1.15},
       {"walk", "facts_listed", "us/file", facts(TFactsPrecision::Listed), find, 2.0},

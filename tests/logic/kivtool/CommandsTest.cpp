@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -55,6 +56,8 @@ protected:
         .makeList = nullptr, // for the shell's tests
         .parseText = [](const std::wstring&) -> kiv::ComPtr<kiv::IItemIdList> { throw std::runtime_error("no shell"); },
         .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
+        .navigationFolders = fNavigation,
+        .isStopped = fIsStopped,
     };
     return kivtool::Run(arguments, environment);
   }
@@ -66,6 +69,8 @@ protected:
   }
 
   SimulatedFileSystem fFiles;
+  SimulatedFileSystem* fNavigation = nullptr;
+  std::function<bool()> fIsStopped = [] { return false; };
   std::size_t fRoom = 1'000'000;
   std::string fIn;
   std::size_t fPiece = 1000; // bytes read at a time
@@ -136,6 +141,74 @@ TEST_F(Commands, WalkSaysWhatFailedAndPrintsWhatItHas) {
   fFiles.AddFault(L"C:\\Dir", 2, TStepFault::Crash(2));
   EXPECT_EQ(Run({L"walk", L"C:\\Dir"}), Failed);
   EXPECT_NE(fErr.find("may not be all"), std::string::npos);
+}
+
+TEST_F(Commands, WalkLetsThroughWhatItIsToldTo) {
+  fFiles.MakeFile(L"C:\\Dir\\sub\\c.doc");
+  fFiles.MakeFolder(L"C:\\Dir\\sub\\low");
+  fFiles.MakeFile(L"C:\\Dir\\sub\\low\\d.TXT");
+  fFiles.MakeFolder(L"C:\\Dir\\too");
+  fFiles.MakeFile(L"C:\\Dir\\too\\e.txt");
+  for (const TObjectFlag flag : {TObjectFlag::Link, TObjectFlag::ReparsePoint}) {
+    const std::wstring path = flag == TObjectFlag::Link ? L"C:\\Dir\\xlink" : L"C:\\Dir\\xmount";
+    fFiles.MakeFolder(path);
+    fFiles.SetAttributes(path, {flag});
+    fFiles.MakeFile(path + L"\\never");
+  }
+  const struct {
+    std::vector<std::wstring> options;
+    const char* names;
+  } cases[] = {
+      {{}, "a.txt b sub too xlink xmount"},
+      {{L"--filter", L"*.txt;*.doc"}, "a.txt sub too xlink xmount"},
+      {{L"--filter", L"*.txt", L"--files-only"}, "a.txt"},
+      {{L"--folders-only", L"--filter", L"a"}, "sub too xlink xmount"},
+      {{L"--filesystem-only", L"--files-only"}, "a.txt b"},
+      {{L"--depth", L"0"}, "a.txt b sub too xlink xmount"},
+      {{L"--depth", L"1", L"--files-only"}, "a.txt b c.doc e.txt"},
+      {{L"--depth", L"1"}, "a.txt b sub too xlink xmount c.doc low e.txt"},
+      {{L"--depth", L"2", L"--filter", L"*.txt", L"--files-only"}, "a.txt d.TXT e.txt"},
+      {{L"--depth", L"all", L"--folders-only"}, "sub too xlink xmount low"},
+      {{L"--depth", L"99999999999999999999", L"--folders-only"}, "sub too xlink xmount low"},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::wstring> arguments = {L"walk", L"--json", L"C:\\Dir"};
+    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
+    EXPECT_EQ(Run(arguments), Succeeded) << fErr;
+    std::string names;
+    for (const auto& object : nlohmann::json::parse(fOut)) names += object["name"].get<std::string>() + " ";
+    EXPECT_EQ(names, c.names + std::string(" "));
+  }
+  // The navigation pane has folders of its own.
+  SimulatedFileSystem other;
+  other.AddDrive(L'C');
+  other.MakeFolder(L"C:\\Dir");
+  other.MakeFile(L"C:\\Dir\\other");
+  fNavigation = &other;
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir", L"--navigation"}), Succeeded);
+  EXPECT_EQ(Lines().back(), "1 object, 0 folders, 0 bytes");
+}
+
+TEST_F(Commands, WalkOfATreePrintsAsItGoesAndGoesOnAfterAFailure) {
+  fFiles.MakeFolder(L"C:\\Dir\\denied");
+  fFiles.DenyAccess(L"C:\\Dir\\denied");
+  fFiles.MakeFile(L"C:\\Dir\\sub\\last", 2);
+  std::vector<std::size_t> lengths; // of the output, at each object
+  fIsStopped = [&] { return lengths.push_back(fOut.size()), false; };
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir", L"--depth", L"all"}), Failed);
+  EXPECT_TRUE(fErr.starts_with("kivtool: can't list \"C:\\Dir\\denied\": "));
+  EXPECT_EQ(Lines().back(), "5 objects, 2 folders, 1,234,570 bytes");
+  EXPECT_GT(lengths.back(), 0U) << "a folder is shown before the next one is read";
+
+  // Whoever stops it has what was listed up to there, and a whole JSON text.
+  int objects = 0;
+  fIsStopped = [&] { return ++objects > 3; };
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir", L"--depth", L"all", L"--json"}), Interrupted);
+  EXPECT_EQ(nlohmann::json::parse(fOut).size(), 3U);
+  objects = 0;
+  EXPECT_EQ(Run({L"walk", L"C:\\Dir", L"--depth", L"all"}), Interrupted);
+  EXPECT_EQ(Lines().back(), "3 objects, 1 folder, 1,234,568 bytes");
+  EXPECT_EQ(fErr, "");
 }
 
 TEST_F(Commands, TextCommandsAnswerLineByLine) {
@@ -243,6 +316,10 @@ TEST_F(Commands, TheCommandLineIsUnderstoodOrRefused) {
       {{L"pool", L"--cancel", L"101"}, UsageError, "--cancel takes a number from 0 to 100"},
       {{L"pool", L"--work", L"99999999999"}, UsageError, "--work takes"},
       {{L"pool", L"--work", L"-1"}, UsageError, "--work takes"},
+      {{L"walk", L"C:\\", L"--depth"}, UsageError, "--depth wants a value"},
+      {{L"walk", L"C:\\", L"--depth", L"-1"}, UsageError, "--depth takes a number or \"all\", not \"-1\""},
+      {{L"walk", L"C:\\", L"--depth", L""}, UsageError, "not \"\""},
+      {{L"walk", L"C:\\", L"--files-only", L"--folders-only"}, UsageError, "leave nothing"},
       {{L"walk", L"--", L"--json"}, Failed, "can't list \"--json\""},
       {{L"walk", L""}, Succeeded, "1 object, 1 folder"},
       {{L"path"}, UsageError, "no operation given: canonic, unify"},

@@ -34,6 +34,15 @@ endforeach()
 list(SORT found)
 expect("objects" "${found}" "plain.txt|File|5;sub|Folder|;ä中📁 אב.txt|File|1")
 
+file(WRITE "${FOLDER}/sub/low.TXT" "12")
+execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}" --depth all --filter "p*;*w.txt" --files-only --navigation
+                RESULT_VARIABLE result OUTPUT_VARIABLE output)
+expect("exit code of a filtered walk" "${result}" 0)
+if(NOT output MATCHES "plain.txt .*sub.low.TXT\n\n2 objects, 0 folders, 7 bytes\n$")
+  message(FATAL_ERROR "what a filtered walk prints: ${output}")
+endif()
+file(REMOVE "${FOLDER}/sub/low.TXT")
+
 execute_process(COMMAND ${RUN} "${TOOL}" walk "${windows_folder}\\none"
                 RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
 expect("exit code for a missing folder" "${result}" 1)
