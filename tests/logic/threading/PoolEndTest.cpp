@@ -208,6 +208,48 @@ TEST_F(PoolEnd, APoolMayFreeItselfWithItsLastThread) {
   EXPECT_EQ(left, 1);
 }
 
+TEST_F(PoolEnd, APoolThatFreesItselfOutlivesTheCallThatEndsIt) {
+  TThreadApi api;
+  api.sleep = [sleep = ThreadApi().sleep](std::chrono::milliseconds time) {
+    if (MainThread::IsCurrent()) TThread::AwaitAllEnded(std::chrono::seconds(60)); // the threads are quicker
+    sleep(time);
+  };
+  const ScopedThreadApi scope(api);
+  auto* const pool = new TWorkerThreadPool;
+  pool->SetFreeOnLastThreadTermination(true);
+  const auto token = std::make_shared<int>();
+  pool->SetOnAllWorkItemsDone([token](bool) {});
+  TGate gate;
+  pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+  gate.AwaitArrivals();
+  gate.Open();
+  pool->Dispose();
+  EXPECT_EQ(token.use_count(), 1) << "it is gone";
+}
+
+TEST_F(PoolEnd, APoolEndsThoughItsItemsQueueOthersForEver) {
+  for (const bool destroy : {false, true}) {
+    class TFollowed : public TBasicWorkItem {
+    public:
+      explicit TFollowed(TWorkerThreadPool& pPool) : fPool(pPool) {}
+      void DoWork() override {
+        while (!Terminated()) std::this_thread::yield();
+        fPool.AddWorkItems({Make<TFollowed>(fPool)}, TPriority::Normal);
+      }
+
+    private:
+      TWorkerThreadPool& fPool;
+    };
+    TWorkerThreadPool pool;
+    pool.AddWorkItem(Make<TFollowed>(pool));
+    while (pool.GetActiveThreadCount() == 0) std::this_thread::yield();
+    if (destroy) continue;
+    pool.TerminateThreads(true);
+    EXPECT_EQ(pool.Count(), 0);
+    EXPECT_EQ(pool.QueueLength(), 0U);
+  }
+}
+
 TEST_F(PoolEnd, EachThreadsEndIsToldOnTheMainThread) {
   int told = 0;
   {
