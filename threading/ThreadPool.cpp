@@ -242,24 +242,24 @@ void TCustomThreadPool::FreeOnce() {
   {
     const std::lock_guard guard(fThreads->lock);
     if (!fFreeOnLastThreadTermination.exchange(false)) return;
-    fFreeWhenLeft = fStays > 0;
-    if (fFreeWhenLeft) return;
+    fThreads->freeWhenLeft = fThreads->stays > 0;
+    if (fThreads->freeWhenLeft) return;
   }
   delete this;
 }
 
-TCustomThreadPool::TStay::TStay(TCustomThreadPool& pPool) : fPool(pPool) {
-  const std::lock_guard guard(pPool.fThreads->lock);
-  ++pPool.fStays;
+TCustomThreadPool::TStay::TStay(TCustomThreadPool& pPool) : fPool(&pPool), fThreads(pPool.fThreads) {
+  const std::lock_guard guard(fThreads->lock);
+  ++fThreads->stays;
 }
 
 TCustomThreadPool::TStay::~TStay() {
   bool free = false;
   {
-    const std::lock_guard guard(fPool.fThreads->lock);
-    free = --fPool.fStays == 0 && std::exchange(fPool.fFreeWhenLeft, false);
+    const std::lock_guard guard(fThreads->lock);
+    free = --fThreads->stays == 0 && std::exchange(fThreads->freeWhenLeft, false);
   }
-  if (free) delete &fPool;
+  if (free) delete fPool;
 }
 
 // --- the end ---------------------------------------------------------------------------------------------------------
@@ -326,7 +326,11 @@ void TCustomThreadPool::TerminateAllThreads(bool pForce) {
 }
 
 void TCustomThreadPool::EndAllThreads() noexcept {
-  fFreeOnLastThreadTermination = false;
+  {
+    const std::lock_guard guard(fThreads->lock);
+    fFreeOnLastThreadTermination = false;
+    fThreads->freeWhenLeft = false;
+  }
   for (;;) {
     try {
       TerminateAllThreads(true);

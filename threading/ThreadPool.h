@@ -89,7 +89,9 @@ protected:
   /// The list and its lock: a thread that leaves may hold them longer than the pool lives.
   struct TThreads {
     std::recursive_mutex lock;
-    std::vector<TKivThread*> list; // guarded by lock
+    std::vector<TKivThread*> list; // guarded by lock, as the next
+    int stays = 0;                 // see TStay
+    bool freeWhenLeft = false;
   };
 
   virtual void DoAllThreadsTerminated();
@@ -113,7 +115,8 @@ protected:
     TStay& operator=(const TStay&) = delete;
 
   private:
-    TCustomThreadPool& fPool;
+    TCustomThreadPool* const fPool; // may be gone: what runs on the main thread meanwhile is foreign
+    const std::shared_ptr<TThreads> fThreads;
   };
 
   /// What TerminateAllThreads does, with a TStay around it.
@@ -153,8 +156,6 @@ private:
   std::atomic<std::uint32_t> fMaxTimeUntilHardTerminate{3000};
   std::atomic<bool> fFreeOnLastThreadTermination{false};
   std::atomic<int> fForcedEnds{0}; // how many are under way
-  int fStays = 0;                  // guarded by the list's lock, as the next
-  bool fFreeWhenLeft = false;
   TEvent<TKivThread&> fOnThreadTerminated;
   TEvent<TCustomThreadPool&> fOnAllThreadsTerminated;
 };

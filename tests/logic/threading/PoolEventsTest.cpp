@@ -79,14 +79,13 @@ TEST_F(PoolEvents, ACancelledItemIsNeitherRunNorDelivered) {
     EXPECT_EQ(item->terminates, 1);
   }
   // One that is cancelled while it runs isn't delivered.
-  const auto itself = Make<TProbe>();
-  TProbe* const raw = itself.Get();
-  const auto runs = Make<TProbe>([raw] { raw->Cancel(); });
-  const auto own = Make<TProbe>([] {});
-  own->SetStatus(TTaskStatus::Created);
-  pool.AddWorkItem(runs);
-  runs->Wait();
+  ComPtr<TProbe> itself;
+  itself = Make<TProbe>([&] { itself->Cancel(); });
+  pool.AddWorkItem(itself);
+  PumpUntil([&] { return !pool.GetWorkItemsActive(); });
   EXPECT_EQ(itself->GetStatus(), TTaskStatus::Canceled);
+  EXPECT_EQ(itself->works, 1);
+  EXPECT_EQ(itself->dones, 0);
 }
 
 TEST_F(PoolEvents, ItemsQueueFurtherItems) {
