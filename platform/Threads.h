@@ -27,7 +27,7 @@ public:
   /// Without effect where an ordinary process may not do it.
   virtual void SetPriority(TThreadPriority pPriority) noexcept = 0;
   /// Ends the thread by force, with exit code 0 ("TerminateThread"): nothing of it is unwound. False where there is no
-  /// such act; the thread then runs on, and its starter must leave it what it uses.
+  /// such act, or if it has no effect in time; the thread may run on then, and its starter must leave it what it uses.
   virtual bool ForceEnd() noexcept = 0;
 };
 

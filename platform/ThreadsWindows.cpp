@@ -17,6 +17,8 @@ namespace {
 
 // --- threads ---------------------------------------------------------------------------------------------------------
 
+constexpr DWORD LongestEnd = 1000; // ms
+
 int PriorityValue(TThreadPriority priority) noexcept {
   switch (priority) {
   case TThreadPriority::tpIdle:
@@ -44,9 +46,9 @@ public:
   }
   bool ForceEnd() noexcept override {
     if (!TerminateThread(fThread.Get(), 0)) return false;
-    // The end is asynchronous: nothing of the thread's may be freed before it has happened.
-    WaitForSingleObject(fThread.Get(), INFINITE);
-    return true;
+    // The end is asynchronous: nothing of the thread's may be freed before it has happened. It doesn't while a driver
+    // holds the thread.
+    return WaitForSingleObject(fThread.Get(), LongestEnd) == WAIT_OBJECT_0;
   }
 
 private:

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <framework/SpinLock.h>
 #include <framework/SpinWait.h>
 #include <threading/WorkItem.h>
 #include <threading/WorkerPool.h>

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace kiv {
@@ -120,7 +121,8 @@ void TCustomThreadPool::SetMaxRunningThreads(int pValue) {
   fMaxRunningThreads = pValue;
   const std::lock_guard guard(fThreads->lock);
   int running = 0;
-  for (TKivThread* const thread : fThreads->list) {
+  for (std::size_t i = 0; i < fThreads->list.size(); ++i) { // Terminate calls foreign code, which may add a thread
+    TKivThread* const thread = fThreads->list[i];
     if (thread->fCountedOut || thread->IsSuspended()) continue;
     if (++running > pValue) thread->Terminate();
   }
@@ -226,13 +228,38 @@ void TCustomThreadPool::Remove(TKivThread* pThread) {
       })) {
     return;
   }
+  if (fForcedEnds > 0) return;                      // which also ends what would come up now, for ever
   if (fTerminated.exchange(false)) ThreadRemoved(); // what was added meanwhile had to wait
 }
 
 void TCustomThreadPool::DoAllThreadsTerminated() {
   const bool free = fFreeOnLastThreadTermination;
   if (const TEvent<TCustomThreadPool&> event = fOnAllThreadsTerminated) event(*this);
-  if (free) delete this;
+  if (free) FreeOnce();
+}
+
+void TCustomThreadPool::FreeOnce() {
+  {
+    const std::lock_guard guard(fThreads->lock);
+    if (!fFreeOnLastThreadTermination.exchange(false)) return;
+    fThreads->freeWhenLeft = fThreads->stays > 0;
+    if (fThreads->freeWhenLeft) return;
+  }
+  delete this;
+}
+
+TCustomThreadPool::TStay::TStay(TCustomThreadPool& pPool) : fPool(&pPool), fThreads(pPool.fThreads) {
+  const std::lock_guard guard(fThreads->lock);
+  ++fThreads->stays;
+}
+
+TCustomThreadPool::TStay::~TStay() {
+  bool free = false;
+  {
+    const std::lock_guard guard(fThreads->lock);
+    free = --fThreads->stays == 0 && std::exchange(fThreads->freeWhenLeft, false);
+  }
+  if (free) delete fPool;
 }
 
 // --- the end ---------------------------------------------------------------------------------------------------------
@@ -270,27 +297,40 @@ void TCustomThreadPool::ForceAllThreadsToEnd() {
   }
 }
 
-bool TCustomThreadPool::EndThreads(bool pForce) {
-  if (!AskAllThreadsToEnd()) {
-    if (!fFreeOnLastThreadTermination) return true;
-    delete this;
-    return false;
+struct TCustomThreadPool::TForcedEnd {
+  explicit TForcedEnd(TCustomThreadPool& pPool) : pool(pPool) { ++pool.fForcedEnds; }
+  ~TForcedEnd() {
+    --pool.fForcedEnds;
+    if (pool.Count() == 0) pool.fTerminated = false; // the last thread hasn't said so, or couldn't
   }
-  if (pForce) {
-    ForceAllThreadsToEnd();
-    fTerminated = false; // also if the last thread couldn't say so itself
+  TCustomThreadPool& pool;
+};
+
+void TCustomThreadPool::EndThreads(bool pForce) {
+  {
+    std::optional<TForcedEnd> forced;
+    if (pForce) forced.emplace(*this);
+    if (!AskAllThreadsToEnd()) {
+      FreeOnce();
+      return;
+    }
+    if (pForce) ForceAllThreadsToEnd();
   }
   ThreadApi().sleep(EndPause);
   CheckSynchronize(true);
-  return true;
 }
 
 void TCustomThreadPool::TerminateAllThreads(bool pForce) {
-  static_cast<void>(EndThreads(pForce));
+  const TStay stay(*this);
+  EndThreads(pForce);
 }
 
 void TCustomThreadPool::EndAllThreads() noexcept {
-  fFreeOnLastThreadTermination = false;
+  {
+    const std::lock_guard guard(fThreads->lock);
+    fFreeOnLastThreadTermination = false;
+    fThreads->freeWhenLeft = false;
+  }
   for (;;) {
     try {
       TerminateAllThreads(true);
@@ -352,12 +392,16 @@ bool TCustomThreadPool::TryEndByForce(TKivThread* pThread) {
   if (!own) WriteDebugLine(message);
   pThread->fStatus = TTaskStatus::Canceled;
   ThreadKilled(*pThread);
-  if (!own && pThread->ForceEnd()) {
+  if (!own && Kill(*pThread)) {
     delete pThread;
   } else {
     pThread->fPlace.store(TKivThread::TPlace::LeftBehind, std::memory_order_release); // the last touch
   }
   return true;
+}
+
+bool TCustomThreadPool::Kill(TKivThread& pThread) {
+  return pThread.ForceEnd();
 }
 
 // --- the plain form --------------------------------------------------------------------------------------------------

@@ -89,7 +89,9 @@ protected:
   /// The list and its lock: a thread that leaves may hold them longer than the pool lives.
   struct TThreads {
     std::recursive_mutex lock;
-    std::vector<TKivThread*> list; // guarded by lock
+    std::vector<TKivThread*> list; // guarded by lock, as the next
+    int stays = 0;                 // see TStay
+    bool freeWhenLeft = false;
   };
 
   virtual void DoAllThreadsTerminated();
@@ -97,13 +99,28 @@ protected:
   virtual void ThreadRemoved() {}
   /// A thread has been killed; called with the lock held.
   virtual void ThreadKilled(TKivThread&) {}
+  /// Ends a thread by force; called with the lock held. False if the platform can't.
+  virtual bool Kill(TKivThread& pThread);
   /// What to say of a thread that is about to be ended by force.
   virtual std::wstring DescribeForcedEnd(TKivThread& pThread);
   /// A thread has been added; called with the lock held.
   virtual void ThreadAdded(TKivThread& pThread);
 
-  /// What TerminateAllThreads does. False if the pool has freed itself.
-  [[nodiscard]] bool EndThreads(bool pForce);
+  /// Stands in a call that ends the threads: a pool that frees itself with the last of them waits for the call's end.
+  class KIV_EXPORT TStay {
+  public:
+    explicit TStay(TCustomThreadPool& pPool);
+    ~TStay();
+    TStay(const TStay&) = delete;
+    TStay& operator=(const TStay&) = delete;
+
+  private:
+    TCustomThreadPool* const fPool; // may be gone: what runs on the main thread meanwhile is foreign
+    const std::shared_ptr<TThreads> fThreads;
+  };
+
+  /// What TerminateAllThreads does, with a TStay around it.
+  void EndThreads(bool pForce);
   /// For destructors: TerminateAllThreads with force, until it has got through.
   void EndAllThreads() noexcept;
   void TerminateThreadSecure(TKivThread* pThread);
@@ -122,7 +139,9 @@ protected:
 
 private:
   friend class TKivThread;
+  struct TForcedEnd;
 
+  void FreeOnce();
   void ThreadHasTerminated(TKivThread& pThread);
   bool DoThreadTerminated(TKivThread& pThread);
   bool AskAllThreadsToEnd();
@@ -136,6 +155,7 @@ private:
   std::atomic<TThreadPriority> fPriority{TThreadPriority::tpNormal};
   std::atomic<std::uint32_t> fMaxTimeUntilHardTerminate{3000};
   std::atomic<bool> fFreeOnLastThreadTermination{false};
+  std::atomic<int> fForcedEnds{0}; // how many are under way
   TEvent<TKivThread&> fOnThreadTerminated;
   TEvent<TCustomThreadPool&> fOnAllThreadsTerminated;
 };

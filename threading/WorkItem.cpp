@@ -42,7 +42,11 @@ bool TBasicWorkItem::ClaimTermination() noexcept {
 }
 
 void TBasicWorkItem::Cancel() {
-  if (ClaimTermination()) Terminate();
+  if (ClaimTermination()) {
+    Terminate();
+  } else {
+    fStatus.store(TTaskStatus::Canceled, std::memory_order_release); // who cleans up may not have got there yet
+  }
 }
 
 void TBasicWorkItem::SetStatus(TTaskStatus pStatus) {
@@ -56,7 +60,7 @@ void TBasicWorkItem::SetStatus(TTaskStatus pStatus) {
 
 bool TBasicWorkItem::TryChangeStatus(TTaskStatus pStatus) {
   TTaskStatus found = fStatus.load(std::memory_order_acquire);
-  while (!IsFinal(found)) {
+  while (!IsFinal(found) || (found == TTaskStatus::Completed && pStatus == TTaskStatus::WaitingToRun)) {
     if (fStatus.compare_exchange_weak(found, pStatus, std::memory_order_acq_rel)) return true;
   }
   return false;

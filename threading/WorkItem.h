@@ -61,7 +61,7 @@ struct IWorkItem : ITerminatable {
   /// Waits until the status is final. An item that is in no pool never gets there.
   virtual void Wait() = 0;
   /// The pool's way to set a status: unlike SetStatus it leaves a final status alone, in one step, so that no
-  /// cancellation is lost. False if it did.
+  /// cancellation is lost. False if it did. Only WaitingToRun replaces Completed: the item was added more than once.
   virtual bool TryChangeStatus(TTaskStatus pStatus) = 0;
 };
 KIV_INTERFACE_ID(IWorkItem, "{1308B4D9-B2C9-40A0-9A61-6A9A699FC98E}");

@@ -44,6 +44,7 @@ inline bool Supports(IUnknown& pObject, REFIID pInterfaceId) {
 class KIV_EXPORT TWorkItemsQueue {
 public:
   using TWaker = std::shared_ptr<TSignal>;
+  using TLock = std::unique_lock<std::mutex>;
 
   TWorkItemsQueue() = default;
   ~TWorkItemsQueue();
@@ -81,10 +82,10 @@ public:
   bool BeginAllDone() noexcept;
   void EndAllDone();
 
-private:
-  using TLock = std::unique_lock<std::mutex>;
+  /// Keeps everybody out of the queue while a thread is killed, which may be adding an item.
+  [[nodiscard]] TLock Lock() const;
 
-  TLock Lock() const;
+private:
   void Push(ComPtr<IWorkItem> pItem, bool pHighPriority);
   ComPtr<IWorkItem> Pop();
   TWaker NextWaker();

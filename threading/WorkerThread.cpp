@@ -14,7 +14,6 @@ TWorkerThread::TWorkerThread(TWorkerThreadPool& pPool) : fPool(pPool) {}
 
 TWorkerThread::~TWorkerThread() {
   Finish();
-  DropWorkItem();
 }
 
 ComPtr<IWorkItem> TWorkerThread::GetWorkItem() const {
@@ -88,7 +87,9 @@ void TWorkerThread::RunWorkItem() noexcept {
   IWorkItem& item = *fWorkItem.Get();
   std::exception_ptr raised;
   try {
-    if (item.GetStatus() != TTaskStatus::Canceled && item.TryChangeStatus(TTaskStatus::Running)) {
+    const TTaskStatus found = item.GetStatus();
+    if (found == TTaskStatus::Completed) item.TryChangeStatus(TTaskStatus::WaitingToRun);
+    if (found != TTaskStatus::Canceled && item.TryChangeStatus(TTaskStatus::Running)) {
       try {
         item.DoWork();
       } catch (...) {
@@ -96,8 +97,9 @@ void TWorkerThread::RunWorkItem() noexcept {
       }
       if (raised) {
         item.SetStatus(TTaskStatus::Canceled);
-      } else if (item.GetStatus() != TTaskStatus::Canceled && item.TryChangeStatus(TTaskStatus::Completed)) {
-        item.Finished();
+      } else {
+        if (item.GetStatus() != TTaskStatus::Canceled) item.TryChangeStatus(TTaskStatus::Completed);
+        item.Finished(); // which looks at the status again
       }
     }
   } catch (...) {

@@ -162,6 +162,10 @@ bool TWorkerThreadPool::GetWorkItemsActive() const {
 std::size_t TWorkerThreadPool::TerminateWorkItems() {
   if (fWorkerItemsQueue.NotDone() == 0) return 0;
   fIsTerminatingAllWorkitems = true;
+  struct TEnd {
+    std::atomic<bool>& terminating;
+    ~TEnd() { terminating = false; }
+  } const end{fIsTerminatingAllWorkitems}; // an item's clean-up may raise
   const std::size_t dropped = fWorkerItemsQueue.Clear();
   std::size_t reached = dropped;
   if (dropped > 0 && fWorkerItemsQueue.Done(dropped)) {
@@ -172,7 +176,6 @@ std::size_t TWorkerThreadPool::TerminateWorkItems() {
       reached += worker && worker->TerminateWorkItem() ? 1U : 0U;
     });
   }
-  fIsTerminatingAllWorkitems = false;
   return reached;
 }
 
@@ -281,6 +284,11 @@ void TWorkerThreadPool::ThreadKilled(TKivThread& pThread) {
   if (worker->fRunsEvent) fWorkerItemsQueue.EndAllDone();
 }
 
+bool TWorkerThreadPool::Kill(TKivThread& pThread) {
+  const auto still = fWorkerItemsQueue.Lock();
+  return TCustomThreadPool::Kill(pThread);
+}
+
 std::wstring TWorkerThreadPool::DescribeForcedEnd(TKivThread& pThread) {
   const ComPtr<IWorkItem> item = ItemOf(pThread);
   if (!item) return TCustomThreadPool::DescribeForcedEnd(pThread);
@@ -306,9 +314,10 @@ void TWorkerThreadPool::Dispose() {
 }
 
 void TWorkerThreadPool::TerminateAllThreads(bool pForce) {
-  if (!EndThreads(false)) return;
+  const TStay stay(*this);
+  EndThreads(false);
   TerminateWorkItems();
-  if (!EndThreads(pForce)) return;
+  EndThreads(pForce);
   if (pForce) {
     const std::size_t dropped = fWorkerItemsQueue.Clear();
     const bool last = dropped > 0 && fWorkerItemsQueue.Done(dropped);

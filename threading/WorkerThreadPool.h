@@ -107,6 +107,7 @@ protected:
   virtual void DoNewThread(TWorkerThread& pThread);
   void ThreadRemoved() override;
   void ThreadKilled(TKivThread& pThread) override;
+  bool Kill(TKivThread& pThread) override;
   std::wstring DescribeForcedEnd(TKivThread& pThread) override;
 
 private:

@@ -12,18 +12,6 @@ namespace {
 
 using enum TTaskStatus;
 
-// Gives a thread something to do until the test lets go.
-class TGatedThread : public TKivThread {
-public:
-  explicit TGatedThread(TGate& pGate) : fGate(pGate) {}
-
-protected:
-  void Execute() override { fGate.Pass(); }
-
-private:
-  TGate& fGate;
-};
-
 class TTalkingPool : public TWorkerThreadPool {
 public:
   ~TTalkingPool() override { EndAllThreads(); }

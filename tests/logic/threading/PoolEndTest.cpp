@@ -96,6 +96,33 @@ TEST_F(PoolEnd, AWorkerThatIsStuckIsEndedByForceAfterItsTime) {
   EXPECT_EQ(LiveObjects(), before) << "the item loses the pool's references";
 }
 
+// Where threads can be killed: not with the lock of the queue, which the pool would wait for in vain.
+TEST_F(PoolEnd, AWorkerThatIsEndedInThePoolsOwnCodeLeavesItUsable) {
+  const TLines lines;
+  ManualTime time;
+  const ScopedThreadApi scope(time.Api());
+  for (int round = 0; round < 4; ++round) {
+    const auto trap = std::make_shared<TTrap>();
+    TWorkerThreadPool pool;
+    pool.SetMaxRunningThreads(1);
+    pool.AddWorkItem(Make<TProbe>([&pool, &trap = *trap] {
+      trap.gate.Open();
+      trap.gate.Pass();
+      const IWorkItems none; // what asks for no memory: the lock of the heap isn't the pool's to keep
+      while (trap.spin) pool.AddWorkItems(none, TPriority::Normal);
+    }));
+    trap->gate.AwaitArrivals();
+    pool.TerminateThreads(true);
+    const auto next = Make<TProbe>();
+    pool.AddWorkItem(next);
+    next->Wait();
+    trap->spin = false;
+    pool.TerminateThreads(true);
+    EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  }
+  EXPECT_GE(lines.Get().size(), 4U);
+}
+
 TEST_F(PoolEnd, AThreadOfTheCallersIsEndedByForceToo) {
   class TStuckThread : public TKivThread {
   public:
@@ -209,6 +236,48 @@ TEST_F(PoolEnd, APoolMayFreeItselfWithItsLastThread) {
   EXPECT_EQ(left, 1);
 }
 
+TEST_F(PoolEnd, APoolThatFreesItselfOutlivesTheCallThatEndsIt) {
+  TThreadApi api;
+  api.sleep = [sleep = ThreadApi().sleep](std::chrono::milliseconds time) {
+    if (MainThread::IsCurrent()) TThread::AwaitAllEnded(std::chrono::seconds(60)); // the threads are quicker
+    sleep(time);
+  };
+  const ScopedThreadApi scope(api);
+  auto* const pool = new TWorkerThreadPool;
+  pool->SetFreeOnLastThreadTermination(true);
+  const auto token = std::make_shared<int>();
+  pool->SetOnAllWorkItemsDone([token](bool) {});
+  TGate gate;
+  pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+  gate.AwaitArrivals();
+  gate.Open();
+  pool->Dispose();
+  EXPECT_EQ(token.use_count(), 1) << "it is gone";
+}
+
+TEST_F(PoolEnd, APoolEndsThoughItsItemsQueueOthersForEver) {
+  for (const bool destroy : {false, true}) {
+    class TFollowed : public TBasicWorkItem {
+    public:
+      explicit TFollowed(TWorkerThreadPool& pPool) : fPool(pPool) {}
+      void DoWork() override {
+        while (!Terminated()) std::this_thread::yield();
+        fPool.AddWorkItems({Make<TFollowed>(fPool)}, TPriority::Normal);
+      }
+
+    private:
+      TWorkerThreadPool& fPool;
+    };
+    TWorkerThreadPool pool;
+    pool.AddWorkItem(Make<TFollowed>(pool));
+    while (pool.GetActiveThreadCount() == 0) std::this_thread::yield();
+    if (destroy) continue;
+    pool.TerminateThreads(true);
+    EXPECT_EQ(pool.Count(), 0);
+    EXPECT_EQ(pool.QueueLength(), 0U);
+  }
+}
+
 TEST_F(PoolEnd, EachThreadsEndIsToldOnTheMainThread) {
   int told = 0;
   {
@@ -286,20 +355,10 @@ TEST_F(PoolEnd, AQueuedCallThatRaisesDoesntKeepAPoolFromEnding) {
 }
 
 TEST_F(PoolEnd, ExcessThreadsOfThePlainPoolWaitForTheirTurn) {
-  class TGated : public TKivThread {
-  public:
-    explicit TGated(TGate& pGate) : fGate(pGate) {}
-
-  protected:
-    void Execute() override { fGate.Pass(); }
-
-  private:
-    TGate& fGate;
-  };
   TGate gates[3];
   TThreadPool pool;
   pool.SetMaxRunningThreads(1);
-  for (auto& gate : gates) pool.Add(new TGated(gate));
+  for (auto& gate : gates) pool.Add(new TGatedThread(gate));
   gates[0].AwaitArrivals();
   EXPECT_EQ(pool.Count(), 3);
   EXPECT_EQ(pool.RunningThreadCount(), 1);

@@ -79,14 +79,13 @@ TEST_F(PoolEvents, ACancelledItemIsNeitherRunNorDelivered) {
     EXPECT_EQ(item->terminates, 1);
   }
   // One that is cancelled while it runs isn't delivered.
-  const auto itself = Make<TProbe>();
-  TProbe* const raw = itself.Get();
-  const auto runs = Make<TProbe>([raw] { raw->Cancel(); });
-  const auto own = Make<TProbe>([] {});
-  own->SetStatus(TTaskStatus::Created);
-  pool.AddWorkItem(runs);
-  runs->Wait();
+  ComPtr<TProbe> itself;
+  itself = Make<TProbe>([&] { itself->Cancel(); });
+  pool.AddWorkItem(itself);
+  PumpUntil([&] { return !pool.GetWorkItemsActive(); });
   EXPECT_EQ(itself->GetStatus(), TTaskStatus::Canceled);
+  EXPECT_EQ(itself->works, 1);
+  EXPECT_EQ(itself->dones, 0);
 }
 
 TEST_F(PoolEvents, ItemsQueueFurtherItems) {
@@ -160,6 +159,48 @@ TEST_F(PoolEvents, TerminateWorkItemsDropsWhatWaitsAndCancelsWhatRuns) {
   PumpUntil([&] { return !pool.GetWorkItemsActive(); });
   EXPECT_EQ(running->dones, 0);
   EXPECT_EQ(waiting->works, 0);
+}
+
+TEST_F(PoolEvents, ACleanUpThatRaisesDoesntCloseThePoolToNewItems) {
+  class TRaiser : public TProbe {
+  public:
+    using TProbe::TProbe;
+
+  protected:
+    void Terminate() override {
+      TProbe::Terminate();
+      throw std::runtime_error("bad clean-up");
+    }
+  };
+  TWorkerThreadPool pool;
+  TGate gate;
+  pool.AddWorkItem(Make<TRaiser>([&] { gate.Pass(); }));
+  gate.AwaitArrivals();
+  EXPECT_THROW(pool.TerminateWorkItems(), std::runtime_error);
+  gate.Open();
+  const auto next = Make<TProbe>();
+  pool.AddWorkItem(next);
+  next->Wait();
+}
+
+TEST_F(PoolEvents, AnItemRunsAsOftenAsItIsAdded) {
+  TWorkerThreadPool pool;
+  pool.SetMaxRunningThreads(1);
+  ComPtr<TProbe> item;
+  item = Make<TProbe>([&] {
+    if (item->works == 1) pool.AddWorkItem(item);
+  });
+  pool.AddWorkItem(item);
+  PumpUntil([&] { return !pool.GetWorkItemsActive(); });
+  EXPECT_EQ(item->works, 2) << "added anew by its own work";
+  pool.SetMaxRunningThreads(0);
+  PumpUntil([&] { return !pool.ThreadsActive(); });
+  pool.AddWorkItems({item, item}, TPriority::Normal);
+  pool.SetMaxRunningThreads(1);
+  pool.SetMinWorkerThreads(1);
+  PumpUntil([&] { return pool.QueueLength() == 0 && !pool.GetWorkItemsActive(); });
+  EXPECT_EQ(item->works, 4);
+  EXPECT_EQ(item->dones, 4);
 }
 
 TEST_F(PoolEvents, ADroppedItemOfAPausedPoolIsTheLastOneToo) {

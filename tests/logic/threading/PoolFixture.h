@@ -64,6 +64,18 @@ private:
   std::atomic<int> fMissing;
 };
 
+/// A thread of the caller's that hangs until the test lets go.
+class TGatedThread : public TKivThread {
+public:
+  explicit TGatedThread(TGate& pGate) : fGate(pGate) {}
+
+protected:
+  void Execute() override { fGate.Pass(); }
+
+private:
+  TGate& fGate;
+};
+
 /// Runs what is queued to the main thread until something is so.
 inline void PumpUntil(const std::function<bool()>& pReached) {
   while (!pReached()) MainThread::CheckSynchronize(std::chrono::milliseconds(1));

@@ -71,6 +71,26 @@ TEST_F(WorkItem, CleansUpOnceWhenManyCancelAndTheWorkerChangesTheStatus) {
   }
 }
 
+TEST_F(WorkItem, IsCancelledWhenCancelReturnsThoughAnotherThreadStillCleansUp) {
+  class TSlow : public TBasicWorkItem {
+  public:
+    void DoWork() override {}
+    TGate gate;
+
+  protected:
+    void Terminate() override {
+      gate.Pass();
+      TBasicWorkItem::Terminate();
+    }
+  };
+  const auto item = Make<TSlow>();
+  std::jthread other([&] { item->Cancel(); });
+  item->gate.AwaitArrivals();
+  item->Cancel();
+  EXPECT_EQ(item->GetStatus(), Canceled);
+  item->gate.Open();
+}
+
 TEST_F(WorkItem, LookingAtTheStatusIsWhatNoticesTheToken) {
   CancellationToken record;
   const auto item = Make<TProbe>(nullptr, record);
