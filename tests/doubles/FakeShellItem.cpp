@@ -1,6 +1,7 @@
 #include <doubles/FakeShellItem.h>
 
 #include <core/SpecialFolders.h>
+#include <doubles/Crash.h>
 
 #include <atomic>
 #include <cstring>
@@ -63,7 +64,7 @@ HRESULT FakeShellItem::QueryInterface(REFIID pIid, void** pObject) {
 }
 
 void FakeShellItem::MaybeCrash() const {
-  if (fScript.crashes) *static_cast<volatile int*>(nullptr) = 0;
+  if (fScript.crashes) Crash();
 }
 
 HRESULT FakeShellItem::BindToHandler(IBindCtx* pContext, REFGUID pHandler, REFIID pIid, void** pObject) {

@@ -23,7 +23,7 @@ HGLOBAL Memory(const THead& head, std::wstring_view text = {}) {
   const HGLOBAL memory = GlobalAlloc(GHND, sizeof(head) + text.size() * sizeof(wchar_t));
   auto* const bytes = static_cast<char*>(GlobalLock(memory));
   std::memcpy(bytes, &head, sizeof(head));
-  std::memcpy(bytes + sizeof(head), text.data(), text.size() * sizeof(wchar_t));
+  if (!text.empty()) std::memcpy(bytes + sizeof(head), text.data(), text.size() * sizeof(wchar_t));
   GlobalUnlock(memory);
   return memory;
 }
