@@ -1,5 +1,6 @@
 #include <core/DataObjectFiles.h>
 
+#include <doubles/Crash.h>
 #include <platform/FileFormats.h>
 #include <platform/InterfacedObject.h>
 
@@ -97,7 +98,10 @@ TEST(DataObjectFiles, TheBestFormatOfferedGivesTheNames) {
     owner->AddRef();
     EXPECT_EQ(owner->Release(), 1U);
     // A crash, a failure that leaves something behind, and a medium that wasn't asked for.
-    data->offers[CF_HDROP] = [](STGMEDIUM&) -> HRESULT { return *static_cast<volatile HRESULT*>(nullptr); };
+    data->offers[CF_HDROP] = [](STGMEDIUM&) -> HRESULT {
+      test::Crash();
+      return S_OK;
+    };
     EXPECT_EQ(GetFilenamesFromDataObject(data.Get()), TNames{L"dir\\wide"});
     data->offers[CF_HDROP] = [](STGMEDIUM& medium) {
       medium.tymed = TYMED_HGLOBAL;
