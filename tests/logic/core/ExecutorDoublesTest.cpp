@@ -1,10 +1,10 @@
+#include <doubles/Barrier.h>
 #include <doubles/ManualClock.h>
 #include <doubles/ManualExecutor.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <barrier>
 #include <chrono>
 #include <functional>
 #include <memory>
@@ -89,17 +89,17 @@ TEST(ManualExecutor, TakesClosuresFromManyThreadsWhileItRuns) {
   constexpr int Each = 500;
   ManualExecutor executor;
   std::vector<std::vector<int>> ran(Threads);
-  std::barrier start(Threads + 1);
+  TBarrier start(Threads + 1);
   std::vector<std::jthread> threads;
   for (int t = 0; t < Threads; ++t) {
     threads.emplace_back([&, t] {
-      start.arrive_and_wait();
+      start.ArriveAndWait();
       for (int i = 0; i < Each; ++i) {
         executor.Queue([&ran, t, i] { ran[static_cast<std::size_t>(t)].push_back(i); });
       }
     });
   }
-  start.arrive_and_wait();
+  start.ArriveAndWait();
   for (std::size_t done = 0; done < Threads * Each;) done += executor.RunAll();
   for (const auto& order : ran) {
     ASSERT_EQ(order.size(), static_cast<std::size_t>(Each));

@@ -2,10 +2,11 @@
 
 #include <platform/Exception.h>
 
+#include <doubles/Barrier.h>
+
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <barrier>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -242,12 +243,12 @@ TEST(MainThreadQueue, LosesNothingUnderLoad) {
   std::vector<int> last(producers, -1);
   std::vector<int> count(producers, 0);
   std::atomic<int> running{producers};
-  std::barrier start(producers + 1);
+  test::TBarrier start(producers + 1);
   std::vector<std::thread> threads;
   for (int p = 0; p < producers; ++p) {
     threads.emplace_back([&, p] {
       std::mt19937 random(static_cast<unsigned>(p));
-      start.arrive_and_wait();
+      start.ArriveAndWait();
       int owner = 0;
       for (int i = 0; i < each; ++i) {
         const TProcedure note = [&, p, i] {
@@ -269,7 +270,7 @@ TEST(MainThreadQueue, LosesNothingUnderLoad) {
       bench.queue.Queue([] {});
     });
   }
-  start.arrive_and_wait();
+  start.ArriveAndWait();
   while (running > 0 || !bench.queue.IsEmpty()) bench.queue.CheckSynchronize(1h);
   for (auto& thread : threads) thread.join();
   bench.queue.CheckSynchronize();

@@ -40,12 +40,12 @@ TEST_F(Cancellation, ThreadsThatConvertAtOnceGetTheSameToken) {
   for (int round = 0; round < 200; ++round) {
     CancellationToken record;
     ComPtr<ICancellationToken> got[4];
-    TStartLine start(4);
+    test::TBarrier start(4);
     {
       std::vector<std::jthread> threads;
       for (auto& mine : got) {
         threads.emplace_back([&] {
-          start.Arrive();
+          start.ArriveAndWait();
           mine = record;
         });
       }

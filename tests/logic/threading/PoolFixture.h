@@ -1,5 +1,6 @@
 #pragma once
 
+#include <doubles/Barrier.h>
 #include <doubles/Gate.h>
 #include <framework/Thread.h>
 #include <platform/Lifecycle.h>
@@ -49,19 +50,6 @@ protected:
 
 private:
   TProcedure fWork;
-};
-
-/// Lets a number of threads go on at the same moment. Spins: MinGW's std::barrier loses wake-ups.
-class TStartLine {
-public:
-  explicit TStartLine(int pCount) : fMissing(pCount) {}
-  void Arrive() {
-    --fMissing;
-    while (fMissing > 0) std::this_thread::yield();
-  }
-
-private:
-  std::atomic<int> fMissing;
 };
 
 /// A thread of the caller's that hangs until the test lets go.

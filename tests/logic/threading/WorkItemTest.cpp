@@ -51,17 +51,17 @@ TEST_F(WorkItem, CleansUpOnceWhenManyCancelAndTheWorkerChangesTheStatus) {
     CancellationToken record;
     const auto item = Make<TProbe>(nullptr, record);
     item->SetStatus(WaitingToRun);
-    TStartLine start(3);
+    test::TBarrier start(3);
     std::jthread a([&] {
-      start.Arrive();
+      start.ArriveAndWait();
       item->Cancel();
     });
     std::jthread b([&] {
-      start.Arrive();
+      start.ArriveAndWait();
       record.Cancel();
       item->GetStatus();
     });
-    start.Arrive();
+    start.ArriveAndWait();
     item->TryChangeStatus(Running);
     item->TryChangeStatus(Completed);
     a.join();
