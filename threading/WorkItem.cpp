@@ -41,9 +41,19 @@ bool TBasicWorkItem::ClaimTermination() noexcept {
          !fTerminationClaimed.exchange(true, std::memory_order_acq_rel);
 }
 
+// What a clean-up raises passes on, but no item stays unfinished for it, for which somebody may wait.
+void TBasicWorkItem::CleanUp() {
+  try {
+    Terminate();
+  } catch (...) {
+    fStatus.store(TTaskStatus::Canceled, std::memory_order_release);
+    throw;
+  }
+}
+
 void TBasicWorkItem::Cancel() {
   if (ClaimTermination()) {
-    Terminate();
+    CleanUp();
   } else {
     fStatus.store(TTaskStatus::Canceled, std::memory_order_release); // who cleans up may not have got there yet
   }
@@ -51,7 +61,7 @@ void TBasicWorkItem::Cancel() {
 
 void TBasicWorkItem::SetStatus(TTaskStatus pStatus) {
   if (pStatus == TTaskStatus::Canceled) {
-    if (ClaimTermination()) Terminate();
+    if (ClaimTermination()) CleanUp();
   } else if (fTerminationClaimed.load(std::memory_order_relaxed)) {
     fTerminationClaimed.store(false, std::memory_order_relaxed);
   }

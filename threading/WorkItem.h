@@ -130,6 +130,7 @@ protected:
 
 private:
   bool ClaimTermination() noexcept;
+  void CleanUp();
 
   std::atomic<TTaskStatus> fStatus{TTaskStatus::Created};
   std::atomic<bool> fTerminationClaimed{false};

@@ -91,6 +91,22 @@ TEST_F(WorkItem, IsCancelledWhenCancelReturnsThoughAnotherThreadStillCleansUp) {
   item->gate.Open();
 }
 
+TEST_F(WorkItem, IsFinalThoughItsCleanUpRaises) {
+  class TRaising : public TBasicWorkItem {
+  public:
+    void DoWork() override {}
+
+  protected:
+    void Terminate() override { throw std::runtime_error("clean-up"); }
+  };
+  const auto cancelled = Make<TRaising>();
+  EXPECT_THROW(cancelled->Cancel(), std::runtime_error);
+  cancelled->Wait();
+  const auto set = Make<TRaising>();
+  EXPECT_THROW(set->SetStatus(Canceled), std::runtime_error);
+  set->Wait();
+}
+
 TEST_F(WorkItem, LookingAtTheStatusIsWhatNoticesTheToken) {
   CancellationToken record;
   const auto item = Make<TProbe>(nullptr, record);
