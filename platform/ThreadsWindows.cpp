@@ -72,6 +72,7 @@ std::unique_ptr<IPlatformThread> BeginThread(std::function<void()> body) {
 // --- apartments ------------------------------------------------------------------------------------------------------
 
 struct TApartmentState {
+  int entered = 0; // how many times; COM lets a thread in again if it is for the same kind of apartment
   bool served = false;
   HANDLE never = nullptr; // an event that nobody sets: what a sleep waits for
 };
@@ -167,13 +168,18 @@ bool SetCurrentThreadBackground(bool pBackground) noexcept {
 bool EnterApartment(bool pFreeThreaded) noexcept {
   const DWORD flags = pFreeThreaded ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED;
   if (FAILED(CoInitializeEx(nullptr, flags | COINIT_SPEED_OVER_MEMORY))) return false;
-  if (!pFreeThreaded) gApartment = {true, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  if (gApartment.entered++ == 0 && !pFreeThreaded) {
+    gApartment.served = true;
+    gApartment.never = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+  }
   return true;
 }
 
 void LeaveApartment() noexcept {
-  const TApartmentState state = std::exchange(gApartment, {});
-  if (state.never) CloseHandle(state.never);
+  if (--gApartment.entered == 0) {
+    const TApartmentState state = std::exchange(gApartment, {});
+    if (state.never) CloseHandle(state.never);
+  }
   CoUninitialize();
 }
 

@@ -5,6 +5,7 @@
 #include <platform/ComPtr.h>
 #include <platform/Lifecycle.h>
 #include <platform/MainThread.h>
+#include <platform/Threads.h>
 #include <threading/KivThread.h>
 #include <threading/WorkProcedures.h>
 #include <threading/WorkerPool.h>
@@ -103,6 +104,10 @@ protected:
 
 TEST_F(WorkerApartment, IsServedWhileTheWorkerIsIdle) {
   EXPECT_EQ(fApartment, TApartment::SingleThreaded);
+  Run([] { // an item that enters once more, and leaves, leaves the thread as it was
+    ASSERT_TRUE(EnterApartment(false));
+    LeaveApartment();
+  });
   EXPECT_TRUE(Reach());
 }
 
