@@ -44,12 +44,16 @@ void TThread::Start() {
     core->released.notify_all();
     return;
   }
-  gRunning.fetch_add(1);
+  struct TCount {
+    ~TCount() {
+      if (!begun) gRunning.fetch_sub(1);
+    }
+    bool begun = false;
+  } count;
+  gRunning.fetch_add(1); // before the thread can count itself out
   core->thread = ThreadApi().beginThread([this, core] { Run(this, core); });
-  if (!core->thread) {
-    gRunning.fetch_sub(1);
-    throw EThread(L"The platform makes no more threads.");
-  }
+  if (!core->thread) throw EThread(L"The platform makes no more threads.");
+  count.begun = true;
   if (GetPriority() != TThreadPriority::tpNormal) core->thread->SetPriority(GetPriority());
 }
 
