@@ -93,9 +93,14 @@ TOutcome Load(const TPoolOptions& options) {
     pool.SetMinWorkerThreads(std::min(options.minimum, pool.GetMaxRunningThreads()));
     pool.SetOnAllWorkItemsDone([&done](bool) { done.Set(); });
     std::atomic<bool> added{false};
+    std::exception_ptr raised;
     const auto start = TClock::now();
     std::thread producer([&] {
-      AddItems(load, pool);
+      try {
+        AddItems(load, pool);
+      } catch (...) {
+        raised = std::current_exception(); // no thread to be had
+      }
       added = true;
       done.Set();
     });
@@ -109,6 +114,7 @@ TOutcome Load(const TPoolOptions& options) {
     }
     outcome.seconds = Microseconds(TClock::now() - start) / 1e6;
     producer.join();
+    if (raised) std::rethrow_exception(raised);
   }
   outcome.latencies = std::move(load.latencies);
   std::erase_if(outcome.latencies, [](float latency) { return latency < 0; });
