@@ -67,7 +67,9 @@ public:
   ULONG STDMETHODCALLTYPE AddRef() override { return fReferences.fetch_add(1, std::memory_order_relaxed) + 1; }
 
   ULONG STDMETHODCALLTYPE Release() override {
-    const ULONG left = fReferences.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    // Who holds the only reference needs no locked step to see that: nobody else can count one up.
+    const bool only = fReferences.load(std::memory_order_acquire) == 1;
+    const ULONG left = only ? 0 : fReferences.fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (left == 0) {
       // Far from zero, so that references that come and go inside the destructor don't end the object again.
       fReferences.store(BeingDestroyed, std::memory_order_relaxed);
