@@ -39,7 +39,7 @@ void TWorkItemsQueue::Push(ComPtr<IWorkItem> pItem, bool pHighPriority) {
     fList.push_front(std::move(pItem));
   }
   fLength.store(fList.size(), std::memory_order_relaxed);
-  fNotDone.fetch_add(1, std::memory_order_relaxed);
+  fAdded.store(fAdded.load(std::memory_order_relaxed) + 1, std::memory_order_release);
 }
 
 ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
@@ -49,9 +49,9 @@ ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
   return item;
 }
 
-// The signal to set when the lock is free again, if somebody waits for what is there.
+// The signal to set when the lock is free again, if somebody waits for what is there and nobody is about to take it.
 TWorkItemsQueue::TWaker TWorkItemsQueue::NextWaker() {
-  if (fList.empty() || fWaiting.empty() || fAllWorkItemsDoneEventCount > 0) return nullptr;
+  if (fList.empty() || fWaiting.empty() || fSearching || fAllWorkItemsDoneEventCount > 0) return nullptr;
   TWaker waker = std::move(fWaiting.back());
   fWaiting.pop_back();
   return waker;
@@ -68,10 +68,10 @@ void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
   Wake(waker);
 }
 
-void TWorkItemsQueue::Add(const IWorkItems& pItems, bool pHighPriority) {
+void TWorkItemsQueue::Add(IWorkItems pItems, bool pHighPriority) {
   for (const auto& item : pItems) item->SetStatus(TTaskStatus::WaitingToRun);
   TLock guard = Lock();
-  for (const auto& item : pItems) Push(item, pHighPriority);
+  for (auto& item : pItems) Push(std::move(item), pHighPriority);
   const TWaker waker = NextWaker();
   guard.unlock();
   Wake(waker);
@@ -106,19 +106,24 @@ bool TWorkItemsQueue::ContainsWorkItem(REFIID pInterfaceId) const {
 
 // --- workers ---------------------------------------------------------------------------------------------------------
 
-bool TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker) {
+TWorkItemsQueue::TFound TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast) {
   TLock guard = Lock();
+  if (pLast == TFound::Search) fSearching = false;
   const auto listed = std::find(fWaiting.begin(), fWaiting.end(), pWaker);
   if (fList.empty() || fAllWorkItemsDoneEventCount > 0) {
+    if (pLast == TFound::Item && !fSearching) {
+      fSearching = true;
+      return TFound::Search;
+    }
     if (listed == fWaiting.end()) fWaiting.push_back(pWaker);
-    return false;
+    return TFound::Nothing;
   }
   if (listed != fWaiting.end()) fWaiting.erase(listed);
   pItem = Pop();
   const TWaker waker = NextWaker();
   guard.unlock();
   Wake(waker);
-  return true;
+  return TFound::Item;
 }
 
 void TWorkItemsQueue::Leave(const TWaker& pWaker) {
@@ -130,7 +135,8 @@ void TWorkItemsQueue::Leave(const TWaker& pWaker) {
 }
 
 bool TWorkItemsQueue::Done(std::size_t pCount) noexcept {
-  return fNotDone.fetch_sub(pCount, std::memory_order_acq_rel) == pCount;
+  const std::size_t done = fDone.fetch_add(pCount, std::memory_order_acq_rel) + pCount;
+  return done == fAdded.load(std::memory_order_acquire);
 }
 
 bool TWorkItemsQueue::BeginAllDone() noexcept {

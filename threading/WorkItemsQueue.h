@@ -35,10 +35,10 @@ inline bool Supports(IUnknown& pObject, REFIID pInterfaceId) {
 /// The last item of the list runs next. Normal items come in at the front, Highest ones at the end: Normal items run
 /// first-in first-out, Highest ones before all Normal ones and among themselves last-in first-out.
 ///
-/// Nobody is woken in vain and nothing waits unseen: each worker that finds nothing leaves its own signal here before
-/// it sleeps; who adds an item takes the latest signal out and sets it; who takes an item while more remain does the
-/// same (so a batch needs one wake-up from its adder); and a worker that leaves with a wake-up in its hands passes it
-/// on.
+/// Nobody is woken in vain and nothing waits unseen: a worker that finds nothing looks around for a moment, one worker
+/// at a time; then, as the others do at once, it leaves its own signal here and sleeps. Who adds an item takes the
+/// latest signal out and sets it, unless somebody looks around; who takes an item while more remain does the same (so a
+/// batch needs one wake-up from its adder); and a worker that leaves with a wake-up in its hands passes it on.
 ///
 /// While the event of the last item runs, nobody gets an item (`BeginAllDone`, `EndAllDone`).
 class KIV_EXPORT TWorkItemsQueue {
@@ -54,7 +54,7 @@ public:
   /// Sets the item to WaitingToRun, counts it, and wakes a worker that waits.
   void Add(ComPtr<IWorkItem> pItem, bool pHighPriority);
   /// The same for each, in order, as one step.
-  void Add(const IWorkItems& pItems, bool pHighPriority);
+  void Add(IWorkItems pItems, bool pHighPriority);
   /// The next item; empty if there is none.
   ComPtr<IWorkItem> Dequeue();
   /// Drops all that waits, and says how many that were. Their statuses stay; they still count as not done.
@@ -67,14 +67,21 @@ public:
 
   // --- for workers ---
 
-  /// The next item. With none to be had, the worker is listed as waiting: it sleeps on its signal and calls again, or
-  /// Leave.
-  bool TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker);
+  enum class TFound {
+    Item,
+    Search, ///< nothing yet: look at Length for a moment and call again, without fail
+    Nothing ///< the worker is listed as waiting: it sleeps on its signal and calls again, or Leave
+  };
+  /// The next item, if there is one to be had. `pLast`: what the worker was told the last time, Item at first.
+  TFound TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast);
   /// The worker won't take anything any more: it is listed no longer, and hands a wake-up on that was meant for it.
   void Leave(const TWaker& pWaker);
 
   /// How many items wait or run.
-  std::size_t NotDone() const noexcept { return fNotDone.load(std::memory_order_acquire); }
+  std::size_t NotDone() const noexcept {
+    const std::size_t done = fDone.load(std::memory_order_acquire); // first: it never passes what was added by then
+    return fAdded.load(std::memory_order_acquire) - done;
+  }
   /// Items are done, or dropped. True if they were the last ones.
   bool Done(std::size_t pCount = 1) noexcept;
   /// True if the event of the last item is the caller's to raise: no other runs, and nothing has been added meanwhile.
@@ -92,11 +99,14 @@ private:
 
   // What changes with each item shares a cache line with the lock, and nothing else does.
   alignas(64) mutable std::mutex fLock;
-  std::atomic<std::size_t> fLength{0};  // of fList; written under fLock
-  std::atomic<std::size_t> fNotDone{0}; // raised under fLock
-  int fAllWorkItemsDoneEventCount = 0;  // guarded by fLock
-  std::deque<ComPtr<IWorkItem>> fList;  // guarded by fLock
-  std::vector<TWaker> fWaiting;         // guarded by fLock
+  std::atomic<std::size_t> fLength{0}; // of fList; written under fLock
+  std::atomic<std::size_t> fAdded{0};  // all items so far; written under fLock
+  int fAllWorkItemsDoneEventCount = 0; // guarded by fLock
+  bool fSearching = false;             // guarded by fLock: a worker was told Search and comes back
+  std::deque<ComPtr<IWorkItem>> fList; // guarded by fLock
+  std::vector<TWaker> fWaiting;        // guarded by fLock
+  // Of fAdded, those that are done. Written by workers without the lock, whose cache line it leaves alone.
+  alignas(64) std::atomic<std::size_t> fDone{0};
 };
 
 } // namespace kiv

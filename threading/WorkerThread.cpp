@@ -14,17 +14,19 @@ TWorkerThread::TWorkerThread(TWorkerThreadPool& pPool) : fPool(pPool) {}
 
 TWorkerThread::~TWorkerThread() {
   Finish();
+  DropWorkItem(); // of a thread that was ended by force
 }
 
 ComPtr<IWorkItem> TWorkerThread::GetWorkItem() const {
   const std::lock_guard guard(fWorkItemLock);
-  return fWorkItem;
+  return fWorkItem.load(std::memory_order_acquire);
 }
 
 void TWorkerThread::DropWorkItem() noexcept {
   ComPtr<IWorkItem> dropped; // let go behind the lock: that is foreign code
   const std::lock_guard guard(fWorkItemLock);
-  dropped.Swap(fWorkItem);
+  dropped.Attach(fWorkItem.load(std::memory_order_relaxed));
+  fWorkItem.store(nullptr, std::memory_order_relaxed);
 }
 
 bool TWorkerThread::TerminateWorkItem() {
@@ -84,7 +86,7 @@ bool TWorkerThread::CarryOn() {
 
 void TWorkerThread::RunWorkItem() noexcept {
   // Nothing but fWorkItem holds the item here: a thread that is ended by force takes no reference along.
-  IWorkItem& item = *fWorkItem.Get();
+  IWorkItem& item = *fWorkItem.load(std::memory_order_relaxed);
   std::exception_ptr raised;
   try {
     const TTaskStatus found = item.GetStatus();

@@ -42,9 +42,11 @@ private:
   TWorkerThreadPool& fPool;
   const TWorkItemsQueue::TWaker fWaker = std::make_shared<TSignal>();
   mutable TSpinLock fWorkItemLock;
-  ComPtr<IWorkItem> fWorkItem; // written by this thread only, under the lock
-  bool fCarriesItem = false;   // from the queue until it is counted as done; written inside only, as the next
-  bool fRunsEvent = false;     // the event of the last item
+  // A reference of its own; written by this thread only. Taken out under the lock, so that who reads it there can count
+  // it; put in without.
+  std::atomic<IWorkItem*> fWorkItem{nullptr};
+  bool fCarriesItem = false; // from the queue until it is counted as done; written inside only, as the next
+  bool fRunsEvent = false;   // the event of the last item
 };
 
 } // namespace kiv

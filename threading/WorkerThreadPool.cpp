@@ -115,12 +115,12 @@ void TWorkerThreadPool::AddWorkItem(ComPtr<IWorkItem> pWorkItem, TPriority pPrio
   CheckAddNewWorkerThread();
 }
 
-void TWorkerThreadPool::AddWorkItems(const IWorkItems& pWorkItems, TPriority pPriority) {
+void TWorkerThreadPool::AddWorkItems(IWorkItems pWorkItems, TPriority pPriority) {
   RefuseIfDestroying();
   for (const auto& item : pWorkItems) {
     if (!item) throw EInvalidArgument(L"There is no work item to add.");
   }
-  fWorkerItemsQueue.Add(pWorkItems, pPriority == TPriority::Highest);
+  fWorkerItemsQueue.Add(std::move(pWorkItems), pPriority == TPriority::Highest);
   CheckAddNewWorkerThread();
 }
 
@@ -202,11 +202,16 @@ void TWorkerThreadPool::TriggerAllWorkItemsDoneEvent(bool pTerminated) noexcept 
 
 // On a worker: waits for the next item. False if none came, and the worker is to look whether it shall end.
 bool TWorkerThreadPool::TakeWorkItem(TWorkerThread& pThread) {
-  // The next item is often about to come: a sleep and a wake-up cost more than a look around.
-  for (int spins = 0; spins < SpinsBeforeSleep && fWorkerItemsQueue.Length() == 0; ++spins) RelaxProcessor();
+  using TFound = TWorkItemsQueue::TFound;
   ComPtr<IWorkItem> item;
   std::uint64_t start = 0;
-  while (!fWorkerItemsQueue.TakeOrList(item, pThread.fWaker)) {
+  TFound found = TFound::Item;
+  while ((found = fWorkerItemsQueue.TakeOrList(item, pThread.fWaker, found)) != TFound::Item) {
+    if (found == TFound::Search) {
+      // The next item is often about to come: a sleep and a wake-up cost more than a look around.
+      for (int spins = 0; spins < SpinsBeforeSleep && QueueLength() == 0; ++spins) RelaxProcessor();
+      continue;
+    }
     const std::uint64_t now = ThreadApi().tickCount();
     if (start == 0) start = now;
     const bool idle = now < start || now - start > GetMaxIdleTime();
@@ -219,10 +224,7 @@ bool TWorkerThreadPool::TakeWorkItem(TWorkerThread& pThread) {
       return false;
     }
   }
-  {
-    const std::lock_guard guard(pThread.fWorkItemLock);
-    pThread.fWorkItem = std::move(item);
-  }
+  pThread.fWorkItem.store(item.Detach(), std::memory_order_release);
   pThread.fCarriesItem = true;
   try {
     CheckAddNewWorkerThread();

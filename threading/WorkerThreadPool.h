@@ -28,8 +28,8 @@ void CallAllWorkItemsFinished(const TAllWorkItemsFinished& event, bool terminate
 /// What users of a pool need of it.
 struct IWorkerThreadPool : IUnknown {
   virtual void AddWorkItem(ComPtr<IWorkItem> pWorkItem, TPriority pPriority) = 0;
-  /// All in order, with one wake-up.
-  virtual void AddWorkItems(const IWorkItems& pWorkItems, TPriority pPriority) = 0;
+  /// All in order, with one wake-up. A vector that is moved in costs no reference.
+  virtual void AddWorkItems(IWorkItems pWorkItems, TPriority pPriority) = 0;
   /// Whether an item that waits or runs offers an interface.
   virtual bool ContainsWorkItem(REFIID pInterfaceID) = 0;
   /// Asks all threads to end, and doesn't wait.
@@ -65,7 +65,7 @@ public:
   /// Dropped without a word while TerminateWorkItems runs. Raises EInvalidOperation when the pool is being destroyed,
   /// EThread if the first thread can't be started (the item stays queued), EArgumentException for no item.
   void AddWorkItem(ComPtr<IWorkItem> pWorkItem, TPriority pPriority) override;
-  void AddWorkItems(const IWorkItems& pWorkItems, TPriority pPriority) override;
+  void AddWorkItems(IWorkItems pWorkItems, TPriority pPriority) override;
   bool ContainsWorkItem(REFIID pInterfaceID) override;
   /// An item that waits, if its tag is `pTag` or `pTag` is 0, or one that runs, if its tag is `pTag`.
   bool ContainsWorkItem(int pTag);

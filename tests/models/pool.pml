@@ -24,18 +24,21 @@
 #endif
 #define WORKERS 8 /* ids are used once: a signal that is set for a thread that has gone is lost */
 #define NONE 255
+#define ITEM 0 /* what a worker found */
+#define SEARCH 1
+#define NOTHING 2
 
 byte queued, not_done, running, done, dropped, hold;
 bool waiting[WORKERS], signal[WORKERS], alive[WORKERS], stop[WORKERS];
 byte count, next_id;
 byte idle_left = IDLE_ENDS;
-bool terminated, announced = true;
+bool searching, terminated, announced = true;
 
-/* With the lock held: takes out any of those who wait, if there is something for him. */
+/* With the lock held: takes out any of those who wait, if there is something for him that nobody is about to take. */
 inline next_waker(w) {
   w = NONE;
   if
-  :: queued > 0 && hold == 0 ->
+  :: queued > 0 && hold == 0 && !searching ->
      if
      :: waiting[0] -> w = 0
      :: waiting[1] -> w = 1
@@ -108,24 +111,34 @@ inline all_done(w) {
 }
 
 proctype Worker(byte i) {
-  byte w = NONE;
-  bool got, begun, last, zero;
+  byte w = NONE, found = ITEM;
+  bool begun, last, zero;
 again:
   if
   :: stop[i] -> goto remove
   :: else
   fi;
+look:
   atomic {
     if
-    :: queued == 0 || hold > 0 -> waiting[i] = true; got = false
+    :: found == SEARCH -> searching = false
+    :: else
+    fi;
+    if
+    :: queued == 0 || hold > 0 ->
+       if
+       :: found == ITEM && !searching -> found = SEARCH; searching = true
+       :: else -> found = NOTHING; waiting[i] = true
+       fi
     :: else ->
-       waiting[i] = false; queued--; got = true; running++;
+       waiting[i] = false; queued--; found = ITEM; running++;
        assert(hold == 0);
        next_waker(w)
     fi
   }
   if
-  :: !got ->
+  :: found == SEARCH -> goto look
+  :: found == NOTHING ->
 end_waiting:
      if
      :: signal[i] -> signal[i] = false

@@ -132,6 +132,22 @@ void ABatchPassesWhileTheItemsAreTerminatedAndASingleItemDoesnt() {
   adder->batch->Wait();
 }
 
+void TheLastItemsEventHoldsAllWorkersBack() {
+  TWorkItemsQueue queue;
+  const auto waker = std::make_shared<TSignal>();
+  using TFound = TWorkItemsQueue::TFound;
+  ComPtr<IWorkItem> item;
+  ASSERT_TRUE(queue.BeginAllDone());
+  EXPECT_FALSE(queue.BeginAllDone()) << "one at a time";
+  queue.Add(Make<TProbe>(), true);
+  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Nothing);
+  EXPECT_FALSE(waker->WaitFor({}));
+  queue.EndAllDone();
+  EXPECT_TRUE(waker->WaitFor({})) << "what was added meanwhile starts now";
+  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Item);
+  EXPECT_FALSE(queue.BeginAllDone()) << "something was added since the last was done";
+}
+
 void WhatIsWithdrawnWhileTheEventRunsIsntAnnouncedAgain() {
   std::atomic<int> begun{0};
   std::atomic<int> ended{0};
@@ -190,6 +206,7 @@ const struct {
     {"items dropped from the queue aren't told", &DroppedItemsAreNotTold},
     {"a batch isn't dropped while TerminateWorkItems runs",
      &ABatchPassesWhileTheItemsAreTerminatedAndASingleItemDoesnt},
+    {"no worker gets an item while the last item's event runs", &TheLastItemsEventHoldsAllWorkersBack},
     {"what is withdrawn while the last item's event runs isn't announced again",
      &WhatIsWithdrawnWhileTheEventRunsIsntAnnouncedAgain},
     {"a late future says Running whatever its status", &ALateFutureSaysRunningWhateverItIs},

@@ -35,6 +35,7 @@ public:
 
 using WorkItemsQueue = PoolTest;
 using TWaker = TWorkItemsQueue::TWaker;
+using TFound = TWorkItemsQueue::TFound;
 
 ComPtr<TProbe> Tagged(int tag) {
   return Make<TProbe>(nullptr, nullptr, tag);
@@ -97,24 +98,24 @@ TEST_F(WorkItemsQueue, EachItemWakesOneWhoWaitsAndNoWakeUpIsLost) {
   std::generate_n(std::back_inserter(wakers), 3, [] { return std::make_shared<TSignal>(); });
   ComPtr<IWorkItem> item;
   const auto all_wait = [&] {
-    for (const auto& waker : wakers) EXPECT_FALSE(queue.TakeOrList(item, waker));
+    for (const auto& waker : wakers) EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Nothing);
   };
   all_wait();
   // Two adds, two wake-ups; who waits for the shortest time is woken first.
   queue.Add(Tagged(1), false);
   queue.Add(Tagged(2), false);
   EXPECT_EQ(Woken(wakers), "12");
-  EXPECT_TRUE(queue.TakeOrList(item, wakers[2]));
+  EXPECT_EQ(queue.TakeOrList(item, wakers[2], TFound::Nothing), TFound::Item);
   EXPECT_EQ(Woken(wakers), "0") << "more remains, so the taker wakes another, whoever else is under way";
-  EXPECT_TRUE(queue.TakeOrList(item, wakers[1]));
-  EXPECT_FALSE(queue.TakeOrList(item, wakers[0]));
+  EXPECT_EQ(queue.TakeOrList(item, wakers[1], TFound::Nothing), TFound::Item);
+  EXPECT_EQ(queue.TakeOrList(item, wakers[0], TFound::Nothing), TFound::Nothing);
   // A batch wakes one, and each taker the next.
   all_wait();
   queue.Add({Tagged(1), Tagged(2), Tagged(3)}, false);
   EXPECT_EQ(Woken(wakers).size(), 1U);
-  EXPECT_TRUE(queue.TakeOrList(item, std::make_shared<TSignal>()));
+  EXPECT_EQ(queue.TakeOrList(item, std::make_shared<TSignal>(), TFound::Nothing), TFound::Item);
   EXPECT_EQ(Woken(wakers).size(), 1U);
-  EXPECT_TRUE(queue.TakeOrList(item, std::make_shared<TSignal>()));
+  EXPECT_EQ(queue.TakeOrList(item, std::make_shared<TSignal>(), TFound::Nothing), TFound::Item);
   EXPECT_EQ(Woken(wakers).size(), 1U);
   EXPECT_EQ(queue.Clear(), 1U);
   // One that was woken and goes hands its wake-up on.
@@ -126,19 +127,27 @@ TEST_F(WorkItemsQueue, EachItemWakesOneWhoWaitsAndNoWakeUpIsLost) {
   EXPECT_EQ(Woken(wakers).size(), 1U);
 }
 
-TEST_F(WorkItemsQueue, NobodyGetsAnItemWhileTheLastItemsEventRuns) {
+TEST_F(WorkItemsQueue, OneWhoLooksAroundSparesAWakeUpAndHandsOnWhatIsMore) {
   TWorkItemsQueue queue;
-  const TWaker waker = std::make_shared<TSignal>();
+  const TWaker sleeper = std::make_shared<TSignal>();
+  const TWaker searcher = std::make_shared<TSignal>();
+  const TWaker other = std::make_shared<TSignal>();
   ComPtr<IWorkItem> item;
-  ASSERT_TRUE(queue.BeginAllDone());
-  EXPECT_FALSE(queue.BeginAllDone()) << "one at a time";
+  ASSERT_EQ(queue.TakeOrList(item, sleeper, TFound::Nothing), TFound::Nothing);
+  ASSERT_EQ(queue.TakeOrList(item, searcher, TFound::Item), TFound::Search);
+  EXPECT_EQ(queue.TakeOrList(item, other, TFound::Item), TFound::Nothing) << "one looks around at a time";
+  queue.Leave(other);
   queue.Add(Tagged(1), false);
-  EXPECT_FALSE(queue.TakeOrList(item, waker));
-  EXPECT_FALSE(waker->WaitFor({}));
-  queue.EndAllDone();
-  EXPECT_TRUE(waker->WaitFor({})) << "what was added meanwhile starts now";
-  EXPECT_TRUE(queue.TakeOrList(item, waker));
-  EXPECT_FALSE(queue.BeginAllDone()) << "something was added since the last was done";
+  queue.Add(Tagged(2), false);
+  EXPECT_FALSE(sleeper->WaitFor({}));
+  EXPECT_EQ(queue.TakeOrList(item, searcher, TFound::Search), TFound::Item);
+  EXPECT_TRUE(sleeper->WaitFor({})) << "more than one came meanwhile";
+  // In vain: it sleeps as the others do, and is woken as they are.
+  EXPECT_EQ(queue.Clear(), 1U);
+  ASSERT_EQ(queue.TakeOrList(item, searcher, TFound::Item), TFound::Search);
+  EXPECT_EQ(queue.TakeOrList(item, searcher, TFound::Search), TFound::Nothing);
+  queue.Add(Tagged(3), false);
+  EXPECT_TRUE(searcher->WaitFor({}));
 }
 
 } // namespace
