@@ -1,0 +1,33 @@
+#pragma once
+
+#include <platform/Export.h>
+#include <platform/Handles.h>
+#include <platform/Types.h>
+
+#include <string>
+#include <string_view>
+
+namespace kiv {
+
+// Files and folders of the disk, by paths of any length. Any thread.
+
+/// The path without a delimiter at its end, up to the last delimiter, that one included: "C:\a\" of "C:\a\b\".
+KIV_EXPORT std::wstring GetParentPathFromPath(std::wstring_view pPath);
+/// True for "." and "..", which a folder lists and which aren't in it.
+KIV_EXPORT bool IsFolderToIgnore(std::wstring_view pName) noexcept;
+
+/// Starts a listing of a pattern, or finds one file or folder; a delimiter at the end counts for nothing. A 32-bit
+/// process gets the real system folder. Empty if there is nothing; the thread's last error then says why, and after a
+/// success it is as it was ("FindFirstFile").
+KIV_EXPORT TUniqueFind FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData);
+/// Whether there is a file, not a folder, of that path.
+KIV_EXPORT bool IsFile(std::wstring_view pPath);
+KIV_EXPORT bool IsFolder(std::wstring_view pPath);
+
+/// Makes a folder and what is missing of those that it lies in. True if it is there at the end. Raises
+/// EArgumentException for an empty path.
+KIV_EXPORT bool ForceDirectories(std::wstring_view pFullPath);
+/// Makes an empty file. False if it can't be made, or there is something of that path already, which stays.
+KIV_EXPORT bool CreateEmptyFile(std::wstring_view pFullPath);
+
+} // namespace kiv
