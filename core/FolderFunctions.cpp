@@ -3,7 +3,6 @@
 #include <core/PathFunctions.h>
 #include <core/PathUtils.h>
 #include <framework/Exceptions.h>
-#include <framework/FileNames.h>
 #include <platform/ErrorMode.h>
 #include <platform/PathApi.h>
 #include <platform/Wow64.h>
@@ -24,14 +23,6 @@ DWORD AttributesOf(std::wstring_view path) {
 }
 
 } // namespace
-
-std::wstring GetParentPathFromPath(std::wstring_view pPath) {
-  return ExtractFilePath(TPathUtils::ExcludeTrailingPathDelimiter(pPath));
-}
-
-bool IsFolderToIgnore(std::wstring_view pName) noexcept {
-  return pName == L"." || pName == L"..";
-}
 
 TUniqueFind FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData) {
   // Literal: it may be a pattern, and names that end with a dot are found too. A relative path has no such form.

@@ -4,17 +4,11 @@
 #include <platform/Handles.h>
 #include <platform/Types.h>
 
-#include <string>
 #include <string_view>
 
 namespace kiv {
 
 // Files and folders of the disk, by paths of any length. Any thread.
-
-/// The path without a delimiter at its end, up to the last delimiter, that one included: "C:\a\" of "C:\a\b\".
-KIV_EXPORT std::wstring GetParentPathFromPath(std::wstring_view pPath);
-/// True for "." and "..", which a folder lists and which aren't in it.
-KIV_EXPORT bool IsFolderToIgnore(std::wstring_view pName) noexcept;
 
 /// Starts a listing of a pattern, or finds one file or folder; a delimiter at the end counts for nothing. A 32-bit
 /// process gets the real system folder. Empty if there is nothing; the thread's last error then says why, and after a

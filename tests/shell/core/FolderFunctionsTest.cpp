@@ -1,5 +1,6 @@
 #include <core/FolderFunctions.h>
 
+#include <core/PathFunctions.h>
 #include <core/PathList.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Exceptions.h>
