@@ -1,6 +1,7 @@
 #include <core/PathFunctions.h>
 
 #include <core/PathUtils.h>
+#include <framework/FileNames.h>
 #include <framework/TextCompare.h>
 #include <platform/Characters.h>
 #include <platform/PathApi.h>
@@ -77,6 +78,14 @@ bool HasFileExtension(std::wstring_view pName, std::wstring_view pExtension) noe
 
 std::wstring ExcludeTrailingDelimiter(std::wstring_view pPath) {
   return IsDrive(pPath) ? std::wstring(pPath) : TPathUtils::ExcludeTrailingPathDelimiter(pPath);
+}
+
+std::wstring GetParentPathFromPath(std::wstring_view pPath) {
+  return ExtractFilePath(TPathUtils::ExcludeTrailingPathDelimiter(pPath));
+}
+
+bool IsFolderToIgnore(std::wstring_view pName) noexcept {
+  return pName == L"." || pName == L"..";
 }
 
 bool SamePath(std::wstring_view pFirst, std::wstring_view pSecond) noexcept {

@@ -30,6 +30,11 @@ KIV_EXPORT std::wstring ExcludeTrailingDelimiter(std::wstring_view pPath);
 /// Compares without delimiters at the end, ignoring case.
 KIV_EXPORT bool SamePath(std::wstring_view pFirst, std::wstring_view pSecond) noexcept;
 
+/// The path of the folder that a path lies in, with a delimiter at its end: "C:\a\" of "C:\a\b" and of "C:\a\b\".
+KIV_EXPORT std::wstring GetParentPathFromPath(std::wstring_view pPath);
+/// True for "." and "..", which a listing may have among its names.
+KIV_EXPORT bool IsFolderToIgnore(std::wstring_view pName) noexcept;
+
 /// Where the needle is first found in the text at or behind `pOffset`, ignoring case; counted from 1, as the offset. 0
 /// if it isn't there, is empty, or the offset is below 1.
 KIV_EXPORT int KivPosEx(std::wstring_view pNeedle, std::wstring_view pText, int pOffset = 1) noexcept;

@@ -38,6 +38,8 @@ DWORD FileAttributes(const std::wstring& pPath);
 /// The attributes that a folder's listing shows for the path ("FindFirstFileW"), which are those of a link and not of
 /// what it leads to; INVALID_FILE_ATTRIBUTES if there is nothing.
 DWORD ListedAttributes(const std::wstring& pPath);
+/// Whether a drive, by its letter, is on the network ("GetDriveTypeW"). The platform takes milliseconds to tell.
+bool IsNetworkDrive(wchar_t pLetter);
 
 } // namespace PathApi
 

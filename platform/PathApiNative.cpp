@@ -73,4 +73,8 @@ DWORD ListedAttributes(const std::wstring& pPath) {
   return AttributesOf(fs::symlink_status(ToNative(pPath), error));
 }
 
+bool IsNetworkDrive(wchar_t) {
+  return false; // there are no drives
+}
+
 } // namespace kiv::PathApi

@@ -2,6 +2,7 @@
 
 #include <platform/ErrorMode.h>
 #include <platform/Handles.h>
+#include <platform/ShellApi.h>
 #include <platform/Wow64.h>
 #include <platform/fill/PathText.h>
 
@@ -111,6 +112,12 @@ DWORD ListedAttributes(const std::wstring& pPath) {
   WIN32_FIND_DATAW data;
   const TUniqueFind find(FindFirstFileW(pPath.c_str(), &data));
   return find ? data.dwFileAttributes : INVALID_FILE_ATTRIBUTES;
+}
+
+bool IsNetworkDrive(wchar_t pLetter) {
+  const wchar_t root[] = {pLetter, L':', L'\\', L'\0'};
+  const auto get_type = ShellApi().GetDriveTypeW;
+  return get_type && get_type(root) == DRIVE_REMOTE;
 }
 
 } // namespace kiv::PathApi
