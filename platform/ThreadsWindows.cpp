@@ -10,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -76,6 +77,8 @@ struct TApartmentState {
   HANDLE never = nullptr; // an event that nobody sets: what a sleep waits for
 };
 thread_local TApartmentState gApartment;
+thread_local std::vector<void (*)()> gBeforeLeaving;
+thread_local bool gEntered = false;
 
 void SleepServing(std::chrono::milliseconds time) {
   const DWORD limit = time.count() > 0 ? static_cast<DWORD>(time.count()) : 0;
@@ -168,13 +171,26 @@ bool EnterApartment(bool pFreeThreaded) noexcept {
   const DWORD flags = pFreeThreaded ? COINIT_MULTITHREADED : COINIT_APARTMENTTHREADED;
   if (FAILED(CoInitializeEx(nullptr, flags | COINIT_SPEED_OVER_MEMORY))) return false;
   if (!pFreeThreaded) gApartment = {true, CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  gEntered = true;
   return true;
 }
 
 void LeaveApartment() noexcept {
+  // One may register another.
+  while (!gBeforeLeaving.empty()) {
+    const auto finalizer = gBeforeLeaving.back();
+    gBeforeLeaving.pop_back();
+    finalizer();
+  }
+  gEntered = false;
   const TApartmentState state = std::exchange(gApartment, {});
   if (state.never) CloseHandle(state.never);
   CoUninitialize();
+}
+
+bool AtLeaveApartment(void (*pFinalizer)()) {
+  if (gEntered) gBeforeLeaving.push_back(pFinalizer);
+  return gEntered;
 }
 
 bool ServesApartment() noexcept {
