@@ -153,6 +153,11 @@ TEST_F(NamespaceExtension, IsWalkedLikeAnyFolder) {
   int objects = 0;
   while (walker.Next()) ++objects;
   EXPECT_EQ(objects, 100'000);
+  // Its columns.
+  const auto details = walker.GetIShellDetails();
+  EXPECT_TRUE(details && details == walker.GetIShellDetails());
+  walker.SetDirectory(PathOf(L"2 levels, no folder2"));
+  EXPECT_FALSE(walker.GetIShellDetails());
   // From the desktop on.
   walker.SetSpecialFolder(SF_DESKTOP);
   walker.SetObjectName(L"Extension for tests");
