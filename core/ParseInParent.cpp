@@ -50,14 +50,14 @@ void Forget() {
   delete std::exchange(gKept, nullptr);
 }
 
-void Keep(TKept parent) {
-  if (!gKept) {
-    const bool is_main_thread = MainThread::IsCurrent();
-    if (!is_main_thread && !AtLeaveApartment(&Forget)) return;
-    gKept = new TKept;
-    if (is_main_thread) AtShutdown(&Forget);
-  }
-  const TKept old = std::exchange(*gKept, std::move(parent));
+// Whether this thread may keep something.
+bool Keeps() {
+  if (gKept) return true;
+  const bool is_main_thread = MainThread::IsCurrent();
+  if (!is_main_thread && !AtLeaveApartment(&Forget)) return false;
+  gKept = new TKept;
+  if (is_main_thread) AtShutdown(&Forget);
+  return true;
 }
 
 // Where the file's name begins behind its folder's path; 0 if it isn't a path of the kind that is kept.
@@ -133,19 +133,21 @@ TUniqueItemIdList ParseInParent(const std::wstring& pPath) {
 
 void LearnParent(const std::wstring& pPath, PCIDLIST_ABSOLUTE pList) {
   const std::size_t start = NameStart(pPath);
-  if (start == 0) return;
+  if (start == 0 || !Keeps()) return;
   auto parent = std::make_shared<TParent>();
   parent->path = pPath.substr(0, start - 1);
   parent->since = ThreadApi().tickCount();
   if (!ReadStamp(parent->path, parent->stamp)) return;
-  const TKept last = gKept ? *gKept : nullptr;
+  const TKept last = *gKept;
   const bool again = last && last->path == parent->path && Same(last->stamp, parent->stamp);
-  if (again && last->refused && parent->since - last->since < ValidFor) return;
+  // What was found out stands: the path is one that the open folder isn't asked for.
+  if (again && (last->refused || last->folder) && parent->since - last->since < ValidFor) return;
   if (again && IsPlainFile(pPath) && !Open(*parent, pPath.substr(start), pList)) {
     parent->refused = true;
     parent->folder.Reset();
   }
-  Keep(std::move(parent));
+  if (!gKept) return; // what was opened ended all
+  const TKept old = std::exchange(*gKept, std::move(parent));
 }
 
 } // namespace kiv

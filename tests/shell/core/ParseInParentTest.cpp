@@ -85,6 +85,8 @@ TEST_F(ParseInParent, ServesFilesOfTheLastFolderAndNothingElse) {
     EXPECT_EQ(IsQuickInDir(c.name), c.quick) << testing::PrintToString(std::wstring(c.name));
   }
   OpenDir();
+  EXPECT_FALSE(IsQuickInDir(L"sub"));
+  EXPECT_TRUE(IsQuickInDir(L"b")) << "a folder in between doesn't matter";
   EXPECT_FALSE(GetIdListFromPath(nullptr, fTemp.PathOf(L"dir\\*")));
   EXPECT_FALSE(IsQuick(fTemp.PathOf(L"dir.x\\a")));
   EXPECT_FALSE(IsQuick(fTemp.PathOf(L"DIR\\a"))) << "a file system may tell letter cases apart";
