@@ -1,6 +1,7 @@
 #include <core/IdListFromPath.h>
 
 #include <core/FileSystemBindData.h>
+#include <core/ParseInParent.h>
 #include <core/PathFunctions.h>
 #include <core/PathUtils.h>
 #include <core/SpecialFolderPath.h>
@@ -120,6 +121,15 @@ bool IsNobodysFolder(const TUniqueItemIdList& list) {
          std::equal(no_id.begin(), no_id.end(), bytes + id_offset);
 }
 
+// Some shells (Wine 8) leave out what follows a class behind "shell:", and give the folder itself.
+bool LostItsEnd(const std::wstring& path, const TUniqueItemIdList& list) {
+  const std::size_t end = path.find(L'\\');
+  const bool leads_on = end != std::wstring::npos && end + 1 < path.size() &&
+                        path.compare(ShellPrefix.size(), ClassPrefix.size(), ClassPrefix) == 0;
+  const ITEMIDLIST* const next = leads_on ? ILGetNext(list.Get()) : nullptr;
+  return leads_on && (!next || next->mkid.cb == 0);
+}
+
 // "::{...}" or "shell:::{...}" without a well-formed class identifier.
 bool NamesNoClass(const std::wstring& path) {
   const std::size_t start = StartsText(ShellPrefix, path) ? ShellPrefix.size() : 0;
@@ -166,12 +176,22 @@ TUniqueItemIdList GetIdListFromPath(IShellFolder* pShellFolder, std::wstring_vie
 
   TUniqueItemIdList list;
   if (!pShellFolder && !pWindowHandleForLogonDialog) {
-    list = CreateFromRoot(path);
+    list = ParseInParent(path);
+    if (!list) {
+      list = CreateFromRoot(path);
+      if (list) LearnParent(path, static_cast<PCIDLIST_ABSOLUTE>(list.Get()));
+    }
   } else {
     const ComPtr<IShellFolder> folder = pShellFolder ? ComPtr<IShellFolder>(pShellFolder) : Desktop();
     list = ParseInFolder(folder.Get(), path, pWindowHandleForLogonDialog);
   }
-  if (list && StartsText(ShellPrefix, path) && IsNobodysFolder(list)) list = ListOfShellName(path);
+  if (list && StartsText(ShellPrefix, path)) {
+    if (IsNobodysFolder(list)) {
+      list = ListOfShellName(path);
+    } else if (LostItsEnd(path, list)) {
+      list = CreateFromRoot(path.substr(ShellPrefix.size()));
+    }
+  }
   if (!list && SameText(path.substr(0, VolumePrefix.size()), VolumePrefix)) list = ListOfVolume(path);
   // A name relative to a folder isn't one relative to the current directory.
   if (!list && (!pShellFolder || IsFullPath(path))) list = ListFromDisk(path);

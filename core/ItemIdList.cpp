@@ -219,9 +219,15 @@ bool TKivItemIdList::IsResolved() {
   return fItemIdList.IsResolved();
 }
 
-std::wstring TKivItemIdList::Path() {
+std::optional<std::wstring> TKivItemIdList::MaybeKnownPath() const {
   const auto seen = fPath.Read();
   if (seen.known && (seen.text.empty() || fIsSimple || IsRealPath(seen.text))) return std::wstring(seen.text);
+  return std::nullopt;
+}
+
+std::wstring TKivItemIdList::Path() {
+  if (auto known = MaybeKnownPath()) return *std::move(known);
+  const auto seen = fPath.Read();
   const PCIDLIST_ABSOLUTE list = WindowsPointer();
   if (!list) {
     // Unless it is being resolved further up on this thread.

@@ -9,6 +9,8 @@
 
 #include <atomic>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace kiv {
@@ -90,6 +92,8 @@ public:
   /// no other thread uses it. Main thread; elsewhere the item is only resolved from, and not kept.
   void SetShellItem(IShellItem* pShellItem);
   bool IsSimple() const noexcept { return fIsSimple; }
+  /// Its Path, if that is known without asking the shell.
+  std::optional<std::wstring> MaybeKnownPath() const;
 
   /// The object as a folder. Raises EPathmereError if it isn't one, or can't be bound.
   ComPtr<IShellFolder> GetShellFolder();

@@ -93,11 +93,13 @@ bool TItemIdListHelper::TryHasSubFolders(IItemIdList* pItemIdList, std::uint64_t
                                          bool& pFinished, ComPtr<ICancellationIndicator> pCancellationIndicator) {
   pFinished = true;
   if (!pItemIdList) return false;
-  // The path's text, which costs nothing; the name would be asked for.
-  if (HasFileExtension(ExtractFileName(pItemIdList->Path()), Archive)) return !pFileSystemOnly;
-  return AskInTime<bool>(
-      [list = ComPtr<IItemIdList>(pItemIdList), pFileSystemOnly] { return HasSubFolders(list.Get(), pFileSystemOnly); },
-      pStopAfter, false, pFinished, std::move(pCancellationIndicator));
+  // By the path's text, where there is one: a name would have to be asked for, and the folder may not answer.
+  const auto* const list = dynamic_cast<const TKivItemIdList*>(pItemIdList);
+  const auto path = list ? list->MaybeKnownPath() : std::nullopt;
+  if (path && HasFileExtension(ExtractFileName(*path), Archive)) return !pFileSystemOnly;
+  return AskInTime<bool>([asked = ComPtr<IItemIdList>(pItemIdList),
+                          pFileSystemOnly] { return HasSubFolders(asked.Get(), pFileSystemOnly); },
+                         pStopAfter, false, pFinished, std::move(pCancellationIndicator));
 }
 
 TKivShellFolder TItemIdListHelper::TryGetSpecialFolder(IItemIdList* pItemIdList, std::uint64_t pStopAfter,

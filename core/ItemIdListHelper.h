@@ -26,7 +26,8 @@ public:
   /// IItemIdList::Reload. False when the time is over, and a line in the log.
   static bool TryReload(IItemIdList* pItemIdList, std::uint64_t pStopAfter, bool& pFinished,
                         ComPtr<ICancellationIndicator> pCancellationIndicator = nullptr);
-  /// HasSubFolders. False when the time is over. What is called ".zip" is answered at once.
+  /// HasSubFolders. False when the time is over. A list whose path is known
+  /// to end in ".zip" is answered at once.
   static bool TryHasSubFolders(IItemIdList* pItemIdList, std::uint64_t pStopAfter, bool pFileSystemOnly,
                                bool& pFinished, ComPtr<ICancellationIndicator> pCancellationIndicator = nullptr);
   /// IItemIdList::SpecialFolder. SF_UNKNOWN when the time is over.

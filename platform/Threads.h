@@ -89,6 +89,10 @@ KIV_EXPORT bool SetCurrentThreadBackground(bool pBackground) noexcept;
 /// platform refuses, or if it has no apartments; LeaveApartment is called only after True.
 KIV_EXPORT bool EnterApartment(bool pFreeThreaded) noexcept;
 KIV_EXPORT void LeaveApartment() noexcept;
+/// Registers what the calling thread lets go when it leaves the apartment that it entered by EnterApartment, before it
+/// does: shell objects that it keeps. The latest runs first. False on any other thread: nobody will say when it leaves.
+/// The closure doesn't raise.
+KIV_EXPORT bool AtLeaveApartment(void (*pFinalizer)());
 
 /// A small number that spreads threads over places, so that they don't share one; two threads may have the same. Costs
 /// a few nanoseconds.

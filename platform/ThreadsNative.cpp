@@ -93,6 +93,10 @@ bool EnterApartment(bool) noexcept {
 
 void LeaveApartment() noexcept {}
 
+bool AtLeaveApartment(void (*)()) {
+  return false;
+}
+
 std::size_t ThreadNumberForSharing() noexcept {
   static std::atomic<std::size_t> next{0};
   static thread_local const std::size_t number = next.fetch_add(1, std::memory_order_relaxed);

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -77,6 +78,7 @@ struct TApartmentState {
   HANDLE never = nullptr; // an event that nobody sets: what a sleep waits for
 };
 thread_local TApartmentState gApartment;
+thread_local std::vector<void (*)()> gBeforeLeaving;
 
 void SleepServing(std::chrono::milliseconds time) {
   const DWORD limit = time.count() > 0 ? static_cast<DWORD>(time.count()) : 0;
@@ -176,11 +178,23 @@ bool EnterApartment(bool pFreeThreaded) noexcept {
 }
 
 void LeaveApartment() noexcept {
+  // One may register another.
+  while (gApartment.entered == 1 && !gBeforeLeaving.empty()) {
+    const auto finalizer = gBeforeLeaving.back();
+    gBeforeLeaving.pop_back();
+    finalizer();
+  }
   if (--gApartment.entered == 0) {
     const TApartmentState state = std::exchange(gApartment, {});
     if (state.never) CloseHandle(state.never);
   }
   CoUninitialize();
+}
+
+bool AtLeaveApartment(void (*pFinalizer)()) {
+  if (gApartment.entered == 0) return false;
+  gBeforeLeaving.push_back(pFinalizer);
+  return true;
 }
 
 bool ServesApartment() noexcept {

@@ -97,8 +97,7 @@ void TPathmere::SetFolderIdList(ComPtr<IItemIdList> pFolder) {
     return;
   }
   fFolderIdList = pFolder;
-  EndWalk();
-  fShellFolder.Reset();
+  SetShellfolder(nullptr);
   try {
     GetShellFolder();
   } catch (const EPathmereError&) {
@@ -141,10 +140,25 @@ ComPtr<IShellFolder> TPathmere::MaybeShellFolder() {
 
 void TPathmere::SetShellfolder(ComPtr<IShellFolder> pFolder) {
   fShellFolder = std::move(pFolder);
+  fShellFolder2.Reset();
+  fTriedIshd = false;
   EndWalk();
   if (!fShellFolder || fFolderIdList) return;
   fFolderIdList = ListOf(fShellFolder);
   SetItemIdList(EmptyIdList());
+}
+
+ComPtr<IShellFolder2> TPathmere::GetIShellDetails() {
+  if (fShellFolder2 || fTriedIshd) return fShellFolder2;
+  const ComPtr<IShellFolder> folder = GetShellFolder();
+  fTriedIshd = true;
+  void* found = nullptr;
+  if (folder && SUCCEEDED(GuardedCall([&] { return folder->QueryInterface(IidOf<IShellFolder2>(), &found); }))) {
+    fShellFolder2.Attach(static_cast<IShellFolder2*>(found));
+  } else {
+    TDebugLog::LogDebugMessage(L"Could not get IShellFolder2 interface for current folder: " + GetDirectory());
+  }
+  return fShellFolder2;
 }
 
 std::wstring TPathmere::GetDirectory() const {
@@ -182,6 +196,7 @@ void TPathmere::SelectParent() {
 void TPathmere::SetItemIdList(ComPtr<IItemIdList> pItem) {
   fAbsoluteIdList.Reset();
   fItemIDList = std::move(pItem);
+  InvalidateCaches();
 }
 
 ComPtr<IItemIdList> TPathmere::GetAbsoluteItemIdList() {

@@ -12,6 +12,7 @@
 
 #include <shobjidl.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -103,7 +104,7 @@ public:
   bool FilterMatch();
   /// Goes into the object. False if it isn't a folder or can't be opened.
   bool BrowseObject();
-  /// Whether there are a folder and an object to work with; the desktop does without an object. With `pFolderOnly`
+  /// Whether there are a folder and an object to work with, or several; the desktop does without. With `pFolderOnly`
   /// whether there is a folder.
   bool CheckIfValid(bool pFolderOnly);
   /// The window for dialogs of the platform's: the owner's, else the application's. Unless forced, and while error
@@ -116,6 +117,13 @@ public:
   SFGAOF GetAttributes(SFGAOF pAttributes);
   /// With FileSystemOnly a file that can be opened like a folder, such as an archive, isn't one.
   bool IsFolder();
+  /// Whether a tree shows the object as one that can be expanded; asked of the folder once an object. On the desktop,
+  /// without an object, true. With FileSystemOnly it must belong to the file system or lead there, and what is called
+  /// ".zip" has none; otherwise that has. Raises EInvalidOperation without an object elsewhere.
+  bool HasSubFolders();
+  /// The folder's columns ("IShellFolder2"), asked for once; nil without a folder, and if it has none. Raises as
+  /// GetShellFolder.
+  ComPtr<IShellFolder2> GetIShellDetails();
   /// The name that is shown, in the folder or anywhere. Raises EInvalidOperation without an object.
   std::wstring GetShellObjectName(bool pInFolderName);
   /// Of an object in the network; else empty.
@@ -155,7 +163,13 @@ public:
   const TOnBeforeCommand& GetOnBeforeCommand() const noexcept { return fOnBeforeCommand; }
   void SetOnBeforeCommand(TOnBeforeCommand pEvent) { fOnBeforeCommand = std::move(pEvent); }
 
+protected:
+  /// Whether objects of the folder are selected besides the one that is stood on. A walker that knows of none has none.
+  virtual bool HasMultiObjects() const { return false; }
+
 private:
+  void InvalidateCaches() noexcept { fHasSubFolders.reset(); }
+  bool AskForSubFolders();
   bool HasItem();
   PCUITEMID_CHILD RawItem();
   ComPtr<IShellFolder> MaybeShellFolder();
@@ -172,8 +186,11 @@ private:
 
   ComPtr<IItemIdList> fFolderIdList;
   ComPtr<IShellFolder> fShellFolder; // bound on demand
+  ComPtr<IShellFolder2> fShellFolder2;
+  bool fTriedIshd = false; // asked for fShellFolder2
   ComPtr<IItemIdList> fItemIDList;
   ComPtr<IItemIdList> fAbsoluteIdList; // of the object; made on demand
+  std::optional<bool> fHasSubFolders;  // the object; asked on demand
   TFolderEnumerator fObjects;
   unsigned fWalk = 0;    // changes when a walk ends
   unsigned fRepeats = 0; // of one object by the folder

@@ -57,7 +57,7 @@ PCUITEMID_CHILD TPathmere::RawItem() {
 
 bool TPathmere::CheckIfValid(bool pFolderOnly) {
   if (!fFolderIdList || fFolderIdList->IsInvalid()) return false;
-  return pFolderOnly || HasItem() || fFolderIdList->Depth() == 0;
+  return pFolderOnly || HasItem() || fFolderIdList->Depth() == 0 || HasMultiObjects();
 }
 
 bool TPathmere::IsBrowsable() {
@@ -80,6 +80,25 @@ SFGAOF TPathmere::GetAttributes(SFGAOF pAttributes) {
   found = 0;
   const HRESULT hr = GuardedCall([&] { return shell_item->GetAttributes(pAttributes, &found); });
   return SUCCEEDED(hr) ? found & pAttributes : 0;
+}
+
+bool TPathmere::HasSubFolders() {
+  if (!HasItem()) {
+    if (!fFolderIdList || fFolderIdList->Depth() != 0) {
+      throw EInvalidOperation(L"No valid folder is currently assigned");
+    }
+    fHasSubFolders = true;
+  }
+  if (!fHasSubFolders) fHasSubFolders = AskForSubFolders();
+  return *fHasSubFolders;
+}
+
+bool TPathmere::AskForSubFolders() {
+  if (HasFileExtension(GetObjectName(), L".ZIP")) return !fFileSystemOnly;
+  if (!fFileSystemOnly) return GetAttributes(SFGAO_HASSUBFOLDER) != 0;
+  constexpr SFGAOF in_file_system = SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR;
+  const SFGAOF found = GetAttributes(SFGAO_HASSUBFOLDER | in_file_system);
+  return (found & SFGAO_HASSUBFOLDER) != 0 && (found & in_file_system) != 0;
 }
 
 bool TPathmere::BrowseObject() {

@@ -1,14 +1,19 @@
 #include "Benches.h"
 
 #include <core/FolderEnumerator.h>
+#include <core/ItemIdList.h>
 #include <core/ObjectFacts.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/ShellApi.h>
+#include <platform/Threads.h>
 #include <walker/Pathmere.h>
 
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
+#include <thread>
 
 namespace kiv::bench {
 
@@ -100,6 +105,64 @@ int EnumerateFacts(const TFolder& folder, TFactsPrecision precision) {
   return count;
 }
 
+std::wstring FilePath(const TFolder& folder, int i) {
+  return folder.Path() + L"\\file " + std::to_wstring(i) + L".txt";
+}
+
+// From the paths of all files to their raw lists.
+int Resolve(const TFolder& folder) {
+  int count = 0;
+  for (int i = 0; i < FileCount; ++i) count += TKivItemIdList::Create(FilePath(folder, i))->WindowsPointer() ? 1 : 0;
+  return count;
+}
+
+// What the platform takes for one of them; for all of them it would take minutes.
+double ParseSome(const TFolder& folder) {
+  constexpr int step = 50;
+  int count = 0;
+  const double seconds = Seconds([&] {
+    for (int i = 0; i < FileCount; i += step) {
+      PIDLIST_ABSOLUTE raw = nullptr;
+      SHParseDisplayName(FilePath(folder, i).c_str(), nullptr, &raw, 0, nullptr);
+      count += TUniqueItemIdList(raw) ? step : 0;
+    }
+  });
+  Require(count);
+  return seconds * 1e6 * step / FileCount;
+}
+
+std::atomic<int> gQuestions{0};
+
+// How often the platform is asked for managers, known folders or shell items, to tell of all files what they are.
+double Classify(const TFolder& folder) {
+  static TShellApi platform;
+  platform = ShellApi();
+  ScopedShellApi api;
+  api->CoCreateInstance = [](REFCLSID id, IUnknown* outer, DWORD context, REFIID iid, void** made) {
+    return ++gQuestions, platform.CoCreateInstance(id, outer, context, iid, made);
+  };
+  api->SHGetSpecialFolderLocation = [](HWND window, int folder, PIDLIST_ABSOLUTE* list) {
+    return ++gQuestions, platform.SHGetSpecialFolderLocation(window, folder, list);
+  };
+  api->SHGetKnownFolderIDList = [](REFKNOWNFOLDERID id, DWORD flags, HANDLE user, PIDLIST_ABSOLUTE* list) {
+    return ++gQuestions, platform.SHGetKnownFolderIDList(id, flags, user, list);
+  };
+  api->SHCreateShellItem = [](PCIDLIST_ABSOLUTE parent, IShellFolder* in, PCUITEMID_CHILD list, IShellItem** item) {
+    return ++gQuestions, platform.SHCreateShellItem(parent, in, list, item);
+  };
+  gQuestions = 0;
+  int count = 0;
+  std::thread([&] {
+    Require(EnterApartment(false) ? FileCount : 0);
+    for (int i = 0; i < FileCount; ++i) {
+      count += TKivItemIdList::Create(FilePath(folder, i))->SpecialFolder() == SF_FILESYSTEMFOLDER ? 1 : 0;
+    }
+    LeaveApartment();
+  }).join();
+  Require(count);
+  return gQuestions;
+}
+
 } // namespace
 
 std::vector<TFigure> WalkFigures() {
@@ -131,6 +194,9 @@ std::vector<TFigure> WalkFigures() {
       {"walk", "next_filter", "us/file", walker(L"*.doc;*.txt", false), bare, 1.6},
       {"walk", "next_filesystem", "us/file", walker(L"", true), bare, 1.6},
       {"walk", "walker_bytes", "bytes", [] { return double{sizeof(TPathmere)}; }, [] { return 1024.0; }, 1.0},
+      {"walk", "resolve", "us/path", [folder] { return PerFile([&] { return Resolve(folder()); }); },
+       [folder] { return ParseSome(folder()); }, 0.5},
+      {"walk", "special_folder_questions", "times", [folder] { return Classify(folder()); }, {}, 0},
       {"walk", "step", "us/file", [folder] { return PerFile([&] { return Enumerate(folder().Folder()); }); }, bare,
        1.15},
       {"walk", "facts_listed", "us/file", facts(TFactsPrecision::Listed), find, 2.0},

@@ -7,12 +7,13 @@ namespace kiv::test {
 namespace {
 
 constexpr std::uint32_t Magic = 0x4649564B;
+constexpr std::size_t LongestName = 255;
 
 // What stands in an item behind its 16-bit size; the name follows, with a final null. Items needn't be aligned: copied.
 struct THead {
   std::uint32_t magic;
   std::uint32_t nameLength;
-  SimulatedFileSystem::TNodeId id;
+  std::uint64_t id;
 };
 
 constexpr std::size_t SizeOf(std::size_t name_length) {
@@ -32,7 +33,7 @@ std::optional<std::vector<TFakeItem>> MaybeItemsOf(PCUIDLIST_RELATIVE pList) {
     THead head;
     if (size < SizeOf(0)) return std::nullopt;
     std::memcpy(&head, at + sizeof size, sizeof head);
-    if (head.magic != Magic || head.nameLength > SimulatedFileSystem::MaxName || size != SizeOf(head.nameLength)) {
+    if (head.magic != Magic || head.nameLength > LongestName || size != SizeOf(head.nameLength)) {
       return std::nullopt;
     }
     TFakeItem item{head.id, std::wstring(head.nameLength, L'\0')};

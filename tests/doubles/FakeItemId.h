@@ -1,19 +1,18 @@
 #pragma once
 
-#include <doubles/SimulatedFileSystem.h>
-
 #include <platform/Handles.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-// Inside of FakeShellFolder: not for tests.
+// Inside of FakeShellFolder and of the namespace extension: not for tests.
 namespace kiv::test {
 
 /// One item of a fake folder's item lists, taken apart.
 struct TFakeItem {
-  SimulatedFileSystem::TNodeId id = 0;
+  std::uint64_t id = 0; // a node's, or what its folder makes of it
   std::wstring name;
 };
 

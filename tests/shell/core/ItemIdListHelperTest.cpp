@@ -1,6 +1,7 @@
 #include <core/ItemIdListHelper.h>
 
 #include <core/ItemIdList.h>
+#include <core/ItemIdListFunctions.h>
 #include <core/ShellLinkHelper.h>
 #include <core/SpecialFolders.h>
 #include <doubles/FakeShellItem.h>
@@ -212,9 +213,13 @@ TEST_F(ItemIdListHelper, MakesLinks) {
   EXPECT_FALSE(TShellLinkHelper::AddLinkTo(target.Get(), TKivItemIdList::Create(temp.PathOf(L"none")).Get(), L"x"));
   EXPECT_FALSE(TShellLinkHelper::AddLinkTo(nullptr, nullptr, L"x"));
 
+  EXPECT_EQ(GetLinkTarget(link->Path()), target->Path());
   const std::wstring broken = temp.MakeFile(L"broken.lnk", 100);
-  EXPECT_FALSE(TShellLinkHelper::Resolve(broken));
-  EXPECT_FALSE(TShellLinkHelper::Resolve(temp.PathOf(L"none.lnk")) || TShellLinkHelper::Resolve(target->Path()));
+  for (const std::wstring& none : {broken, target->Path(), temp.PathOf(L"none.lnk"), std::wstring()}) {
+    EXPECT_FALSE(TShellLinkHelper::Resolve(none)) << testing::PrintToString(none);
+    EXPECT_EQ(GetLinkTarget(none), L"");
+    EXPECT_TRUE(TKivItemIdList::Create(none)->LinkTarget());
+  }
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include <core/ItemIdListFunctions.h>
 #include <core/PathFunctions.h>
 #include <core/PathmereError.h>
-#include <core/ShellLinkHelper.h>
 #include <core/SpecialFolders.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Exceptions.h>
@@ -348,28 +347,6 @@ TEST_F(ItemIdList, ChangesFoldersThroughTheirStorage) {
   EXPECT_TRUE(FAILED(GetFolderStorage(List(fTemp.MakeFile(L"file")).Get(), storage)));
   EXPECT_EQ(GetFolderStorage(EmptyIdList().Get(), storage), E_NOINTERFACE);
   EXPECT_EQ(storage, nullptr);
-}
-
-TEST_F(ItemIdList, FollowsShellLinks) {
-  const std::wstring target = fTemp.MakeFile(L"the target.txt");
-  const std::wstring link = fTemp.PathOf(L"a link.lnk");
-  ComPtr<IShellLinkW> shell_link;
-  ASSERT_EQ(CoCreateInstance(CLSID_ShellLink, nullptr, CLSCTX_INPROC_SERVER, IidOf<IShellLinkW>(),
-                             reinterpret_cast<void**>(&shell_link)),
-            S_OK);
-  shell_link->SetPath(target.c_str());
-  ASSERT_EQ(shell_link.MaybeAs<IPersistFile>()->Save(link.c_str(), TRUE), S_OK);
-  const std::wstring broken = fTemp.MakeFile(L"broken.lnk", 40);
-
-  EXPECT_EQ(List(link)->LinkTarget()->Path(), target);
-  EXPECT_EQ(GetLinkTarget(link), target);
-  EXPECT_EQ(TShellLinkHelper::Resolve(List(link).Get())->Path(), target);
-  for (const std::wstring& none : {broken, target, fTemp.PathOf(L"gone.lnk"), std::wstring()}) {
-    EXPECT_EQ(TShellLinkHelper::Resolve(none), nullptr);
-    EXPECT_EQ(GetLinkTarget(none), L"");
-  }
-  const auto no_link = List(broken);
-  EXPECT_EQ(no_link->LinkTarget(), no_link);
 }
 
 TEST_F(ItemIdList, MakesListsOfWhatIsNotThere) {

@@ -6,15 +6,11 @@
 #include <shlwapi.h>
 
 #include <cstring>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 namespace kiv::test {
 namespace {
-
-using TKind = TShellFault::TKind;
-using TMethod = TShellMethod;
 
 constexpr SHCONTF All = SHCONTF_FOLDERS | SHCONTF_NONFOLDERS | SHCONTF_INCLUDEHIDDEN | SHCONTF_INCLUDESUPERHIDDEN;
 constexpr HRESULT NotFound = HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
@@ -195,128 +191,6 @@ TEST_F(FakeShellFolderTest, ParsesWhatItNamesAndComparesInOrder) {
   const TUniqueItemIdList owner(current);
   EXPECT_EQ(FakeShellNamespace::MaybeNodeOf(current),
             FakeShellNamespace::MaybeNodeOf(shell.ItemIdList(L"C:\\Dir").Get()));
-}
-
-TEST_F(FakeShellFolderTest, DisplayNamesMayDifferAndVanishedItemsKeepTheirs) {
-  const auto folder = shell.Folder(L"C:\\Dir");
-  shell.SetDisplayName(L"C:\\Dir\\b.txt", L"Shown");
-  const TUniqueItemIdList b = shell.ItemIdList(L"C:\\Dir\\b.txt", true);
-  EXPECT_EQ(NameOf(*folder.Get(), Child(b), SHGDN_NORMAL), L"Shown");
-  EXPECT_EQ(NameOf(*folder.Get(), Child(b), SHGDN_INFOLDER), L"Shown");
-  EXPECT_EQ(NameOf(*folder.Get(), Child(b), SHGDN_INFOLDER | SHGDN_FOREDITING), L"b.txt");
-  EXPECT_EQ(NameOf(*folder.Get(), Child(b), SHGDN_INFOLDER | SHGDN_FORPARSING), L"b.txt");
-
-  PITEMID_CHILD renamed = nullptr;
-  ASSERT_EQ(folder->SetNameOf(nullptr, Child(b), L"c.txt", SHGDN_NORMAL, &renamed), S_OK);
-  const TUniqueItemIdList c(renamed);
-  EXPECT_EQ(NameOf(*folder.Get(), renamed, SHGDN_FORPARSING), L"C:\\Dir\\c.txt");
-  TFolderObject object;
-  EXPECT_EQ(fs.Find(L"C:\\Dir\\c.txt", object), S_OK);
-
-  fs.Delete(L"C:\\Dir\\c.txt");
-  EXPECT_EQ(NameOf(*folder.Get(), renamed, SHGDN_FORPARSING), L"C:\\Dir\\c.txt");
-  PCUITEMID_CHILD items[] = {renamed};
-  SFGAOF attributes = SFGAO_STREAM;
-  EXPECT_EQ(folder->GetAttributesOf(1, items, &attributes), NotFound);
-}
-
-TEST_F(FakeShellFolderTest, RefusesItemsThatAreNotItsOwn) {
-  const auto folder = shell.Folder(L"C:\\Dir");
-  TUniqueItemIdList foreign;
-  ASSERT_EQ(SHParseDisplayName(L"C:\\windows", nullptr, foreign.ReleaseAndGetAddressOf(), 0, nullptr), S_OK);
-  const TUniqueItemIdList empty = shell.ItemIdList(L"");
-  TUniqueItemIdList damaged = shell.ItemIdList(L"C:\\Dir\\b.txt", true);
-  --damaged.Get()->mkid.cb;
-  for (const TUniqueItemIdList* list : std::initializer_list<const TUniqueItemIdList*>{&foreign, &empty}) {
-    PCUITEMID_CHILD items[] = {Child(*list)};
-    SFGAOF attributes = SFGAO_FOLDER;
-    STRRET text;
-    void* object = nullptr;
-    EXPECT_EQ(folder->GetAttributesOf(1, items, &attributes), E_INVALIDARG);
-    EXPECT_EQ(folder->GetDisplayNameOf(Child(*list), SHGDN_NORMAL, &text), E_INVALIDARG);
-    EXPECT_EQ(folder->BindToObject(list->Get(), nullptr, IID_IShellFolder, &object), E_INVALIDARG);
-  }
-  EXPECT_FALSE(FakeShellNamespace::MaybeNodeOf(damaged.Get()));
-}
-
-TEST_F(FakeShellFolderTest, EnumeratorsFailInAllScriptedWays) {
-  int slow_steps = 0;
-  const struct {
-    const char* what;
-    TShellFault fault;
-    HRESULT enumerated;
-    std::size_t given;
-    HRESULT ended;
-  } cases[] = {
-      {"fails",
-       {.kind = TKind::Fail, .method = TMethod::EnumObjects, .result = E_ACCESSDENIED},
-       E_ACCESSDENIED,
-       0,
-       S_OK},
-      {"nothing", {.kind = TKind::NoResult, .method = TMethod::EnumObjects}, S_OK, 0, S_OK},
-      {"false", {.kind = TKind::FalseNoResult, .method = TMethod::EnumObjects}, S_FALSE, 0, S_OK},
-      {"handles its own", {.kind = TKind::HandlesOwnFault, .method = TMethod::EnumObjects}, S_OK, 6, S_FALSE},
-      {"step handles its own", {.kind = TKind::HandlesOwnFault, .step = 2, .times = 1}, S_OK, 6, S_FALSE},
-      {"step fails", {.kind = TKind::Fail, .step = 3}, S_OK, 2, E_FAIL},
-      {"step gives nil", {.kind = TKind::NoResult, .step = 3}, S_OK, 2, S_OK},
-      {"same for ever", {.kind = TKind::SameItem, .step = 2}, S_OK, 20, S_OK},
-      {"slow", {.kind = TKind::Slow, .step = 2, .action = [&] { ++slow_steps; }}, S_OK, 6, S_FALSE},
-      {"another folder's", {.kind = TKind::Fail, .method = TMethod::GetDisplayNameOf}, S_OK, 6, S_FALSE},
-  };
-  const auto folder = shell.Folder(L"C:\\Dir");
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
-    shell.ClearFaults();
-    shell.AddFault(L"C:\\Dir", c.fault);
-    ComPtr<IEnumIDList> objects;
-    EXPECT_EQ(folder->EnumObjects(nullptr, All, &objects), c.enumerated);
-    EXPECT_EQ(!objects, c.given == 0);
-    if (!objects) continue;
-    std::size_t given = 0;
-    HRESULT ended = S_OK;
-    for (; given < 20; ++given) {
-      PITEMID_CHILD item = nullptr;
-      ended = objects->Next(1, &item, nullptr);
-      const TUniqueItemIdList owner(item);
-      if (!owner) break;
-    }
-    EXPECT_EQ(given, c.given);
-    EXPECT_EQ(ended, c.ended);
-  }
-  EXPECT_EQ(slow_steps, 6); // steps 2 to 6, and the one that finds the end
-}
-
-TEST_F(FakeShellFolderTest, OtherMethodsFailFromTheScriptedCallOn) {
-  const auto folder = shell.Folder(L"C:\\Dir");
-  const TUniqueItemIdList sub = shell.ItemIdList(L"C:\\Dir\\Sub", true);
-  shell.AddFault(L"C:\\Dir", {.kind = TKind::Fail, .method = TMethod::GetDisplayNameOf, .step = 2, .times = 1});
-  shell.AddFault(L"C:\\Dir", {.kind = TKind::NoResult, .method = TMethod::BindToObject});
-  shell.AddFault(L"C:\\Dir", {.kind = TKind::Fail, .method = TMethod::GetAttributesOf, .result = E_UNEXPECTED});
-  EXPECT_EQ(NameOf(*folder.Get(), Child(sub), SHGDN_NORMAL), L"Sub");
-  EXPECT_EQ(NameOf(*folder.Get(), Child(sub), SHGDN_NORMAL), L"(none)");
-  EXPECT_EQ(NameOf(*folder.Get(), Child(sub), SHGDN_NORMAL), L"Sub");
-  void* object = nullptr;
-  EXPECT_EQ(folder->BindToObject(sub.Get(), nullptr, IID_IShellFolder, &object), S_OK);
-  EXPECT_EQ(object, nullptr);
-  PCUITEMID_CHILD items[] = {Child(sub)};
-  SFGAOF attributes = SFGAO_FOLDER;
-  EXPECT_EQ(folder->GetAttributesOf(1, items, &attributes), E_UNEXPECTED);
-
-  shell.ClearFaults();
-  EXPECT_TRUE(folder.MaybeAs<IShellFolder2>());
-  shell.SetOffersFolder2(false);
-  EXPECT_FALSE(folder.MaybeAs<IShellFolder2>());
-  EXPECT_TRUE(folder.MaybeAs<IShellFolder>());
-}
-
-TEST_F(FakeShellFolderTest, CountsWhatIsLeftBehind) {
-  ComPtr<IShellFolder> folder = shell.Folder(L"C:\\Dir");
-  const ComPtr<IShellFolder> second = folder;
-  EXPECT_EQ(shell.LiveObjects(), 1);
-  EXPECT_EQ(shell.References(), 2);
-  folder.Reset();
-  EXPECT_EQ(shell.LiveObjects(), 1);
-  EXPECT_EQ(shell.References(), 1);
 }
 
 } // namespace

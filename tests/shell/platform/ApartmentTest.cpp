@@ -1,6 +1,7 @@
 #include <platform/Apartment.h>
 
 #include <platform/Exception.h>
+#include <platform/Threads.h>
 #include <platform/Types.h>
 
 #include <objbase.h>
@@ -47,6 +48,26 @@ TEST(Apartment, IsToldForEachThreadAndOleIsAskedForWithWhatToDo) {
     EXPECT_EQ(Complaint(), L"");
     OleUninitialize();
     EXPECT_EQ(CurrentApartment(), TApartment::None);
+  });
+}
+
+TEST(Apartment, LetsThreadsClearUpBeforeTheyLeaveIt) {
+  static std::string ended;
+  static const auto say = [](char name) { (ended += name) += CurrentApartment() == TApartment::None ? '!' : ' '; };
+  OnThread([] {
+    EXPECT_FALSE(AtLeaveApartment([] {})) << "nobody would call it";
+    for (const bool free_threaded : {false, true}) {
+      ended.clear();
+      ASSERT_TRUE(EnterApartment(free_threaded));
+      EXPECT_TRUE(AtLeaveApartment([] {
+        say('a');
+        AtLeaveApartment([] { say('c'); });
+      }));
+      EXPECT_TRUE(AtLeaveApartment([] { say('b'); }));
+      LeaveApartment();
+      EXPECT_EQ(ended, "b a c ");
+    }
+    EXPECT_FALSE(AtLeaveApartment([] {}));
   });
 }
 

@@ -193,6 +193,46 @@ TEST_F(PathmereFakes, AnswersAttributesByTheFolderAndElseByTheObject) {
   }
 }
 
+TEST_F(PathmereFakes, AsksOnceAnObjectForSubFolders) {
+  const ScopedFakeShell shell(Answers());
+  for (const wchar_t* folder : {LR"(C:\Dir\e)", LR"(C:\Dir\e\sub)"}) fFiles.MakeFolder(folder);
+  fFiles.MakeFile(LR"(C:\Dir\f.Zip)");
+  int asked = 0;
+  fShell.AddFault(Dir, {TKind::Slow, TShellMethod::GetAttributesOf, 1, TShellFault::Always, S_OK, [&] { ++asked; }});
+  const auto tell = [&](TPathmere& walker) {
+    std::string answers;
+    while (walker.Next()) {
+      answers += walker.HasSubFolders() ? '+' : '-';
+      const int before = asked;
+      EXPECT_EQ(walker.HasSubFolders(), answers.back() == '+');
+      EXPECT_EQ(asked, before);
+    }
+    return answers;
+  };
+  TPathmere walker;
+  EXPECT_THROW(walker.HasSubFolders(), EInvalidOperation);
+  walker.SetFolderIdList(List(Dir));
+  EXPECT_THROW(walker.HasSubFolders(), EInvalidOperation);
+  EXPECT_EQ(tell(walker), "----++");
+  walker.SetFileSystemOnly(true);
+  EXPECT_EQ(tell(walker), "----+-");
+  walker.SetSpecialFolder(SF_DESKTOP);
+  EXPECT_TRUE(walker.HasSubFolders());
+}
+
+class TSelecting : public TPathmere {
+public:
+  bool HasMultiObjects() const override { return true; }
+};
+
+TEST_F(PathmereFakes, SeveralObjectsDoInsteadOfOne) {
+  const ScopedFakeShell shell(Answers());
+  TSelecting walker;
+  EXPECT_FALSE(walker.CheckIfValid(false)) << "of no folder";
+  walker.SetFolderIdList(List(Dir));
+  EXPECT_TRUE(walker.CheckIfValid(false));
+}
+
 TEST_F(PathmereFakes, FileSystemOnlyKnowsItsExceptionsByName) {
   for (const wchar_t* name : {L"recycler", L"Recycle.Bin", L"recycl"})
     fFiles.MakeFile(std::wstring(Dir) + L"\\" + name);

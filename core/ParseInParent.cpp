@@ -1,0 +1,153 @@
+#include <core/ParseInParent.h>
+
+#include <core/PathUtils.h>
+#include <platform/ComPtr.h>
+#include <platform/FaultGuard.h>
+#include <platform/Lifecycle.h>
+#include <platform/MainThread.h>
+#include <platform/ShellApi.h>
+#include <platform/Threads.h>
+#include <platform/fill/ElementName.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+constexpr std::uint64_t ValidFor = 1000; // milliseconds; what lies above the folder may change as well
+constexpr CLSID FileSystemFolder = ParseGuid("{F3364BA0-65B9-11CE-A9BA-00AA004AE837}"); // "CLSID_ShellFSFolder"
+
+// Changes when something in the folder is made, renamed or deleted, and when another folder stands in its place.
+struct TStamp {
+  FILETIME made;
+  FILETIME written;
+  DWORD attributes;
+};
+
+bool Same(const TStamp& a, const TStamp& b) {
+  return CompareFileTime(&a.made, &b.made) == 0 && CompareFileTime(&a.written, &b.written) == 0 &&
+         a.attributes == b.attributes;
+}
+
+struct TParent {
+  std::wstring path; // exactly as it was written, without a delimiter at its end
+  TStamp stamp{};
+  std::uint64_t since = 0;
+  bool refused = false;
+  TUniqueItemIdList list;
+  ComPtr<IShellFolder> folder; // empty until it is worth opening
+};
+using TKept = std::shared_ptr<const TParent>;
+
+// Raw, because nothing may be left to be destroyed behind the end of the apartment.
+thread_local TKept* gKept = nullptr;
+
+void Forget() {
+  delete std::exchange(gKept, nullptr);
+}
+
+// Whether this thread may keep something.
+bool Keeps() {
+  if (gKept) return true;
+  const bool is_main_thread = MainThread::IsCurrent();
+  if (!is_main_thread && !AtLeaveApartment(&Forget)) return false;
+  gKept = new TKept;
+  if (is_main_thread) AtShutdown(&Forget);
+  return true;
+}
+
+// Where the file's name begins behind its folder's path; 0 if it isn't a path of the kind that is kept.
+std::size_t NameStart(const std::wstring& path) {
+  constexpr std::size_t root = 3; // "C:\": the root itself is cheap
+  const std::size_t delimiter = path.rfind(L'\\');
+  const bool plain = delimiter != std::wstring::npos && delimiter >= root && path[2] == L'\\' &&
+                     path.size() < MAX_PATH && TPathUtils::StartsWithDriveLetter(path) &&
+                     path.find(L'/') == std::wstring::npos;
+  // The root's parser takes pieces of some names for something else, or changes them.
+  return plain && IsNewElementName(std::wstring_view(path).substr(delimiter + 1)) ? delimiter + 1 : 0;
+}
+
+bool ReadStamp(const std::wstring& folder, TStamp& stamp) {
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  if (!GetFileAttributesExW(folder.c_str(), GetFileExInfoStandard, &data)) return false;
+  stamp = {data.ftCreationTime, data.ftLastWriteTime, data.dwFileAttributes};
+  constexpr DWORD kind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+  return (data.dwFileAttributes & kind) == FILE_ATTRIBUTE_DIRECTORY;
+}
+
+bool IsPlainFile(const std::wstring& path) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES &&
+         (attributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT)) == 0;
+}
+
+TUniqueItemIdList ParseChild(const TParent& parent, std::wstring name) {
+  PIDLIST_RELATIVE raw = nullptr;
+  ULONG eaten = 0;
+  ULONG attributes = 0;
+  const HRESULT hr = GuardedCall(
+      [&] { return parent.folder->ParseDisplayName(nullptr, nullptr, name.data(), &eaten, &raw, &attributes); });
+  const TUniqueItemIdList child(raw);
+  if (hr != S_OK || !child) return {};
+  return TUniqueItemIdList(ILCombine(static_cast<PCIDLIST_ABSOLUTE>(parent.list.Get()), child.Get()));
+}
+
+bool IsFileSystemFolder(IShellFolder* folder) {
+  const auto persistent = ComPtr<IShellFolder>(folder).MaybeAs<IPersist>();
+  CLSID id{};
+  return persistent && SUCCEEDED(GuardedCall([&] { return persistent->GetClassID(&id); })) && id == FileSystemFolder;
+}
+
+// Opens the folder, and sees whether it makes the same list.
+bool Open(TParent& parent, const std::wstring& name, PCIDLIST_ABSOLUTE list) {
+  const auto drive_type = ShellApi().GetDriveTypeW;
+  if (!drive_type || drive_type(parent.path.substr(0, 3).c_str()) != DRIVE_FIXED) return false;
+  parent.list.Reset(ILClone(list));
+  if (!parent.list || !ILRemoveLastID(static_cast<PIDLIST_ABSOLUTE>(parent.list.Get()))) return false;
+  const ComPtr<IShellFolder> desktop = Desktop();
+  void* found = nullptr;
+  const HRESULT hr =
+      GuardedCall([&] { return desktop->BindToObject(parent.list.Get(), nullptr, IidOf<IShellFolder>(), &found); });
+  parent.folder.Attach(static_cast<IShellFolder*>(found));
+  if (FAILED(hr) || !parent.folder || !IsFileSystemFolder(parent.folder.Get())) return false;
+  const TUniqueItemIdList again = ParseChild(parent, name);
+  const UINT size = ILGetSize(list);
+  return again && ILGetSize(again.Get()) == size && std::memcmp(again.Get(), list, size) == 0;
+}
+
+} // namespace
+
+TUniqueItemIdList ParseInParent(const std::wstring& pPath) {
+  const TKept parent = gKept ? *gKept : nullptr; // its code may lead back here
+  if (!parent || !parent->folder || ThreadApi().tickCount() - parent->since >= ValidFor) return {};
+  const std::size_t start = NameStart(pPath);
+  if (start == 0 || pPath.compare(0, start - 1, parent->path) != 0) return {};
+  TStamp stamp;
+  if (!ReadStamp(parent->path, stamp) || !Same(stamp, parent->stamp) || !IsPlainFile(pPath)) return {};
+  return ParseChild(*parent, pPath.substr(start));
+}
+
+void LearnParent(const std::wstring& pPath, PCIDLIST_ABSOLUTE pList) {
+  const std::size_t start = NameStart(pPath);
+  if (start == 0 || !Keeps()) return;
+  auto parent = std::make_shared<TParent>();
+  parent->path = pPath.substr(0, start - 1);
+  parent->since = ThreadApi().tickCount();
+  if (!ReadStamp(parent->path, parent->stamp)) return;
+  const TKept last = *gKept;
+  const bool again = last && last->path == parent->path && Same(last->stamp, parent->stamp);
+  // What was found out stands: the path is one that the open folder isn't asked for.
+  if (again && (last->refused || last->folder) && parent->since - last->since < ValidFor) return;
+  if (again && IsPlainFile(pPath) && !Open(*parent, pPath.substr(start), pList)) {
+    parent->refused = true;
+    parent->folder.Reset();
+  }
+  if (!gKept) return; // what was opened ended all
+  const TKept old = std::exchange(*gKept, std::move(parent));
+}
+
+} // namespace kiv

@@ -1,0 +1,135 @@
+// Paths of one folder, parsed one after the other.
+#include <core/IdListFromPath.h>
+
+#include <doubles/ScopedTempFolder.h>
+#include <platform/MainThread.h>
+#include <platform/ShellApi.h>
+#include <platform/Threads.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace kiv {
+namespace {
+
+// The item of a file is the same to the last byte; those of the folders on the way tell when they were last looked
+// into.
+bool SameFile(PCIDLIST_ABSOLUTE a, PCIDLIST_ABSOLUTE b) {
+  if (!a || !b) return a == b;
+  const auto* const item = ILFindLastID(a);
+  return ILIsEqual(a, b) && std::memcmp(item, ILFindLastID(b), item->mkid.cb) == 0;
+}
+
+class ParseInParent : public testing::Test {
+protected:
+  static void SetUpTestSuite() {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    MainThread::Attach();
+  }
+  void SetUp() override {
+    gFromRoot = 0;
+    gCreate = fApi->ILCreateFromPathW;
+    fApi->ILCreateFromPathW = [](PCWSTR path) { return ++gFromRoot, gCreate(path); };
+    for (const wchar_t* name : {L"dir\\a", L"dir\\b", L"dir\\Some Name.text", L"dir\\c.zip", L"dir\\.hidden",
+                                L"dir\\sub\\a", L"dir.x\\a", L"other\\a"}) {
+      fTemp.MakeFile(name, 3);
+    }
+  }
+  // Whether the path was parsed without the root. What comes out must be what the shell gives for it in any case.
+  bool IsQuick(const std::wstring& path) {
+    const int before = gFromRoot;
+    const TUniqueItemIdList ours = GetIdListFromPath(nullptr, path);
+    const bool quick = gFromRoot == before;
+    PIDLIST_ABSOLUTE raw = nullptr;
+    SHParseDisplayName(path.c_str(), nullptr, &raw, 0, nullptr);
+    const TUniqueItemIdList theirs(raw);
+    const auto* const list = static_cast<PCIDLIST_ABSOLUTE>(ours.Get());
+    EXPECT_TRUE(quick ? SameFile(list, raw) : !ours == !theirs && (!ours || ILIsEqual(list, raw)))
+        << testing::PrintToString(path);
+    return quick;
+  }
+  bool IsQuickInDir(const std::wstring& name) { return IsQuick(fTemp.PathOf(L"dir\\" + name)); }
+  TThreadApi Clock() {
+    TThreadApi api;
+    api.tickCount = [this] { return fNow; };
+    return api;
+  }
+  void OpenDir() {
+    for (const wchar_t* name : {L"a", L"b"}) IsQuickInDir(name);
+    ASSERT_TRUE(IsQuickInDir(L"a"));
+  }
+
+  static inline int gFromRoot = 0;
+  static inline decltype(TShellApi::ILCreateFromPathW) gCreate = nullptr;
+  test::ScopedTempFolder fTemp;
+  ScopedShellApi fApi;
+  std::uint64_t fNow = 1'000'000;
+  ScopedThreadApi fClock{Clock()};
+};
+
+TEST_F(ParseInParent, ServesFilesOfTheLastFolderAndNothingElse) {
+  EXPECT_FALSE(IsQuickInDir(L"a"));
+  EXPECT_FALSE(IsQuickInDir(L"b")) << "the second path of a folder opens it";
+  const struct {
+    const wchar_t* name;
+    bool quick;
+  } cases[] = {{L"a", true},       {L"A", true},    {L"some name.TEXT", true}, {L"c.zip", true},
+               {L".hidden", true}, {L"sub", false}, {L"sub\\a", false},        {L"none", false},
+               {L"a.", false},     {L"a ", false},  {L"a:stream", false},      {L"nul", false},
+               {L"sub/a", false},  {L".", false}};
+  for (const auto& c : cases) {
+    OpenDir();
+    EXPECT_EQ(IsQuickInDir(c.name), c.quick) << testing::PrintToString(std::wstring(c.name));
+  }
+  OpenDir();
+  EXPECT_FALSE(IsQuickInDir(L"sub"));
+  EXPECT_TRUE(IsQuickInDir(L"b")) << "a folder in between doesn't matter";
+  EXPECT_FALSE(GetIdListFromPath(nullptr, fTemp.PathOf(L"dir\\*")));
+  EXPECT_FALSE(IsQuick(fTemp.PathOf(L"dir.x\\a")));
+  EXPECT_FALSE(IsQuick(fTemp.PathOf(L"DIR\\a"))) << "a file system may tell letter cases apart";
+  OpenDir();
+  EXPECT_FALSE(IsQuick(fTemp.PathOf(L"other\\a")));
+  EXPECT_FALSE(IsQuickInDir(L"a")) << "one folder is kept";
+}
+
+TEST_F(ParseInParent, LetsGoOfAFolderThatChanges) {
+  OpenDir();
+  fNow += 999;
+  EXPECT_TRUE(IsQuickInDir(L"b"));
+  fNow += 1;
+  EXPECT_FALSE(IsQuickInDir(L"b")) << "not for ever";
+  EXPECT_TRUE(IsQuickInDir(L"b"));
+
+  const std::wstring dir = fTemp.PathOf(L"dir");
+  fTemp.MakeFile(L"dir\\new");
+  for (const wchar_t* name : {L"new", L"a"}) IsQuickInDir(name);
+  OpenDir();
+  ASSERT_TRUE(MoveFileW(dir.c_str(), fTemp.PathOf(L"moved").c_str()));
+  EXPECT_FALSE(IsQuickInDir(L"a"));
+  ASSERT_TRUE(MoveFileW(fTemp.PathOf(L"other").c_str(), dir.c_str()));
+  EXPECT_FALSE(IsQuickInDir(L"a")) << "another folder of that name";
+  EXPECT_FALSE(IsQuickInDir(L"b"));
+}
+
+TEST_F(ParseInParent, KeepsNothingWhereNobodySaysWhenItEnds) {
+  std::thread([&] {
+    CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(IsQuickInDir(L"a"));
+    CoUninitialize();
+  }).join();
+  std::thread([&] {
+    ASSERT_TRUE(EnterApartment(false));
+    OpenDir();
+    LeaveApartment();
+    ASSERT_TRUE(EnterApartment(false));
+    EXPECT_FALSE(IsQuickInDir(L"a")) << "what it kept belonged to the apartment";
+    LeaveApartment();
+  }).join();
+  EXPECT_FALSE(IsQuickInDir(L"a")) << "each thread keeps its own";
+}
+
+} // namespace
+} // namespace kiv
