@@ -49,6 +49,15 @@ TUniqueItemIdList ListFromPath(std::wstring_view path) {
   return list;
 }
 
+// Without asking the disk.
+TUniqueItemIdList SimpleListFromPath(std::wstring_view path) {
+  PIDLIST_ABSOLUTE raw = nullptr;
+  const std::wstring text(path);
+  const auto make = ShellApi().SHSimpleIDListFromPath;
+  if (make) GuardedCall([&] { raw = make(text.c_str()); });
+  return TUniqueItemIdList(raw);
+}
+
 TUniqueItemIdList ListFromItem(IShellItem* item) {
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedExport(ShellApi().SHGetIDListFromObject, item, &raw);
@@ -169,15 +178,15 @@ ComPtr<TKivItemIdList> TKivItemIdList::Create(IShellItem* pShellItem) {
 }
 
 ComPtr<TKivItemIdList> TKivItemIdList::CreateSimpleIdList(std::wstring_view pPath) {
-  PIDLIST_ABSOLUTE raw = nullptr;
-  const std::wstring path(pPath);
-  const auto make = ShellApi().SHSimpleIDListFromPath;
-  if (make) GuardedCall([&] { raw = make(path.c_str()); });
-  TUniqueItemIdList list(raw);
+  TUniqueItemIdList list = SimpleListFromPath(pPath);
   auto made = Make<TKivItemIdList>(
       TStart{.list = list.Get(), .simple = true, .pathKnown = true, .path = WithoutTrailingDelimiter(pPath)});
   static_cast<void>(list.Release());
   return made;
+}
+
+ComPtr<TKivItemIdList> TKivItemIdList::CreateSimpleIdListLater(std::wstring_view pPath) {
+  return Make<TKivItemIdList>(TStart{.simple = true, .pathKnown = true, .path = WithoutTrailingDelimiter(pPath)});
 }
 
 ComPtr<TKivItemIdList> TKivItemIdList::CreateInvalidWithPath(std::wstring_view pPath) {
@@ -208,7 +217,7 @@ PCIDLIST_ABSOLUTE TKivItemIdList::WindowsPointer() {
 PIDLIST_ABSOLUTE TKivItemIdList::MakeList() {
   const auto path = fPath.Read();
   if (!path.known || path.text.empty()) return nullptr;
-  return ListFromPath(path.text).Release();
+  return (fIsSimple ? SimpleListFromPath(path.text) : ListFromPath(path.text)).Release();
 }
 
 bool TKivItemIdList::IsInvalid() {

@@ -49,6 +49,8 @@ public:
   /// From a path whose object may not exist: the list is made of the text, without asking the disk
   /// ("SHSimpleIDListFromPath"), and the path stays what it tells of itself.
   static ComPtr<TKivItemIdList> CreateSimpleIdList(std::wstring_view pPath);
+  /// The same, with the list made at the first question that needs one.
+  static ComPtr<TKivItemIdList> CreateSimpleIdListLater(std::wstring_view pPath);
   /// An invalid list that can tell where it was meant to point.
   static ComPtr<TKivItemIdList> CreateInvalidWithPath(std::wstring_view pPath);
   /// The list of a special folder; an invalid one if this system hasn't got it. With `pFromCache` the shared one,

@@ -54,6 +54,9 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shell, SHCreateShellItemArrayFromIDLists);
   KIV_BIND(shell, SHCreateShellItemArrayFromDataObject);
   KIV_BIND(shell, SHChangeNotification_Lock);
+  KIV_BIND(shell, SHChangeNotification_Unlock);
+  KIV_BIND(shell, SHChangeNotifyRegister);
+  KIV_BIND(shell, SHChangeNotifyDeregister);
   KIV_BIND(shell, SHGetDesktopFolder);
   KIV_BIND(shell, SHParseDisplayName);
   KIV_BIND(shell, SHGetDataFromIDListW);

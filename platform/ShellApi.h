@@ -42,6 +42,9 @@ struct TShellApi {
   decltype(&::SHCreateShellItemArrayFromIDLists) SHCreateShellItemArrayFromIDLists = nullptr;
   decltype(&::SHCreateShellItemArrayFromDataObject) SHCreateShellItemArrayFromDataObject = nullptr;
   decltype(&::SHChangeNotification_Lock) SHChangeNotification_Lock = nullptr;
+  decltype(&::SHChangeNotification_Unlock) SHChangeNotification_Unlock = nullptr;
+  decltype(&::SHChangeNotifyRegister) SHChangeNotifyRegister = nullptr;
+  decltype(&::SHChangeNotifyDeregister) SHChangeNotifyDeregister = nullptr;
   decltype(&::SHGetDesktopFolder) SHGetDesktopFolder = nullptr;
   decltype(&::SHParseDisplayName) SHParseDisplayName = nullptr;
   decltype(&::SHGetDataFromIDListW) SHGetDataFromIDListW = nullptr;

@@ -6,6 +6,7 @@
 #include "PathCommands.h"
 #include "PoolCommand.h"
 #include "WalkCommand.h"
+#include "WatchCommand.h"
 
 #include <platform/Exception.h>
 #include <platform/Text.h>
@@ -35,6 +36,10 @@ Usage:
       --navigation             what a navigation pane lists
       --depth N                the folders below as well, N levels down; "all" for all.
                                Links aren't followed. Ctrl+C ends the list where it is.
+  kivtool watch PATH... [--recursive] [--json]
+                               Print what changes in folders, a line an event: local time, kind,
+                               path, and the new path of what was renamed; with --json a JSON
+                               object a line, time in UTC. Ctrl+C ends it.
   kivtool info PATH...         What the library tells of objects: their names in every form,
                                depth, parent, special folder, attributes, whether they
                                are there. PATH as for walk.
@@ -145,6 +150,26 @@ int Walk(const std::vector<std::wstring>& arguments, TEnvironment& environment) 
   return complaint.empty() ? RunWalk(*path, options, environment) : Misuse(environment, "walk: " + complaint);
 }
 
+int Watch(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  TWatchOptions options;
+  bool only_paths = false;
+  for (const std::wstring& argument : arguments) {
+    if (only_paths || !argument.starts_with(L"-")) {
+      options.paths.push_back(argument);
+    } else if (argument == L"--recursive") {
+      options.recursive = true;
+    } else if (argument == L"--json") {
+      options.json = true;
+    } else if (argument == L"--") {
+      only_paths = true;
+    } else {
+      return Misuse(environment, "watch: unknown option " + Quoted(argument) + ".");
+    }
+  }
+  if (options.paths.empty()) return Misuse(environment, "watch: no path given.");
+  return RunWatch(options, environment);
+}
+
 int RunTexts(const std::string& name, const TTextCommand& command, const std::vector<std::wstring>& texts,
              TEnvironment& environment) {
   if (!texts.empty() && texts.size() != command.arguments) {
@@ -220,6 +245,7 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   const std::wstring& command = arguments[0];
   const std::vector<std::wstring> rest(arguments.begin() + 1, arguments.end());
   if (command == L"walk") return Walk(rest, environment);
+  if (command == L"watch") return Watch(rest, environment);
   if (command == L"info") {
     return rest.empty() ? Misuse(environment, "info: no path given.") : RunInfo(rest, environment);
   }

@@ -2,12 +2,27 @@
 
 #include <core/FolderSource.h>
 #include <core/IItemIdList.h>
+#include <notification/NotificationEvent.h>
 
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kivtool {
+
+/// One event of a watch.
+struct TWatchedChange {
+  kiv::TFileTime time = 0; ///< when it arrived
+  kiv::TNotificationEvent event{};
+  std::wstring path1;
+  std::wstring path2;
+};
+
+/// Watches folders, with all below them if `recursive`, and calls `tell` until that answers false or somebody has had
+/// enough. Answers the paths that can't be watched; if that is all of them, at once.
+using TWatchPaths = std::function<std::vector<std::wstring>(const std::vector<std::wstring>& paths, bool recursive,
+                                                            const std::function<bool(const TWatchedChange&)>& tell)>;
 
 /// What the commands need of the world, so that they run against a simulated one as well.
 struct TEnvironment {
@@ -32,6 +47,7 @@ struct TEnvironment {
   kiv::IFolderSource* navigationFolders = nullptr;
   /// Whether the user wants the command to end (Ctrl+C). Asked often by those that take long.
   std::function<bool()> isStopped = [] { return false; };
+  TWatchPaths watch = nullptr;
 };
 
 /// What the program ends with.

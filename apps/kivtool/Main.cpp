@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "WatchLoop.h"
 
 #include <core/FileFunctions.h>
 #include <core/ItemIdList.h>
@@ -128,6 +129,8 @@ int wmain(int pCount, wchar_t** pArguments) {
         .compareNames = &kiv::CompareFilenames,
         .navigationFolders = &navigation_folders,
         .isStopped = &IsStopped,
+        .watch = [](const auto& paths, bool recursive,
+                    const auto& tell) { return kivtool::WatchPaths(paths, recursive, tell, &IsStopped); },
     };
     result = kivtool::Run(arguments, environment);
   }

@@ -3,6 +3,7 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
+#include <platform/fill/LiteralPath.h>
 
 #include <string>
 #include <string_view>
@@ -19,15 +20,9 @@ HRESULT GetName(IShellItem* item, SIGDN kind, TUniqueTaskText& name) {
   return name ? S_OK : E_UNEXPECTED;
 }
 
-// The form of a path that file calls take literally: it may be long, or end with a blank or dot.
-std::wstring FileCallForm(const std::wstring& path) {
-  if (path.starts_with(LR"(\\?\)")) return path;
-  return path.starts_with(LR"(\\)") ? LR"(\\?\UNC\)" + path.substr(2) : LR"(\\?\)" + path;
-}
-
 HRESULT CheckDisk(const std::wstring& path) {
   const ScopedErrorMode mode;
-  if (GetFileAttributesW(FileCallForm(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
+  if (GetFileAttributesW(LiteralPath(path).c_str()) != INVALID_FILE_ATTRIBUTES) return S_OK;
   return HRESULT_FROM_WIN32(GetLastError());
 }
 

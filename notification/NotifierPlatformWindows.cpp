@@ -1,0 +1,46 @@
+#include <notification/NotifierPlatform.h>
+
+#include <core/ItemIdList.h>
+#include <core/ItemIdListHelper.h>
+#include <core/PathFunctions.h>
+#include <core/PathUtils.h>
+#include <notification/ShellChangeSource.h>
+#include <platform/PathApi.h>
+
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+class TShellPlatform final : public INotifierPlatform {
+public:
+  ComPtr<IItemIdList> MakeList(std::wstring_view pPath) override { return TKivItemIdList::Create(pPath); }
+  ComPtr<IItemIdList> DefaultList() override { return TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, true); }
+
+  bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
+    bool finished = false;
+    TItemIdListHelper::TryReload(pItemIdList, pLimit, finished, std::move(pIndicator));
+    return finished;
+  }
+
+  // A list that was made from a path knows it, and nobody has to parse it for this.
+  bool IsFolder(IItemIdList* pItemIdList) override {
+    if (pItemIdList->IsResolved()) return pItemIdList->IsFolder();
+    const DWORD attributes = PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(pItemIdList->Path()));
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  }
+
+  std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
+    return std::make_unique<ShellChangeSource>(pSink);
+  }
+};
+
+} // namespace
+
+INotifierPlatform& detail::PlatformOfNotifiers() {
+  static TShellPlatform platform;
+  return platform;
+}
+
+} // namespace kiv

@@ -1,0 +1,225 @@
+#include <platform/fill/DirectoryHandle.h>
+
+#include <platform/TempPath.h>
+#include <platform/fill/LiteralPath.h>
+
+#include <dbt.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+constexpr DWORD Changes = FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_DIR_NAME | FILE_NOTIFY_CHANGE_ATTRIBUTES |
+                          FILE_NOTIFY_CHANGE_SIZE | FILE_NOTIFY_CHANGE_LAST_WRITE | FILE_NOTIFY_CHANGE_CREATION;
+// Network redirectors refuse more than 64 KB.
+constexpr DWORD RootBuffer = 64 * 1024;
+constexpr DWORD FolderBuffer = 8 * 1024;
+constexpr DWORD ShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD OpenDirectory = FILE_FLAG_BACKUP_SEMANTICS;
+
+TUniqueHandle OpenFolder(const std::wstring& path, DWORD access, DWORD flags) {
+  return TUniqueHandle(
+      CreateFileW(LiteralPath(path).c_str(), access, ShareAll, nullptr, OPEN_EXISTING, OpenDirectory | flags, nullptr));
+}
+
+TFileIdentity IdentityOfHandle(HANDLE file) {
+  BY_HANDLE_FILE_INFORMATION info;
+  if (!GetFileInformationByHandle(file, &info)) return {};
+  return {info.dwVolumeSerialNumber, static_cast<std::uint64_t>(info.nFileIndexHigh) << 32U | info.nFileIndexLow};
+}
+
+IWatchedFolders::TKind KindOfAttributes(DWORD attributes) {
+  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return IWatchedFolders::TKind::File;
+  const bool link = (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  return link ? IWatchedFolders::TKind::Link : IWatchedFolders::TKind::Folder;
+}
+
+bool Arm(TDirectoryHandle& handle) noexcept {
+  handle.overlapped = {};
+  handle.armed = ReadDirectoryChangesW(handle.file.Get(), handle.buffer.get(), handle.size, handle.subtree, Changes,
+                                       nullptr, &handle.overlapped, nullptr) != FALSE;
+  return handle.armed;
+}
+
+} // namespace
+
+TFileIdentity IdentityOf(const std::wstring& pPath) {
+  const TUniqueHandle file = OpenFolder(pPath, 0, 0);
+  return file ? IdentityOfHandle(file.Get()) : TFileIdentity{};
+}
+
+TDirectoryHandle::~TDirectoryHandle() {
+  Close();
+}
+
+void TDirectoryHandle::AskBeforeEject(HWND pWindow) noexcept {
+  if (!pWindow) return;
+  DEV_BROADCAST_HANDLE filter{};
+  filter.dbch_size = sizeof(filter);
+  filter.dbch_devicetype = DBT_DEVTYP_HANDLE;
+  filter.dbch_handle = file.Get();
+  device = RegisterDeviceNotificationW(pWindow, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
+}
+
+void TDirectoryHandle::Close() noexcept {
+  if (device) UnregisterDeviceNotification(std::exchange(device, nullptr));
+  file.Reset();
+}
+
+TFileIdentity TDirectoryHandle::Identity() const {
+  return IdentityOfHandle(file.Get());
+}
+
+IWatchedFolders::TKind KindOfPath(const std::wstring& pPath) {
+  const DWORD attributes = GetFileAttributesW(LiteralPath(pPath).c_str());
+  return attributes == INVALID_FILE_ATTRIBUTES ? IWatchedFolders::TKind::None : KindOfAttributes(attributes);
+}
+
+std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles) {
+  std::vector<IWatchedFolders::TEntry> entries;
+  WIN32_FIND_DATAW data;
+  std::wstring pattern = LiteralPath(pPath);
+  pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
+  const TUniqueFind find(FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &data,
+                                          pFiles ? FindExSearchNameMatch : FindExSearchLimitToDirectories, nullptr,
+                                          FIND_FIRST_EX_LARGE_FETCH));
+  if (!find) return entries;
+  do {
+    const std::wstring_view name = data.cFileName;
+    const auto kind = KindOfAttributes(data.dwFileAttributes);
+    const bool wanted = pFiles || kind != IWatchedFolders::TKind::File;
+    if (wanted && name != L"." && name != L"..") entries.push_back({std::wstring(name), kind});
+  } while (FindNextFileW(find.Get(), &data));
+  return entries;
+}
+
+// --- the port -------------------------------------------------------------------------------------------------------
+
+TDirectoryPort::TDirectoryPort() : fPort(CreateIoCompletionPort(INVALID_HANDLE_VALUE, nullptr, 0, 1)) {}
+
+TDirectoryPort::~TDirectoryPort() {
+  // What the platform doesn't let go of stays: it may still write there.
+  for (auto& handle : fClosed) static_cast<void>(handle.release());
+}
+
+TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree, TTag pTag) {
+  auto handle = std::make_unique<TDirectoryHandle>();
+  handle->file = OpenFolder(pPath, FILE_LIST_DIRECTORY, FILE_FLAG_OVERLAPPED);
+  handle->tag = pTag;
+  handle->subtree = pSubtree;
+  handle->size = pTag.folder == TWatchedTree::RootFolder ? RootBuffer : FolderBuffer;
+  handle->buffer = std::make_unique_for_overwrite<DWORD[]>(handle->size / sizeof(DWORD));
+  if (!handle->file || !CreateIoCompletionPort(handle->file.Get(), fPort.Get(), 0, 0) || !Arm(*handle)) return nullptr;
+  return handle.release();
+}
+
+void TDirectoryPort::Close(TDirectoryHandle* pHandle) noexcept {
+  std::unique_ptr<TDirectoryHandle> handle(pHandle);
+  if (!pHandle->armed) return;
+  pHandle->closed = true;
+  fClosed.push_back(std::move(handle));
+  CancelIoEx(pHandle->file.Get(), &pHandle->overlapped);
+  fClosed.back()->Close();
+}
+
+void TDirectoryPort::Dispose(TDirectoryHandle* pHandle) noexcept {
+  std::erase_if(fClosed, [pHandle](const auto& handle) { return handle.get() == pHandle; });
+}
+
+TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
+  DWORD bytes = 0;
+  ULONG_PTR key = 0;
+  OVERLAPPED* overlapped = nullptr;
+  const BOOL done = GetQueuedCompletionStatus(fPort.Get(), &bytes, &key, &overlapped, pLimit);
+  if (!overlapped) return done ? TEvent::Nothing : TEvent::TimeOut;
+  const DWORD error = done ? ERROR_SUCCESS : GetLastError();
+  auto* const handle = CONTAINING_RECORD(overlapped, TDirectoryHandle, overlapped);
+  if (handle->closed) {
+    Dispose(handle);
+    return TEvent::Nothing;
+  }
+  handle->armed = false;
+  pReport.tag = handle->tag;
+  const auto* const first = reinterpret_cast<const std::byte*>(handle->buffer.get());
+  const std::vector<std::byte> filled(first, first + std::min(bytes, handle->size));
+  const bool lost = error == ERROR_NOTIFY_ENUM_DIR || (error == ERROR_SUCCESS && bytes == 0);
+  if ((error != ERROR_SUCCESS && !lost) || !Arm(*handle)) {
+    pReport.kind = TReport::TKind::Failed;
+    return TEvent::Report;
+  }
+  const bool whole = !lost && ParseDirectoryRecords(filled, pReport.records);
+  pReport.kind = whole ? TReport::TKind::Records : TReport::TKind::Overflow;
+  return TEvent::Report;
+}
+
+void TDirectoryPort::Settle() noexcept {
+  constexpr DWORD limit = 500; // ms
+  DWORD bytes = 0;
+  ULONG_PTR key = 0;
+  const ULONGLONG end = GetTickCount64() + limit;
+  while (!fClosed.empty() && GetTickCount64() < end) {
+    OVERLAPPED* overlapped = nullptr;
+    if (!GetQueuedCompletionStatus(fPort.Get(), &bytes, &key, &overlapped, limit) && !overlapped) return;
+    if (!overlapped) continue;
+    auto* const handle = CONTAINING_RECORD(overlapped, TDirectoryHandle, overlapped);
+    if (handle->closed) Dispose(handle);
+  }
+}
+
+void TDirectoryPort::Wake() noexcept {
+  PostQueuedCompletionStatus(fPort.Get(), 0, 0, nullptr);
+}
+
+// --- the probe ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+bool MakeFile(const std::wstring& path) {
+  return static_cast<bool>(TUniqueHandle(CreateFileW(LiteralPath(path).c_str(), GENERIC_WRITE, ShareAll, nullptr,
+                                                     CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY, nullptr)));
+}
+
+// The file below is made first: once the one in the folder itself is reported, the other one should have been.
+bool IsReportedFromBelow(const std::wstring& folder) {
+  constexpr DWORD limit = 1000; // ms
+  TDirectoryPort port;
+  TDirectoryHandle* const handle = port.Open(folder, true, {nullptr, TWatchedTree::RootFolder});
+  bool below = false;
+  if (handle && MakeFile(folder + L"\\below\\x") && MakeFile(folder + L"\\x")) {
+    bool over = false;
+    while (!over) {
+      TDirectoryPort::TReport report;
+      over = port.Await(limit, report) != TDirectoryPort::TEvent::Report;
+      for (const TDirectoryRecord& record : report.records) {
+        below = below || record.name == L"below\\x";
+        over = over || record.name == L"x";
+      }
+    }
+  }
+  if (handle) port.Close(handle);
+  port.Settle();
+  return below;
+}
+
+} // namespace
+
+bool ProbeSubtrees() {
+  static std::uint32_t count = 0;
+  const std::wstring folder =
+      KivGetTempPath() + L"kiv" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
+  const std::wstring below = folder + L"\\below";
+  if (!CreateDirectoryW(LiteralPath(folder).c_str(), nullptr)) return false;
+  const bool reported = CreateDirectoryW(LiteralPath(below).c_str(), nullptr) && IsReportedFromBelow(folder);
+  DeleteFileW(LiteralPath(below + L"\\x").c_str());
+  DeleteFileW(LiteralPath(folder + L"\\x").c_str());
+  RemoveDirectoryW(LiteralPath(below).c_str());
+  RemoveDirectoryW(LiteralPath(folder).c_str());
+  return reported;
+}
+
+} // namespace kiv

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <platform/Handles.h>
+#include <platform/fill/DirectoryChange.h>
+#include <platform/fill/WatchedTree.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Inside of DirectoryWatcher: what it asks the platform.
+namespace kiv {
+
+/// Which file stands behind a name, whatever it is called.
+struct TFileIdentity {
+  std::uint32_t volume = 0;
+  std::uint64_t file = 0; ///< with the volume: all zero for what isn't there
+
+  friend bool operator==(const TFileIdentity&, const TFileIdentity&) = default;
+};
+
+TFileIdentity IdentityOf(const std::wstring& pPath);
+IWatchedFolders::TKind KindOfPath(const std::wstring& pPath);
+std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles);
+/// Whether one directory handle reports what happens in the folders below, those included that were there before it.
+/// Asks the platform, with files in the temporary folder. False if that can't be done.
+bool ProbeSubtrees();
+
+struct TDirectoryHandle;
+
+/// A completion port with directory handles. One thread, but for Wake.
+class TDirectoryPort {
+public:
+  /// Whose handle it is.
+  struct TTag {
+    void* owner = nullptr;
+    std::uint64_t folder = 0;
+  };
+  struct TReport {
+    enum class TKind { Records, Overflow, Failed };
+    TKind kind = TKind::Failed;
+    TTag tag;
+    std::vector<TDirectoryRecord> records;
+  };
+  enum class TEvent { Report, Nothing, TimeOut };
+
+  TDirectoryPort();
+  ~TDirectoryPort();
+  TDirectoryPort(const TDirectoryPort&) = delete;
+  TDirectoryPort& operator=(const TDirectoryPort&) = delete;
+
+  /// A handle that reports from now on; null if there is no such folder, or it can't be opened. The port's own.
+  TDirectoryHandle* Open(const std::wstring& pPath, bool pSubtree, TTag pTag);
+  /// Nothing is reported of it any more.
+  void Close(TDirectoryHandle* pHandle) noexcept;
+  /// The next event, at most `pLimit` milliseconds later.
+  TEvent Await(DWORD pLimit, TReport& pReport);
+  /// Waits until the platform has let go of all closed handles.
+  void Settle() noexcept;
+  /// Any thread: ends an Await.
+  void Wake() noexcept;
+
+private:
+  void Dispose(TDirectoryHandle* pHandle) noexcept;
+
+  TUniqueHandle fPort;
+  std::vector<std::unique_ptr<TDirectoryHandle>> fClosed; // whose request hasn't ended
+};
+
+/// One open directory.
+struct TDirectoryHandle {
+  ~TDirectoryHandle();
+  TFileIdentity Identity() const;
+  /// Registers the handle for WM_DEVICECHANGE ("RegisterDeviceNotification").
+  void AskBeforeEject(HWND pWindow) noexcept;
+  void Close() noexcept;
+
+  OVERLAPPED overlapped{}; // first
+  TUniqueHandle file;
+  TDirectoryPort::TTag tag;
+  HDEVNOTIFY device = nullptr;
+  bool subtree = false;
+  bool armed = false; // the platform has the buffer
+  bool closed = false;
+  DWORD size = 0;
+  std::unique_ptr<DWORD[]> buffer;
+};
+
+} // namespace kiv

@@ -1,0 +1,360 @@
+// How the directory watcher works.
+//
+// Threads: callers put commands into a list and wake the one thread; it alone touches watches, trees and handles.
+// It waits at a completion port for whatever comes first: a command, a buffer that a directory handle filled, or the
+// time to look after watched folders that have gone.
+//
+// A handle's buffer is copied and the handle armed again before anything else is done with it. A closed handle's memory
+// stays until the platform has said that it has let go of it.
+#include <platform/fill/DirectoryWatcher.h>
+
+#include <platform/ErrorMode.h>
+#include <platform/Handles.h>
+#include <platform/Lifecycle.h>
+#include <platform/Signal.h>
+#include <platform/Threads.h>
+#include <platform/fill/DirectoryHandle.h>
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+
+namespace kiv {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr DWORD IdleAfter = 50;               // ms without a report
+constexpr std::uint64_t LookAfter = 2000;     // ms between looks at the watched folders
+constexpr std::size_t LooksAtOnce = 256;      // folders
+constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
+constexpr auto LongestBegin = 1000ms;
+constexpr auto LongestRelease = 1000ms;
+
+struct TWatch;
+
+struct TBegin {
+  TSignal done;
+  std::atomic<bool> given_up{false};
+  bool opened = false;
+};
+
+/// One watch; the thread's own, but for the number.
+struct TWatch final : IWatchedFolders {
+  TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, const std::wstring& pPath, TWatchedTree::TOptions pOptions,
+         std::shared_ptr<TNoticeQueue> pQueue, HWND pDeviceWindow)
+      : number(pNumber), port(pPort), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
+        tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { queue->Push(number, std::move(notice)); }) {}
+
+  bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
+    auto handle = port.Open(pPath, pSubtree, {this, pFolder});
+    if (!handle) return false;
+    if (pFolder == TWatchedTree::RootFolder) {
+      identity = handle->Identity();
+      handle->AskBeforeEject(deviceWindow);
+    }
+    handles[pFolder] = handle;
+    return true;
+  }
+  void Close(std::uint64_t pFolder) noexcept override {
+    const auto found = handles.find(pFolder);
+    if (found == handles.end()) return;
+    port.Close(found->second);
+    handles.erase(found);
+  }
+  std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
+  TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
+
+  HANDLE RootHandle() const {
+    const auto root = handles.find(TWatchedTree::RootFolder);
+    return root == handles.end() ? nullptr : root->second->file.Get();
+  }
+
+  const std::uint32_t number;
+  TDirectoryPort& port;
+  const std::shared_ptr<TNoticeQueue> queue;
+  const HWND deviceWindow;
+  std::map<std::uint64_t, TDirectoryHandle*> handles;
+  TFileIdentity identity;
+  std::uint64_t releasedUntil = 0;
+  bool complete = false;
+  bool tellComplete = false; // the listeners may have listed the folder before everything was open
+  std::shared_ptr<TBegin> begin;
+  TWatchedTree tree; // last: its end closes handles
+};
+
+class TWatcherThread {
+public:
+  TWatcherThread() : fThread([this] { Run(); }) {}
+  ~TWatcherThread() {
+    Command([this] { fStopped = true; });
+    fThread.join();
+  }
+
+  void Command(std::function<void()> pCommand) {
+    {
+      const std::lock_guard guard(fLock);
+      fCommands.push_back(std::move(pCommand));
+    }
+    fPort.Wake();
+  }
+
+  struct TRequest {
+    std::uint32_t number = 0;
+    std::wstring path;
+    bool recursive = false;
+    std::shared_ptr<TNoticeQueue> queue;
+    HWND deviceWindow = nullptr;
+  };
+
+  void Begin(const TRequest& pRequest, const std::shared_ptr<TBegin>& pBegin) {
+    const TWatchedTree::TOptions options{pRequest.recursive, pRequest.recursive && SubtreesAreReported()};
+    auto watch =
+        std::make_unique<TWatch>(pRequest.number, fPort, pRequest.path, options, pRequest.queue, pRequest.deviceWindow);
+    pBegin->opened = watch->tree.Open();
+    if (!pBegin->opened) return pBegin->done.Set();
+    watch->begin = pBegin;
+    fWatches.emplace(pRequest.number, std::move(watch));
+  }
+
+  void End(std::uint32_t pNumber) {
+    const auto found = fWatches.find(pNumber);
+    if (found == fWatches.end()) return;
+    found->second->queue->End(pNumber);
+    fWatches.erase(found);
+  }
+
+  void Release(HANDLE pHandle) {
+    const auto asked = std::find_if(fWatches.begin(), fWatches.end(),
+                                    [pHandle](const auto& watch) { return watch.second->RootHandle() == pHandle; });
+    if (asked == fWatches.end()) return; // let go with another one
+    const std::uint32_t volume = asked->second->identity.volume;
+    for (auto& [number, watch] : fWatches) {
+      if (!watch->tree.IsOpen() || watch->identity.volume != volume) continue;
+      watch->releasedUntil = GetTickCount64() + ReleasedFor;
+      Lose(*watch);
+    }
+    fPort.Settle();
+  }
+
+private:
+  void Run() noexcept {
+    SetCurrentThreadName(L"Kiv directory watcher");
+    const ScopedErrorMode mode;
+    while (!fStopped) {
+      try {
+        RunCommands();
+        Turn();
+      } catch (const std::bad_alloc&) {
+        // What couldn't be told is told as one update of everything.
+        for (auto& [number, watch] : fWatches) Survive([&] { watch->tree.TellUpdate(); });
+      }
+    }
+    fWatches.clear();
+    fPort.Settle();
+  }
+
+  template <typename F>
+  static void Survive(F&& pAct) noexcept {
+    try {
+      pAct();
+    } catch (...) {
+      // Without memory there is nothing left to be done.
+    }
+  }
+
+  void RunCommands() {
+    std::vector<std::function<void()>> commands;
+    {
+      const std::lock_guard guard(fLock);
+      commands.swap(fCommands);
+    }
+    for (const auto& command : commands) command();
+  }
+
+  void Turn() {
+    const bool scanning = ScanSome();
+    TDirectoryPort::TReport report;
+    const TDirectoryPort::TEvent event = fPort.Await(scanning ? 0 : WaitTime(), report);
+    if (event == TDirectoryPort::TEvent::Report) {
+      OnReport(report);
+    } else if (event == TDirectoryPort::TEvent::TimeOut && !scanning) {
+      for (auto& [number, watch] : fWatches) {
+        if (watch->tree.WantsIdle()) watch->tree.OnIdle();
+      }
+    }
+    LookAround();
+  }
+
+  DWORD WaitTime() const {
+    if (fWatches.empty()) return INFINITE;
+    const bool idle =
+        std::any_of(fWatches.begin(), fWatches.end(), [](const auto& watch) { return watch.second->tree.WantsIdle(); });
+    if (idle) return IdleAfter;
+    const std::uint64_t now = GetTickCount64();
+    return now >= fNextLook ? 0 : static_cast<DWORD>(fNextLook - now);
+  }
+
+  bool ScanSome() {
+    bool any = false;
+    for (auto& [number, watch] : fWatches) {
+      if (watch->complete || !watch->tree.IsOpen()) continue;
+      any = true;
+      if (!watch->tree.ScanSome()) OnComplete(*watch);
+    }
+    return any;
+  }
+
+  static void OnComplete(TWatch& pWatch) {
+    pWatch.complete = true;
+    const bool late = pWatch.begin && pWatch.begin->given_up;
+    if (pWatch.begin) pWatch.begin->done.Set();
+    pWatch.begin.reset();
+    if (std::exchange(pWatch.tellComplete, false) || late) pWatch.tree.TellUpdate();
+  }
+
+  void OnReport(TDirectoryPort::TReport& pReport) {
+    auto& watch = *static_cast<TWatch*>(pReport.tag.owner);
+    TWatchedTree& tree = watch.tree;
+    switch (pReport.kind) {
+    case TDirectoryPort::TReport::TKind::Records:
+      return tree.OnRecords(pReport.tag.folder, std::move(pReport.records));
+    case TDirectoryPort::TReport::TKind::Overflow:
+      return tree.OnOverflow(pReport.tag.folder);
+    default:
+      // A folder below was closed by whoever took it away; the one above reports that.
+      if (pReport.tag.folder == TWatchedTree::RootFolder) Lose(watch);
+    }
+  }
+
+  static void Lose(TWatch& pWatch) {
+    if (!pWatch.tree.IsOpen()) return;
+    pWatch.tree.Close();
+    pWatch.complete = true;
+    if (pWatch.begin) pWatch.begin->done.Set();
+    pWatch.begin.reset();
+    pWatch.tree.TellUpdate();
+  }
+
+  // A folder's own end or renaming isn't reported by its handle.
+  void LookAround() {
+    const std::uint64_t now = GetTickCount64();
+    if (now < fNextLook) return;
+    fNextLook = now + LookAfter;
+    auto at = fWatches.upper_bound(fLastLooked);
+    for (std::size_t i = 0; i < std::min(LooksAtOnce, fWatches.size()); ++i) {
+      if (at == fWatches.end()) at = fWatches.begin();
+      fLastLooked = at->first;
+      LookAfterWatch(*at->second, now);
+      ++at;
+    }
+  }
+
+  static void LookAfterWatch(TWatch& pWatch, std::uint64_t pNow) {
+    TWatchedTree& tree = pWatch.tree;
+    if (tree.IsOpen()) {
+      // A server that doesn't answer would hold up all other watches, and its end is reported.
+      if (tree.Path().starts_with(LR"(\\)")) return;
+      if (IdentityOf(tree.Path()) != pWatch.identity) Lose(pWatch);
+    } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
+      pWatch.complete = false;
+      pWatch.tellComplete = true;
+    }
+  }
+
+  bool SubtreesAreReported() {
+    if (!fSubtrees) fSubtrees = ProbeSubtrees();
+    return *fSubtrees;
+  }
+
+  std::mutex fLock;
+  std::vector<std::function<void()>> fCommands; // under fLock
+  TDirectoryPort fPort;
+  std::map<std::uint32_t, std::unique_ptr<TWatch>> fWatches;
+  std::uint32_t fLastLooked = 0;
+  std::uint64_t fNextLook = 0;
+  std::optional<bool> fSubtrees;
+  bool fStopped = false;
+  std::thread fThread; // last: it uses the rest
+};
+
+struct THolder {
+  std::mutex lock;
+  std::unique_ptr<TWatcherThread> thread; // under lock
+};
+
+// Never destroyed: Shutdown empties it.
+THolder& Holder() {
+  static auto* const holder = new THolder;
+  return *holder;
+}
+
+void EndThread() {
+  std::unique_ptr<TWatcherThread> thread;
+  const std::lock_guard guard(Holder().lock);
+  thread = std::move(Holder().thread);
+}
+
+std::atomic<std::uint32_t> gLastNumber{0};
+
+} // namespace
+
+std::uint32_t DirectoryWatcher::Watch(const std::wstring& pPath, bool pRecursive, std::shared_ptr<TNoticeQueue> pQueue,
+                                      HWND pDeviceWindow) {
+  const std::uint32_t number = ++gLastNumber;
+  const auto begin = std::make_shared<TBegin>();
+  {
+    const std::lock_guard guard(Holder().lock);
+    if (!Holder().thread) {
+      Holder().thread = std::make_unique<TWatcherThread>();
+      AtShutdown(&EndThread);
+    }
+    pQueue->Begin(number, pPath);
+    TWatcherThread& thread = *Holder().thread;
+    const TWatcherThread::TRequest request{number, pPath, pRecursive, pQueue, pDeviceWindow};
+    thread.Command([&thread, request, begin] { thread.Begin(request, begin); });
+  }
+  if (!begin->done.WaitFor(LongestBegin)) {
+    begin->given_up = true;
+    return number;
+  }
+  if (begin->opened) return number;
+  pQueue->End(number);
+  return 0;
+}
+
+void DirectoryWatcher::Unwatch(std::uint32_t pWatch) noexcept {
+  const std::lock_guard guard(Holder().lock);
+  if (!Holder().thread) return;
+  TWatcherThread& thread = *Holder().thread;
+  try {
+    thread.Command([&thread, pWatch] { thread.End(pWatch); });
+  } catch (...) {
+    // Without memory the watch goes on, and nobody hears it.
+  }
+}
+
+void DirectoryWatcher::ReleaseVolume(HANDLE pHandle) noexcept {
+  try {
+    const auto done = std::make_shared<TSignal>();
+    {
+      const std::lock_guard guard(Holder().lock);
+      if (!Holder().thread) return;
+      TWatcherThread& thread = *Holder().thread;
+      thread.Command([&thread, pHandle, done] {
+        thread.Release(pHandle);
+        done->Set();
+      });
+    }
+    done->WaitFor(LongestRelease);
+  } catch (...) {
+    // Without memory the medium stays.
+  }
+}
+
+} // namespace kiv

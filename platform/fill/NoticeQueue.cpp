@@ -1,0 +1,54 @@
+#include <platform/fill/NoticeQueue.h>
+
+#include <utility>
+
+namespace kiv {
+
+TNoticeQueue::TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity)
+    : fWake(std::move(pWake)), fCapacity(pCapacity) {}
+
+void TNoticeQueue::Begin(std::uint32_t pWatch, std::wstring pPath) {
+  const std::lock_guard guard(fLock);
+  fWatches[pWatch].path = std::move(pPath);
+}
+
+void TNoticeQueue::End(std::uint32_t pWatch) {
+  const std::lock_guard guard(fLock);
+  if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
+}
+
+void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
+  const std::lock_guard guard(fLock);
+  const auto watch = fWatches.find(pWatch);
+  if (watch == fWatches.end() || watch->second.overflowed) return;
+  if (fEntries.size() >= fCapacity) {
+    watch->second.overflowed = true;
+    pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
+  }
+  fEntries.push_back({pWatch, std::move(pNotice)});
+  if (!std::exchange(fAwake, true) && fWake) fWake();
+}
+
+bool TNoticeQueue::Pop(TEntry& pEntry) {
+  const std::lock_guard guard(fLock);
+  if (fEntries.empty()) {
+    fAwake = false;
+    return false;
+  }
+  pEntry = std::move(fEntries.front());
+  fEntries.pop_front();
+  const auto watch = fWatches.find(pEntry.watch);
+  const bool whole = pEntry.notice.event == TDirectoryEvent::FolderUpdate;
+  // From now on the watch is told everything again: whoever takes this lists the folder later than that.
+  if (whole && watch != fWatches.end() && pEntry.notice.path1 == watch->second.path) watch->second.overflowed = false;
+  return true;
+}
+
+void TNoticeQueue::Close() {
+  const std::lock_guard guard(fLock);
+  fWake = nullptr;
+  fEntries.clear();
+  fWatches.clear();
+}
+
+} // namespace kiv

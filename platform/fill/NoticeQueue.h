@@ -1,0 +1,56 @@
+#pragma once
+
+#include <platform/Export.h>
+#include <platform/fill/WatchedTree.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+
+namespace kiv {
+
+/// Notices on their way from the thread that watches to the one that tells of them.
+///
+/// It wakes the taker when the first notice comes into an empty queue, and not again until the taker has asked for
+/// more than there is. A queue that the taker doesn't get to keeps a limited number: a watch that is told more loses
+/// the rest, and gets one FolderUpdate of its folder behind what it kept. Any thread.
+class KIV_EXPORT TNoticeQueue {
+public:
+  static constexpr std::size_t DefaultCapacity = 100'000;
+
+  struct TEntry {
+    std::uint32_t watch = 0;
+    TDirectoryNotice notice;
+  };
+
+  explicit TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity = DefaultCapacity);
+
+  /// A watch's path is what its FolderUpdate would be of.
+  void Begin(std::uint32_t pWatch, std::wstring pPath);
+  /// What a watch has in the queue goes, and nothing more comes in.
+  void End(std::uint32_t pWatch);
+  void Push(std::uint32_t pWatch, TDirectoryNotice pNotice);
+  /// The next one; false if there is none.
+  bool Pop(TEntry& pEntry);
+  /// Drops everything; the taker isn't woken any more.
+  void Close();
+
+private:
+  struct TWatch {
+    std::wstring path;
+    bool overflowed = false;
+  };
+
+  std::mutex fLock;
+  std::function<void()> fWake;
+  const std::size_t fCapacity;
+  std::deque<TEntry> fEntries;
+  std::map<std::uint32_t, TWatch> fWatches;
+  bool fAwake = false;
+};
+
+} // namespace kiv

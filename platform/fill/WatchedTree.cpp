@@ -1,0 +1,253 @@
+#include <platform/fill/WatchedTree.h>
+
+#include <utility>
+
+namespace kiv {
+
+using TKind = IWatchedFolders::TKind;
+
+/// A folder of the tree.
+struct TWatchedTree::TNode {
+  std::uint64_t id = 0;
+  TNode* parent = nullptr;
+  std::wstring name;
+  bool open = false;
+  bool entered = false; // its content is the tree's concern
+  TRenamePairer pairer;
+  std::set<std::wstring> listed; // told by a listing, and not reported since
+  std::map<std::wstring, TNodePtr> folders;
+};
+
+TWatchedTree::TWatchedTree(std::wstring pPath, TOptions pOptions, IWatchedFolders& pFolders, TEmit pEmit)
+    : fPath(std::move(pPath)), fOptions(pOptions), fFolders(pFolders), fEmit(std::move(pEmit)) {}
+
+TWatchedTree::~TWatchedTree() {
+  Close();
+}
+
+void TWatchedTree::Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstring pPath2) {
+  const bool write = pEvent == TDirectoryEvent::FileChange;
+  if (write && fLastWritten == pPath1) return;
+  fLastWritten = write ? pPath1 : std::wstring();
+  fEmit({pEvent, std::move(pPath1), std::move(pPath2)});
+}
+
+void TWatchedTree::TellUpdate() {
+  Emit(TDirectoryEvent::FolderUpdate, fPath);
+}
+
+std::wstring TWatchedTree::PathOf(const TNode& pNode) const {
+  if (!pNode.parent) return fPath;
+  return PathOf(TPlace{pNode.parent, pNode.name});
+}
+
+std::wstring TWatchedTree::PathOf(const TPlace& pPlace) const {
+  std::wstring path = PathOf(*pPlace.folder);
+  if (!path.ends_with(L'\\')) path += L'\\';
+  return path += pPlace.name;
+}
+
+// --- opening and closing --------------------------------------------------------------------------------------------
+
+bool TWatchedTree::Open() {
+  Close();
+  fRoot = std::make_unique<TNode>();
+  fRoot->id = RootFolder;
+  fById.emplace(RootFolder, fRoot.get());
+  fRoot->open = fRoot->entered = fIsOpen = fFolders.Open(RootFolder, fPath, fOptions.recursive && fOptions.subtree);
+  if (!fIsOpen) {
+    Close();
+    return false;
+  }
+  fToScan.push_back(RootFolder);
+  return true;
+}
+
+void TWatchedTree::Close() {
+  fToScan.clear();
+  if (fRoot) CloseNode(*fRoot);
+  fRoot.reset();
+  fIsOpen = false;
+}
+
+void TWatchedTree::CloseNode(TNode& pNode) {
+  for (auto& [name, folder] : pNode.folders) CloseNode(*folder);
+  if (pNode.open) fFolders.Close(pNode.id);
+  pNode.open = false;
+  fById.erase(pNode.id);
+}
+
+TWatchedTree::TNode& TWatchedTree::AddFolder(TNode& pParent, const std::wstring& pName, TKind pKind) {
+  auto made = std::make_unique<TNode>();
+  TNode& node = *made;
+  node.parent = &pParent;
+  node.name = pName;
+  node.id = ++fLastId;
+  pParent.folders[pName] = std::move(made);
+  const bool room = fById.size() < MostFolders;
+  node.entered = fOptions.recursive && pKind == TKind::Folder && room;
+  if (node.entered && !fOptions.subtree) node.open = node.entered = fFolders.Open(node.id, PathOf(node), false);
+  if (node.entered) fById.emplace(node.id, &node);
+  return node;
+}
+
+void TWatchedTree::Remove(TNode& pParent, const std::wstring& pName) {
+  const auto found = pParent.folders.find(pName);
+  if (found == pParent.folders.end()) return;
+  CloseNode(*found->second);
+  pParent.folders.erase(found);
+}
+
+bool TWatchedTree::ScanSome() {
+  while (!fToScan.empty()) {
+    const auto found = fById.find(fToScan.front());
+    fToScan.pop_front();
+    if (found == fById.end()) continue; // it has gone meanwhile
+    Scan(*found->second, false);
+    return true;
+  }
+  return false;
+}
+
+// A folder is open before it is listed: what changes from then on is reported.
+void TWatchedTree::Scan(TNode& pNode, bool pTell) {
+  const std::wstring path = PathOf(pNode);
+  for (auto& entry : fFolders.List(path, pTell)) {
+    const bool is_folder = entry.kind != TKind::File;
+    if (is_folder && pNode.folders.contains(entry.name)) continue; // reported already
+    const TPlace place{&pNode, entry.name};
+    if (pTell) {
+      Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, PathOf(place));
+      pNode.listed.insert(entry.name);
+      fWantsIdle = true;
+    }
+    if (!is_folder) continue;
+    TNode& folder = AddFolder(pNode, entry.name, entry.kind);
+    if (folder.entered) fToScan.push_back(folder.id);
+  }
+}
+
+void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
+  if (!pNode.entered) return;
+  std::deque<std::uint64_t> waiting = std::exchange(fToScan, {pNode.id});
+  while (!fToScan.empty()) {
+    const auto found = fById.find(fToScan.front());
+    fToScan.pop_front();
+    if (found != fById.end()) Scan(*found->second, pTell);
+  }
+  fToScan = std::move(waiting);
+}
+
+// --- what is reported -----------------------------------------------------------------------------------------------
+
+void TWatchedTree::OnRecords(std::uint64_t pFolder, std::vector<TDirectoryRecord> pRecords) {
+  const auto found = fById.find(pFolder);
+  if (found == fById.end()) return;
+  std::vector<TDirectoryChange> changes;
+  found->second->pairer.Add(std::move(pRecords), changes);
+  fWantsIdle = fWantsIdle || found->second->pairer.IsPending();
+  Apply(*found->second, changes);
+}
+
+void TWatchedTree::Apply(TNode& pNode, const std::vector<TDirectoryChange>& pChanges) {
+  for (const TDirectoryChange& change : pChanges) ApplyOne(pNode, change);
+}
+
+void TWatchedTree::OnOverflow(std::uint64_t pFolder) {
+  const auto found = fById.find(pFolder);
+  if (found == fById.end()) return;
+  // A folder that was made anew under its old name has another handle now.
+  TNode& node = *found->second;
+  node.pairer.Reset();
+  node.listed.clear();
+  while (!node.folders.empty()) Remove(node, std::wstring(node.folders.begin()->first));
+  ScanAll(node, false);
+  TellUpdate();
+}
+
+void TWatchedTree::OnIdle() {
+  fWantsIdle = false;
+  std::vector<std::uint64_t> ids;
+  for (const auto& [id, node] : fById) ids.push_back(id);
+  for (const std::uint64_t id : ids) {
+    const auto found = fById.find(id);
+    if (found == fById.end()) continue;
+    found->second->listed.clear();
+    std::vector<TDirectoryChange> changes;
+    found->second->pairer.Flush(changes);
+    Apply(*found->second, changes);
+  }
+}
+
+// The folder that a reported name lies in. Something below it is reported, so it is one.
+TWatchedTree::TPlace TWatchedTree::Resolve(TNode& pNode, std::wstring_view pName) {
+  TNode* node = &pNode;
+  std::size_t delimiter = pName.find(L'\\');
+  while (delimiter != std::wstring_view::npos) {
+    const std::wstring part(pName.substr(0, delimiter));
+    const auto found = node->folders.find(part);
+    node = found != node->folders.end() ? found->second.get() : &AddFolder(*node, part, TKind::Folder);
+    pName.remove_prefix(delimiter + 1);
+    delimiter = pName.find(L'\\');
+  }
+  return {node, std::wstring(pName)};
+}
+
+void TWatchedTree::ApplyOne(TNode& pNode, const TDirectoryChange& pChange) {
+  const TPlace place = Resolve(pNode, pChange.name);
+  switch (pChange.action) {
+  case TDirectoryAction::Added:
+    return OnAdded(place);
+  case TDirectoryAction::Removed:
+    return OnRemoved(place);
+  case TDirectoryAction::RenamedTo:
+    return OnRenamed(place, Resolve(pNode, pChange.newName));
+  default: {
+    const bool is_folder = place.folder->folders.contains(place.name);
+    return Emit(is_folder ? TDirectoryEvent::FolderUpdate : TDirectoryEvent::FileChange, PathOf(place));
+  }
+  }
+}
+
+void TWatchedTree::OnAdded(TPlace pPlace) {
+  if (pPlace.folder->listed.erase(pPlace.name) != 0) return;
+  const std::wstring path = PathOf(pPlace);
+  const TKind kind = fFolders.KindOf(path);
+  const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
+  // What stood there before has gone unseen.
+  if (pPlace.folder->folders.contains(pPlace.name)) OnRemoved(pPlace);
+  Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
+  if (is_folder) ScanAll(AddFolder(*pPlace.folder, pPlace.name, kind), true);
+}
+
+void TWatchedTree::OnRemoved(const TPlace& pPlace) {
+  pPlace.folder->listed.erase(pPlace.name);
+  const bool is_folder = pPlace.folder->folders.contains(pPlace.name);
+  Remove(*pPlace.folder, pPlace.name);
+  Emit(is_folder ? TDirectoryEvent::FolderDelete : TDirectoryEvent::FileDelete, PathOf(pPlace));
+}
+
+void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
+  // A listing that came later has told the new name, and all that is in it.
+  if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
+  pFrom.folder->listed.erase(pFrom.name);
+  const std::wstring path = PathOf(pTo);
+  const auto found = pFrom.folder->folders.find(pFrom.name);
+  if (found != pFrom.folder->folders.end()) {
+    TNodePtr node = std::move(found->second);
+    pFrom.folder->folders.erase(found);
+    Emit(TDirectoryEvent::FolderRename, PathOf(pFrom), path);
+    Remove(*pTo.folder, pTo.name);
+    node->parent = pTo.folder;
+    node->name = pTo.name;
+    pTo.folder->folders[pTo.name] = std::move(node);
+    return;
+  }
+  const TKind kind = fFolders.KindOf(path);
+  const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
+  Remove(*pTo.folder, pTo.name);
+  Emit(is_folder ? TDirectoryEvent::FolderRename : TDirectoryEvent::FileRename, PathOf(pFrom), path);
+  if (is_folder) ScanAll(AddFolder(*pTo.folder, pTo.name, kind), true);
+}
+
+} // namespace kiv

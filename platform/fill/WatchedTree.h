@@ -1,0 +1,144 @@
+#pragma once
+
+#include <platform/Export.h>
+#include <platform/fill/DirectoryChange.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kiv {
+
+/// What happened in a watched folder, with full paths.
+enum class TDirectoryEvent : std::uint8_t {
+  FileCreate,
+  FileDelete,
+  FileRename, ///< path2 is the new one
+  FileChange, ///< content, size or attributes
+  FolderCreate,
+  FolderDelete, ///< with all that was in it
+  FolderRename, ///< with all that is in it
+  FolderUpdate  ///< something in it changed; of the watched folder itself: nobody knows what
+};
+
+struct TDirectoryNotice {
+  TDirectoryEvent event{};
+  std::wstring path1;
+  std::wstring path2;
+
+  friend bool operator==(const TDirectoryNotice&, const TDirectoryNotice&) = default;
+};
+
+/// What a watched tree needs of the file system. Numbers are the tree's, for its open folders.
+class IWatchedFolders {
+public:
+  enum class TKind { None, File, Folder, Link }; ///< Link: a folder that is kept elsewhere
+  struct TEntry {
+    std::wstring name;
+    TKind kind = TKind::None;
+  };
+
+  /// Opens a folder and lets it report from now on; with all below it if `pSubtree`. False if it can't be.
+  virtual bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) = 0;
+  virtual void Close(std::uint64_t pFolder) noexcept = 0;
+  /// What a folder holds, without "." and "..". Files may be left out if nobody asks for them.
+  virtual std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) = 0;
+  virtual TKind KindOf(const std::wstring& pPath) = 0;
+
+protected:
+  ~IWatchedFolders() = default;
+};
+
+/// The state of one watch: turns what directory handles report into events that tell files from folders, and that give
+/// the folder as it is when they are applied to a listing of it that was made after the watch began.
+///
+/// Handles report names only, and say of what has gone not even what it was. So the tree knows the folders. Either one
+/// handle reports all that lies below (a subtree), or, where platforms don't get that right, each folder has one of its
+/// own: then a new folder is opened first and listed behind that, so that nothing in it is missed, and what its handle
+/// reports of the objects listed isn't told twice. Links to folders aren't followed. Writes to one file that come
+/// straight one after the other are told once.
+///
+/// One thread at a time.
+class KIV_EXPORT TWatchedTree {
+public:
+  /// More folders than that aren't opened one by one; changes in the rest stay unseen.
+  static constexpr std::size_t MostFolders = 20'000;
+
+  struct TOptions {
+    bool recursive = false;
+    bool subtree = false; ///< one handle for all
+  };
+  using TEmit = std::function<void(TDirectoryNotice)>;
+
+  /// `pFolders` outlives the tree. Path without a delimiter at its end, but for the root of a drive.
+  TWatchedTree(std::wstring pPath, TOptions pOptions, IWatchedFolders& pFolders, TEmit pEmit);
+  ~TWatchedTree();
+  TWatchedTree(const TWatchedTree&) = delete;
+  TWatchedTree& operator=(const TWatchedTree&) = delete;
+
+  const std::wstring& Path() const noexcept { return fPath; }
+  bool IsOpen() const noexcept { return fIsOpen; }
+  static constexpr std::uint64_t RootFolder = 1;
+
+  /// Opens the watched folder. What is below it is opened by ScanSome. False if it can't be opened.
+  bool Open();
+  /// Opens one more folder; false if there is none left. A watch is complete then.
+  bool ScanSome();
+  /// Closes everything: the folder has gone, or must be let go.
+  void Close();
+  /// Says that nobody knows what happened.
+  void TellUpdate();
+
+  /// What a folder reported.
+  void OnRecords(std::uint64_t pFolder, std::vector<TDirectoryRecord> pRecords);
+  /// A folder lost count of its changes.
+  void OnOverflow(std::uint64_t pFolder);
+  /// Nothing is being reported: what waits for more doesn't get it.
+  void OnIdle();
+  /// Whether OnIdle has something to do.
+  bool WantsIdle() const noexcept { return fWantsIdle; }
+
+private:
+  struct TNode;
+  using TNodePtr = std::unique_ptr<TNode>;
+  struct TPlace {
+    TNode* folder = nullptr;
+    std::wstring name;
+  };
+
+  void Apply(TNode& pNode, const std::vector<TDirectoryChange>& pChanges);
+  void ApplyOne(TNode& pNode, const TDirectoryChange& pChange);
+  void OnAdded(TPlace pPlace);
+  void OnRemoved(const TPlace& pPlace);
+  void OnRenamed(const TPlace& pFrom, const TPlace& pTo);
+  TPlace Resolve(TNode& pNode, std::wstring_view pName);
+  TNode& AddFolder(TNode& pParent, const std::wstring& pName, IWatchedFolders::TKind pKind);
+  void Remove(TNode& pParent, const std::wstring& pName);
+  void CloseNode(TNode& pNode);
+  void Scan(TNode& pNode, bool pTell);
+  void ScanAll(TNode& pNode, bool pTell);
+  std::wstring PathOf(const TNode& pNode) const;
+  std::wstring PathOf(const TPlace& pPlace) const;
+  void Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstring pPath2 = {});
+
+  const std::wstring fPath;
+  const TOptions fOptions;
+  IWatchedFolders& fFolders;
+  const TEmit fEmit;
+  TNodePtr fRoot;
+  std::map<std::uint64_t, TNode*> fById;
+  std::uint64_t fLastId = RootFolder;
+  std::deque<std::uint64_t> fToScan;
+  std::wstring fLastWritten; // the path of the last event, if that was a write
+  bool fIsOpen = false;
+  bool fWantsIdle = false;
+};
+
+} // namespace kiv
