@@ -12,6 +12,8 @@
 
 namespace kiv {
 
+class TBitmap;
+
 /// Draws on a device context that belongs to somebody else: a window's in WM_PAINT or in custom draw, a bitmap's.
 ///
 /// When the canvas goes, or gets another context, the context is as it was: objects, colours, modes, clipping. Each
@@ -68,6 +70,10 @@ public:
   /// The dotted frame of what has the focus. Drawn a second time it goes.
   void DrawFocusRect(const RECT& pRect);
 
+  /// A picture, blended if it has alpha, in its own size or, well filtered, in that of a rectangle. `pOpacity`, 0..255,
+  /// fades all of it. A picture without alpha leaves its upper bits on a target with 32 bits.
+  void Draw(int pX, int pY, const TBitmap& pBitmap, int pOpacity = 255);
+  void Draw(const RECT& pRect, const TBitmap& pBitmap, int pOpacity = 255);
   /// An icon in the size given.
   void DrawIcon(const RECT& pRect, HICON pIcon);
 
