@@ -9,6 +9,15 @@
 
 namespace kivtool {
 
+/// The icon of one object, as a picture.
+struct TIconOptions {
+  std::wstring path;
+  std::wstring file; ///< a PNG file to be written
+  int size = 32;     ///< pixels
+  bool overlay = false;
+  bool opened = false; ///< as a folder looks while it is open
+};
+
 /// What the commands need of the world, so that they run against a simulated one as well.
 struct TEnvironment {
   kiv::IFolderSource& folders;
@@ -32,6 +41,8 @@ struct TEnvironment {
   kiv::IFolderSource* navigationFolders = nullptr;
   /// Whether the user wants the command to end (Ctrl+C). Asked often by those that take long.
   std::function<bool()> isStopped = [] { return false; };
+  /// Saves an icon. Raises EException if it can't.
+  std::function<void(const TIconOptions&)> saveIcon = nullptr;
 };
 
 /// What the program ends with.

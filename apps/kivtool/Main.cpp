@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "IconFile.h"
 
 #include <core/FileFunctions.h>
 #include <core/ItemIdList.h>
@@ -128,6 +129,7 @@ int wmain(int pCount, wchar_t** pArguments) {
         .compareNames = &kiv::CompareFilenames,
         .navigationFolders = &navigation_folders,
         .isStopped = &IsStopped,
+        .saveIcon = &kivtool::SaveIcon,
     };
     result = kivtool::Run(arguments, environment);
   }
