@@ -48,16 +48,21 @@ TCustomImageList::~TCustomImageList() {
 // --- the list --------------------------------------------------------------------------------------------------------
 
 IImageList& TCustomImageList::List() {
-  if (!fList) CreateList();
+  if (!fList) {
+    CreateList();
+    if (fBkColor != clNone) PassBkColor();
+  }
   return *fList.Get();
 }
 
 void TCustomImageList::CreateList() {
   fList = MakeImageList(fWidth, fHeight, fMasked, Growth);
-  if (fBkColor != clNone) {
-    COLORREF former;
-    fList->SetBkColor(static_cast<COLORREF>(ColorToRGB(fBkColor)), &former);
-  }
+}
+
+void TCustomImageList::PassBkColor() {
+  if (!fList || fShareImages) return;
+  COLORREF former;
+  fList->SetBkColor(fBkColor == clNone ? CLR_NONE : static_cast<COLORREF>(ColorToRGB(fBkColor)), &former);
 }
 
 void TCustomImageList::UseList(ComPtr<IImageList> pList) {
@@ -276,6 +281,7 @@ void TCustomImageList::Fill(ComPtr<IImageList> pFrom) {
   int count = 0;
   pFrom->GetImageCount(&count);
   fList = MakeImageList(fWidth, fHeight, fMasked, std::max(count, 1));
+  if (fBkColor != clNone) PassBkColor();
   for (int i = 0; i < count; ++i) Put(-1, ImageOf(*pFrom.Get(), i).Scaled(fWidth, fHeight));
   SetOverlays(fOverlays);
   fUnscaled = std::move(pFrom);
@@ -344,10 +350,7 @@ void TCustomImageList::UnregisterChanges(TChangeLink* pLink) noexcept {
 void TCustomImageList::SetBkColor(TColor pColor) {
   if (pColor == fBkColor) return;
   fBkColor = pColor;
-  if (fList && !fShareImages) {
-    COLORREF former;
-    fList->SetBkColor(pColor == clNone ? CLR_NONE : static_cast<COLORREF>(ColorToRGB(pColor)), &former);
-  }
+  PassBkColor();
   Change();
 }
 

@@ -65,6 +65,10 @@ public:
   explicit TCustomImageList(TComponent* pOwner = nullptr);
   ~TCustomImageList() override;
 
+  /// Registers the class's properties, once. A derived class calls it before it publishes its own: both happen while
+  /// the library is loaded, in no order that could be relied upon.
+  static void PublishProperties();
+
   std::wstring ClassName() const override { return L"TCustomImageList"; }
   /// Copies the images of another list into a list of this one's own.
   void Assign(const TPersistent* pSource) override;
@@ -84,7 +88,7 @@ public:
   void SetSize(int pWidth, int pHeight);
   void SetWidth(int pWidth) { SetSize(pWidth, GetHeight()); }
   void SetHeight(int pHeight) { SetSize(GetWidth(), pHeight); }
-  int GetCount();
+  virtual int GetCount();
 
   /// Adds a picture of the list's size, or a strip of several side by side. Returns the number of the first. Raises
   /// EInvalidGraphic for another size.
@@ -152,16 +156,20 @@ protected:
   /// Lets the list go; the next use makes one anew. Listeners are told.
   void DropList();
   void Change();
+  /// Raises EInvalidOperation if the list's images aren't the caller's to change.
+  virtual void CheckOwn() const;
+  /// Puts a picture of the list's size in the place of an image that is there; with -1 adds it. Nobody is told.
+  void Put(int pIndex, const TBitmap& pImage);
+  /// The image that stands for an overlay and is drawn by us; -1: there is none, or the platform draws it.
+  virtual int OverlayImage(int pOverlay);
 
 private:
-  void CheckOwn() const;
   void CheckSize(const TBitmap& pImages, bool pStrip) const;
   void CheckIndex(int pIndex);
-  void Put(int pIndex, const TBitmap& pImage);
+  void PassBkColor();
   void Fill(ComPtr<IImageList> pFrom);
   void SetOverlays(const std::array<int, 16>& pOverlays);
   UINT OverlayBits(int pOverlay) const noexcept;
-  int OverlayImage(int pOverlay) const noexcept;
 
   ComPtr<IImageList> fList;
   ComPtr<IImageList> fUnscaled;  // what the present images were made from, if they are scaled

@@ -9,7 +9,7 @@
 namespace kiv {
 
 /// A new list of version 6 of the common controls, for images with alpha. Raises EInvalidGraphic.
-ComPtr<IImageList> MakeImageList(int pWidth, int pHeight, bool pMasked, int pRoom);
+KIV_EXPORT ComPtr<IImageList> MakeImageList(int pWidth, int pHeight, bool pMasked, int pRoom);
 
 /// The interface of a list of that version, with a reference of its own. Raises EInvalidGraphic for other versions'.
 KIV_EXPORT ComPtr<IImageList> ImageListOf(HIMAGELIST pHandle);

@@ -45,7 +45,7 @@ UINT TCustomImageList::OverlayBits(int pOverlay) const noexcept {
   return fShareImages && pOverlay > 0 ? static_cast<UINT>(INDEXTOOVERLAYMASK(pOverlay)) : 0U;
 }
 
-int TCustomImageList::OverlayImage(int pOverlay) const noexcept {
+int TCustomImageList::OverlayImage(int pOverlay) {
   const bool known = !fShareImages && pOverlay > 0 && pOverlay < static_cast<int>(fOverlays.size());
   return known ? fOverlays[static_cast<std::size_t>(pOverlay)] : -1;
 }

@@ -28,7 +28,7 @@ struct TEnumNames<TFontQuality> {
 
 namespace {
 
-bool Publish() {
+[[maybe_unused]] const bool gPublished = [] {
   // Points, not pixels: what is saved on one screen is read on another.
   PublishClass<TFont, TPersistent>(L"TFont", L"A font.")
       .Property(L"Name", &TFont::GetFontName, &TFont::SetFontName, L"Segoe UI", L"Name of the typeface.")
@@ -38,13 +38,7 @@ bool Publish() {
       .Property(L"Charset", &TFont::GetCharset, &TFont::SetCharset, BYTE{DEFAULT_CHARSET}, L"The platform's number.")
       .Property(L"Quality", &TFont::GetQuality, &TFont::SetQuality, TFontQuality::fqDefault,
                 L"How letters are smoothed.");
-  PublishClass<TCustomImageList>(L"TCustomImageList", L"Images of one size.")
-      .Property(L"DrawingStyle", &TCustomImageList::GetDrawingStyle, &TCustomImageList::SetDrawingStyle,
-                TDrawingStyle::dsNormal, L"How images are mixed with a colour or their background.")
-      .Property(L"BkColor", &TCustomImageList::GetBkColor, &TCustomImageList::SetBkColor, clNone,
-                L"Colour behind the images.")
-      .Property(L"ShareImages", &TCustomImageList::GetShareImages, &TCustomImageList::SetShareImages, false,
-                L"The platform's list belongs to somebody else.");
+  TCustomImageList::PublishProperties();
   PublishClass<TImageList, TCustomImageList>(L"TImageList", L"Images of one size for controls.")
       .Property(L"Width", &TImageList::GetWidth, &TImageList::SetWidth, 16, L"Of each image, in pixels.")
       .Property(L"Height", &TImageList::GetHeight, &TImageList::SetHeight, 16, L"Of each image, in pixels.")
@@ -53,9 +47,21 @@ bool Publish() {
       .Property(L"BlendColor", &TImageList::GetBlendColor, &TImageList::SetBlendColor, clNone,
                 L"What selected images are mixed with.");
   return true;
-}
-[[maybe_unused]] const bool gPublished = Publish();
+}();
 
 } // namespace
+
+void TCustomImageList::PublishProperties() {
+  [[maybe_unused]] static const bool published = [] {
+    PublishClass<TCustomImageList>(L"TCustomImageList", L"Images of one size.")
+        .Property(L"DrawingStyle", &TCustomImageList::GetDrawingStyle, &TCustomImageList::SetDrawingStyle,
+                  TDrawingStyle::dsNormal, L"How images are mixed with a colour or their background.")
+        .Property(L"BkColor", &TCustomImageList::GetBkColor, &TCustomImageList::SetBkColor, clNone,
+                  L"Colour behind the images.")
+        .Property(L"ShareImages", &TCustomImageList::GetShareImages, &TCustomImageList::SetShareImages, false,
+                  L"The platform's list belongs to somebody else.");
+    return true;
+  }();
+}
 
 } // namespace kiv

@@ -74,6 +74,8 @@ void BindShell(const TBinder& binder, TShellApi& api) {
   KIV_BIND(shell, SHCreateShellItem);
   KIV_BIND(shell, SHBindToParent);
   KIV_BIND(shell, ShellExecuteExW);
+  KIV_BIND(shell, SHGetFileInfoW);
+  KIV_BIND(shell, SHGetImageList);
 
   const HMODULE shlwapi = binder.Require(L"shlwapi", L"Pathmere Components: Cannot open SHLWAPI.DLL!");
   KIV_BIND(shlwapi, StrRetToStrW);

@@ -59,6 +59,8 @@ struct TShellApi {
   decltype(&::SHCreateShellItem) SHCreateShellItem = nullptr;
   decltype(&::SHBindToParent) SHBindToParent = nullptr;
   decltype(&::ShellExecuteExW) ShellExecuteExW = nullptr;
+  decltype(&::SHGetFileInfoW) SHGetFileInfoW = nullptr;
+  decltype(&::SHGetImageList) SHGetImageList = nullptr;
 
   // shlwapi
   decltype(&::StrRetToStrW) StrRetToStrW = nullptr;

@@ -1,5 +1,6 @@
 #include "Commands.h"
 
+#include "IconCommand.h"
 #include "InfoCommand.h"
 #include "ObjectText.h"
 #include "ParseCommand.h"
@@ -43,6 +44,11 @@ Usage:
   kivtool info PATH...         What the library tells of objects: their names in every form,
                                depth, parent, special folder, attributes, whether they
                                are there. PATH as for walk.
+  kivtool icon PATH OUT.png [OPTION...]
+                               Save the icon of an object as a picture. PATH as for walk.
+      --size N                 its width and height in pixels (32)
+      --overlay                with the mark of a link, a share and the like
+      --open                   as a folder looks while it is open
   kivtool parse [TEXT...]      What the library finds for what a user writes: a path, a name
                                of the shell's, the name of a special folder, and a path of
                                names below it. One line a text: 1 if it leads anywhere, else
@@ -248,6 +254,11 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   if (command == L"watch") return Watch(rest, environment);
   if (command == L"info") {
     return rest.empty() ? Misuse(environment, "info: no path given.") : RunInfo(rest, environment);
+  }
+  if (command == L"icon") {
+    std::string complaint;
+    const int result = RunIcon(rest, environment, complaint);
+    return complaint.empty() ? result : Misuse(environment, "icon: " + complaint);
   }
   if (command == L"parse") return Parse(rest, environment);
   if (command == L"path") return Path(rest, environment);

@@ -24,6 +24,15 @@ struct TWatchedChange {
 using TWatchPaths = std::function<std::vector<std::wstring>(const std::vector<std::wstring>& paths, bool recursive,
                                                             const std::function<bool(const TWatchedChange&)>& tell)>;
 
+/// The icon of one object, as a picture.
+struct TIconOptions {
+  std::wstring path;
+  std::wstring file; ///< a PNG file to be written
+  int size = 32;     ///< pixels
+  bool overlay = false;
+  bool opened = false; ///< as a folder looks while it is open
+};
+
 /// What the commands need of the world, so that they run against a simulated one as well.
 struct TEnvironment {
   kiv::IFolderSource& folders;
@@ -48,6 +57,8 @@ struct TEnvironment {
   /// Whether the user wants the command to end (Ctrl+C). Asked often by those that take long.
   std::function<bool()> isStopped = [] { return false; };
   TWatchPaths watch = nullptr;
+  /// Saves an icon. Raises EException if it can't.
+  std::function<void(const TIconOptions&)> saveIcon = nullptr;
 };
 
 /// What the program ends with.

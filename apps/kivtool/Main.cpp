@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "IconFile.h"
 #include "WatchLoop.h"
 
 #include <core/FileFunctions.h>
@@ -131,6 +132,7 @@ int wmain(int pCount, wchar_t** pArguments) {
         .isStopped = &IsStopped,
         .watch = [](const auto& paths, bool recursive,
                     const auto& tell) { return kivtool::WatchPaths(paths, recursive, tell, &IsStopped); },
+        .saveIcon = &kivtool::SaveIcon,
     };
     result = kivtool::Run(arguments, environment);
   }

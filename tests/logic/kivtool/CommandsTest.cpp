@@ -58,6 +58,7 @@ protected:
         .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
         .navigationFolders = fNavigation,
         .isStopped = fIsStopped,
+        .saveIcon = [this](const TIconOptions& icon) { fIcon = icon; },
     };
     return kivtool::Run(arguments, environment);
   }
@@ -76,7 +77,25 @@ protected:
   std::size_t fPiece = 1000; // bytes read at a time
   std::string fOut;
   std::string fErr;
+  TIconOptions fIcon;
 };
+
+TEST_F(Commands, IconTakesAPathAFileAndOptions) {
+  EXPECT_EQ(Run({L"icon", L"--size", L"48", L".", L"--open", L"out.png"}), Succeeded);
+  EXPECT_TRUE(fIcon.path == L"C:\\Dir" && fIcon.file == L"out.png" && fIcon.size == 48 && fIcon.opened &&
+              !fIcon.overlay);
+  EXPECT_EQ(Run({L"icon", L"a", L"b", L"--overlay"}), Succeeded);
+  EXPECT_TRUE(fIcon.overlay && fIcon.size == 32);
+  const std::vector<std::wstring> wrong[] = {{L"icon"},
+                                             {L"icon", L"a"},
+                                             {L"icon", L"a", L"b", L"c"},
+                                             {L"icon", L"a", L"b", L"--size"},
+                                             {L"icon", L"a", L"b", L"--size", L"0"},
+                                             {L"icon", L"a", L"b", L"--size", L"99999999999"},
+                                             {L"icon", L"a", L"b", L"--size", L"-3"},
+                                             {L"icon", L"a", L"b", L"--big"}};
+  for (const auto& arguments : wrong) EXPECT_EQ(Run(arguments), UsageError) << arguments.size();
+}
 
 TEST_F(Commands, WalkPrintsATableWithItsTotals) {
   EXPECT_EQ(Run({L"walk", L"."}), Succeeded);

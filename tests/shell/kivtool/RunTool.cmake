@@ -77,6 +77,15 @@ if(NOT output MATCHES "  Valid: +no.*  Display path: +Q:.none.*  Parent: +\\(fai
   message(FATAL_ERROR "what info tells of nothing: ${output}")
 endif()
 
+# Icons.
+execute_process(COMMAND ${RUN} "${TOOL}" icon "${windows_folder}" "${windows_folder}\\icon.png" --size 40 RESULT_VARIABLE result)
+expect("exit code of icon" "${result}" 0)
+file(READ "${FOLDER}/icon.png" picture LIMIT 24 HEX)
+expect("size of the icon" "${picture}" "89504e470d0a1a0a0000000d494844520000002800000028")
+file(REMOVE "${FOLDER}/icon.png")
+execute_process(COMMAND ${RUN} "${TOOL}" icon "Q:\\none" "${windows_folder}\\none.png" RESULT_VARIABLE result ERROR_VARIABLE error)
+expect("exit code of icon on nothing" "${result}" 1)
+
 # What users write.
 file(WRITE "${FOLDER}/in" "\"${windows_folder}\\plain.txt\"\n\nQ:\\none\n::{20D04FE0-3AEA-1069-A2D8-08002B30309D}\n")
 execute_process(COMMAND ${RUN} "${TOOL}" parse INPUT_FILE "${FOLDER}/in" RESULT_VARIABLE result OUTPUT_VARIABLE output)
