@@ -145,6 +145,7 @@ public:
   bool IsConsistent() const;
 
 private:
+  friend class ScopedRowUpdate;
   class TSortLock;
 
   void CheckIndex(int pIndex) const;
@@ -178,16 +179,17 @@ private:
   TAliveToken fAlive;
 };
 
-/// An update bracket for a scope. The rows must outlive it.
+/// An update bracket for a scope. The rows may go before it ends.
 class KIV_EXPORT ScopedRowUpdate {
 public:
-  explicit ScopedRowUpdate(TListItems& pItems) : fItems(pItems) { fItems.BeginUpdate(); }
+  explicit ScopedRowUpdate(TListItems& pItems) : fItems(pItems), fWatch(pItems.fAlive) { fItems.BeginUpdate(); }
   ScopedRowUpdate(const ScopedRowUpdate&) = delete;
   ScopedRowUpdate& operator=(const ScopedRowUpdate&) = delete;
   ~ScopedRowUpdate();
 
 private:
   TListItems& fItems;
+  TAliveWatch fWatch;
 };
 
 class TListItems::TSortLock {
