@@ -44,6 +44,25 @@ TDpiAwareness GetDpiAwareness() {
   }
 }
 
+int GetSystemDpi() {
+  if (const auto ask = ShellApi().GetDpiForSystem) return static_cast<int>(ask());
+  const HDC screen = GetDC(nullptr);
+  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  return dpi > 0 ? dpi : USER_DEFAULT_SCREEN_DPI;
+}
+
+int GetWindowDpi(HWND pWindow) {
+  const auto ask = ShellApi().GetDpiForWindow;
+  const UINT dpi = ask && pWindow ? ask(pWindow) : 0;
+  return dpi > 0 ? static_cast<int>(dpi) : GetSystemDpi();
+}
+
+int GetSystemMetric(int pIndex, int pDpi) {
+  if (const auto ask = ShellApi().GetSystemMetricsForDpi) return ask(pIndex, static_cast<UINT>(pDpi));
+  return MulDiv(GetSystemMetrics(pIndex), pDpi, GetSystemDpi());
+}
+
 bool IsDarkModeSupported() {
   const TShellApi& api = ShellApi();
   return api.AllowDarkModeForWindow && api.ShouldAppsUseDarkMode;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <platform/Export.h>
+#include <platform/Types.h>
 
 namespace kiv {
 
@@ -15,6 +16,16 @@ enum class TDpiAwareness {
 /// The calling thread's awareness; the process's where the system doesn't know it by thread. dpiUnaware if it knows
 /// neither. Windows made by the thread get it.
 KIV_EXPORT TDpiAwareness GetDpiAwareness();
+
+/// Dots per inch of the main monitor as the calling thread sees it, which is 96 for one that isn't aware
+/// ("GetDpiForSystem"). Any thread.
+KIV_EXPORT int GetSystemDpi();
+
+/// Dots per inch that a window is to be drawn with ("GetDpiForWindow"); the system's where there is no such window.
+KIV_EXPORT int GetWindowDpi(HWND pWindow);
+
+/// A system metric (`SM_...`) in pixels at `pDpi` dots per inch ("GetSystemMetricsForDpi").
+KIV_EXPORT int GetSystemMetric(int pIndex, int pDpi);
 
 /// True if the system lets a program ask for dark controls.
 KIV_EXPORT bool IsDarkModeSupported();

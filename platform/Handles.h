@@ -68,8 +68,12 @@ struct TModuleTraits : TPointerTraits<HMODULE> {
 struct TRegistryKeyTraits : TPointerTraits<HKEY> {
   static void Close(HKEY value) noexcept { RegCloseKey(value); }
 };
-struct TBitmapTraits : TPointerTraits<HBITMAP> {
-  static void Close(HBITMAP value) noexcept { DeleteObject(value); }
+template <typename T>
+struct TGdiObjectTraits : TPointerTraits<T> {
+  static void Close(T value) noexcept { DeleteObject(value); }
+};
+struct TMemoryDcTraits : TPointerTraits<HDC> {
+  static void Close(HDC value) noexcept { DeleteDC(value); }
 };
 struct TIconTraits : TPointerTraits<HICON> {
   static void Close(HICON value) noexcept { DestroyIcon(value); }
@@ -87,7 +91,13 @@ using TUniqueHandle = TUnique<detail::THandleTraits>;
 using TUniqueFind = TUnique<detail::TFindTraits>;
 using TUniqueModule = TUnique<detail::TModuleTraits>;
 using TUniqueRegistryKey = TUnique<detail::TRegistryKeyTraits>;
-using TUniqueBitmap = TUnique<detail::TBitmapTraits>;
+using TUniqueBitmap = TUnique<detail::TGdiObjectTraits<HBITMAP>>;
+using TUniqueFont = TUnique<detail::TGdiObjectTraits<HFONT>>;
+using TUniqueBrush = TUnique<detail::TGdiObjectTraits<HBRUSH>>;
+using TUniquePen = TUnique<detail::TGdiObjectTraits<HPEN>>;
+using TUniqueRegion = TUnique<detail::TGdiObjectTraits<HRGN>>;
+/// A device context that its owner made (`CreateCompatibleDC`).
+using TUniqueMemoryDc = TUnique<detail::TMemoryDcTraits>;
 using TUniqueIcon = TUnique<detail::TIconTraits>;
 /// A raw item identifier list, absolute or relative, from the task allocator.
 using TUniqueItemIdList = TUnique<detail::TTaskMemoryTraits<ITEMIDLIST_RELATIVE>>;

@@ -102,6 +102,10 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(user, GetAwarenessFromDpiAwarenessContext);
   KIV_BIND(user, AreDpiAwarenessContextsEqual);
   KIV_BIND(user, SendInput);
+  KIV_BIND(user, GetDpiForSystem);
+  KIV_BIND(user, GetDpiForWindow);
+  KIV_BIND(user, GetSystemMetricsForDpi);
+  KIV_BIND(user, SystemParametersInfoForDpi);
 
   api.explorerFrame = binder.Open(L"ExplorerFrame.dll");
   api.comdlg32 = binder.Open(L"comdlg32.dll");

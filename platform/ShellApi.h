@@ -91,6 +91,10 @@ struct TShellApi {
   decltype(&::GetAwarenessFromDpiAwarenessContext) GetAwarenessFromDpiAwarenessContext = nullptr;
   decltype(&::AreDpiAwarenessContextsEqual) AreDpiAwarenessContextsEqual = nullptr;
   decltype(&::SendInput) SendInput = nullptr;
+  decltype(&::GetDpiForSystem) GetDpiForSystem = nullptr;
+  decltype(&::GetDpiForWindow) GetDpiForWindow = nullptr;
+  decltype(&::GetSystemMetricsForDpi) GetSystemMetricsForDpi = nullptr;
+  decltype(&::SystemParametersInfoForDpi) SystemParametersInfoForDpi = nullptr;
 
   // Held loaded: for the texts and pictures in their resources, and because unloading them is costly.
   HMODULE shell32 = nullptr;
