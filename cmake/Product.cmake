@@ -8,7 +8,7 @@ foreach(target IN LISTS kiv_rooms)
 endforeach()
 
 # The platform's import libraries that the Windows ring links.
-set(KIV_PLATFORM_LIBRARIES ole32 oleaut32 shell32 shlwapi advapi32 user32 gdi32 uuid windowscodecs)
+set(KIV_PLATFORM_LIBRARIES ole32 oleaut32 shell32 shlwapi advapi32 user32 gdi32 uuid windowscodecs uxtheme)
 
 # The header roots of all rooms, for what is built beside the library from its own tree.
 add_library(kiv_headers INTERFACE)

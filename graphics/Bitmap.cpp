@@ -93,10 +93,7 @@ void TBitmap::SetSize(int pWidth, int pHeight, TColor pFill) {
   if (pWidth == fWidth && pHeight == fHeight) return;
   TBitmap resized(pWidth, pHeight, fAlpha);
   if (pFill != clNone) {
-    const TColor plain = ColorToRGB(pFill);
-    const auto pixel = 0xFF000000U | static_cast<TPixel>(RedOf(plain)) << 16 |
-                       static_cast<TPixel>(GreenOf(plain)) << 8 | static_cast<TPixel>(BlueOf(plain));
-    std::ranges::fill(resized.Pixels(), pixel);
+    std::ranges::fill(resized.Pixels(), PixelOf(ColorToRGB(pFill)));
   }
   for (int row = 0; row < std::min(resized.fHeight, fHeight); ++row) {
     std::copy_n(ScanLine(row), std::min(resized.fWidth, fWidth), resized.ScanLine(row));

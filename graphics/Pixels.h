@@ -1,5 +1,6 @@
 #pragma once
 
+#include <graphics/Color.h>
 #include <platform/Export.h>
 
 #include <cstdint>
@@ -9,6 +10,11 @@ namespace kiv {
 
 /// One pixel of a picture with 32 bits: 0xAARRGGBB, which in memory is the order of the platform's bitmaps.
 using TPixel = std::uint32_t;
+
+/// An opaque pixel of a plain colour.
+constexpr TPixel PixelOf(TColor pColor) noexcept {
+  return 0xFF000000U | static_cast<TPixel>(RgbColor(BlueOf(pColor), GreenOf(pColor), RedOf(pColor)));
+}
 
 /// What the upper 8 bits of a picture's pixels mean.
 enum class TAlphaFormat {

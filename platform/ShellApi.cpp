@@ -15,8 +15,12 @@ namespace {
 
 // The build of Windows 10 from which on uxtheme has its dark-mode functions at these ordinals (version 1809).
 constexpr DWORD DarkModeBuild = 17763;
+constexpr WORD RefreshImmersiveColorPolicyStateOrdinal = 104;
 constexpr WORD ShouldAppsUseDarkModeOrdinal = 132;
 constexpr WORD AllowDarkModeForWindowOrdinal = 133;
+// Before this build (version 1903) the ordinal is another function's.
+constexpr DWORD PreferredAppModeBuild = 18362;
+constexpr WORD SetPreferredAppModeOrdinal = 135;
 
 class TBinder {
 public:
@@ -122,6 +126,12 @@ void BindThemes(const TBinder& binder, TShellApi& api) {
               ordinals ? AllowDarkModeForWindowOrdinal : WORD{0});
   binder.Bind(themes, api.ShouldAppsUseDarkMode, "ShouldAppsUseDarkMode",
               ordinals ? ShouldAppsUseDarkModeOrdinal : WORD{0});
+  binder.Bind(themes, api.RefreshImmersiveColorPolicyState, "RefreshImmersiveColorPolicyState",
+              ordinals ? RefreshImmersiveColorPolicyStateOrdinal : WORD{0});
+  const bool preferred = ordinals && version.dwBuildNumber >= PreferredAppModeBuild;
+  binder.Bind(themes, api.SetPreferredAppMode, "SetPreferredAppMode", preferred ? SetPreferredAppModeOrdinal : WORD{0});
+  KIV_BIND(themes, OpenThemeDataForDpi);
+  KIV_BIND(binder.Open(L"dwmapi.dll"), DwmSetWindowAttribute);
 }
 
 // The bound table and what it holds loaded.

@@ -9,6 +9,7 @@
 #include <shellscalingapi.h>
 #include <shlobj.h>
 #include <shlwapi.h>
+#include <uxtheme.h>
 #include <winnetwk.h>
 
 #include <functional>
@@ -82,6 +83,12 @@ struct TShellApi {
   // uxtheme.dll; by ordinal where they have no name, from the build of Windows 10 on that has them there
   bool(WINAPI* AllowDarkModeForWindow)(HWND, bool) = nullptr;
   bool(WINAPI* ShouldAppsUseDarkMode)() = nullptr;
+  int(WINAPI* SetPreferredAppMode)(int) = nullptr; ///< 0 light, 1 as the user has set it, 2 dark
+  void(WINAPI* RefreshImmersiveColorPolicyState)() = nullptr;
+  HTHEME(WINAPI* OpenThemeDataForDpi)(HWND, LPCWSTR, UINT) = nullptr;
+
+  // dwmapi.dll
+  HRESULT(WINAPI* DwmSetWindowAttribute)(HWND, DWORD, LPCVOID, DWORD) = nullptr;
 
   // Shcore.dll
   decltype(&::GetProcessDpiAwareness) GetProcessDpiAwareness = nullptr;

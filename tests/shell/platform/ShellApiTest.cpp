@@ -72,8 +72,8 @@ TEST(ShellApi, MissingLibrariesAreFatalOrSilentAsEachIsNeeded) {
   EXPECT_EQ(FailureWithout(L"shlwapi"), L"Pathmere Components: Cannot open SHLWAPI.DLL!");
 
   TSystemFake bare;
-  bare.missingLibraries = {L"propsys",     L"kernel32.dll", L"ExplorerFrame.dll", L"comdlg32.dll",
-                           L"uxtheme.dll", L"Shcore.dll",   L"User32.dll",        L"urlmon.dll"};
+  bare.missingLibraries = {L"propsys",    L"kernel32.dll", L"ExplorerFrame.dll", L"comdlg32.dll", L"uxtheme.dll",
+                           L"Shcore.dll", L"User32.dll",   L"urlmon.dll",        L"dwmapi.dll"};
   const TShellApi api = BindShellApi(bare.Source());
   for (const std::wstring& library : bare.missingLibraries) {
     EXPECT_EQ(std::count(bare.loaded.begin(), bare.loaded.end(), library), 1);
@@ -95,15 +95,19 @@ TEST(ShellApi, AMissingNameLeavesItsEntryNull) {
 }
 
 TEST(ShellApi, DarkModeGoesByOrdinalOnlyWhereTheBuildHasItThere) {
-  for (const DWORD build : {17134UL, 17763UL, 22631UL}) {
+  const std::pair<DWORD, std::set<WORD>> builds[] = {
+      {17134, {}}, {17763, {104, 132, 133}}, {18362, {104, 132, 133, 135}}, {22631, {104, 132, 133, 135}}};
+  for (const auto& [build, ordinals] : builds) {
     TSystemFake system;
     system.build = build;
-    system.missingNames = {"AllowDarkModeForWindow", "ShouldAppsUseDarkMode"};
+    system.missingNames = {"AllowDarkModeForWindow", "ShouldAppsUseDarkMode", "RefreshImmersiveColorPolicyState",
+                           "SetPreferredAppMode"};
     const TShellApi api = BindShellApi(system.Source());
     const bool there = build >= 17763;
     EXPECT_EQ(api.AllowDarkModeForWindow != nullptr, there) << build;
     EXPECT_EQ(api.ShouldAppsUseDarkMode != nullptr, there) << build;
-    EXPECT_EQ(system.ordinals, there ? (std::set<WORD>{132, 133}) : std::set<WORD>{});
+    EXPECT_EQ(api.SetPreferredAppMode != nullptr, build >= 18362) << build;
+    EXPECT_EQ(system.ordinals, ordinals);
   }
 }
 

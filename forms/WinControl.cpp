@@ -1,0 +1,242 @@
+#include <forms/WinControl.h>
+
+#include <forms/WindowLink.h>
+#include <framework/Application.h>
+#include <framework/Exceptions.h>
+#include <platform/DpiAwareness.h>
+
+#include <algorithm>
+#include <exception>
+
+namespace kiv {
+
+TWinControl::TWinControl(TComponent* pOwner) : TControl(pOwner) {
+  StoreColor(clBtnFace);
+  fBrush.SetColor(GetColor());
+}
+
+TWinControl::~TWinControl() {
+  EndWindow();
+  ForgetFocus();
+  while (!fControls.empty()) {
+    TControl* const control = fControls.back();
+    try {
+      RemoveControl(control);
+    } catch (...) {
+      ReportException(std::current_exception());
+    }
+  }
+}
+
+void TWinControl::EndWindow() noexcept {
+  BeginDestruction();
+  try {
+    DestroyHandle();
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+  if (fLink) DestroyWindowHandle(); // a hook of the end raised before it got there
+  ReleaseParentWindow();
+}
+
+void TWinControl::Loaded() {
+  const TAliveWatch alive(GetAliveToken());
+  TControl::Loaded();
+  if (!alive.IsAlive()) return;
+  UpdateControlState();
+  if (alive.IsAlive()) Realign();
+}
+
+// --- parents and children -------------------------------------------------------------------------------------------
+
+void TWinControl::SetParent(TWinControl* pParent) {
+  if (pParent && fParentWindow) SetParentWindow(nullptr);
+  TControl::SetParent(pParent);
+}
+
+void TWinControl::SetParentWindow(HWND pParent) {
+  if (pParent == fParentWindow) return;
+  if (pParent && GetWindowThreadProcessId(pParent, nullptr) != GetCurrentThreadId()) {
+    throw EInvalidOperation(L"A control can't stand in a window of another thread");
+  }
+  if (GetParent()) SetParent(nullptr);
+  DestroyHandle();
+  ReleaseParentWindow();
+  if (!pParent) return;
+  WatchParentWindow(pParent);
+  fParentWindow = pParent;
+  const TAliveWatch alive(GetAliveToken());
+  ScaleForPPI(GetWindowDpi(pParent));
+  if (alive.IsAlive() && IsParentFont()) TakeSystemFont();
+  if (alive.IsAlive()) UpdateControlState();
+}
+
+void TWinControl::CreateParented(HWND pParent) {
+  if (!pParent) throw EInvalidArgument(L"CreateParented: there is no window");
+  const TAliveWatch alive(GetAliveToken());
+  SetParentWindow(pParent);
+  if (alive.IsAlive()) HandleNeeded();
+}
+
+void TWinControl::ReleaseParentWindow() noexcept {
+  if (!fParentWindow) return;
+  if (IsWindow(fParentWindow)) UnwatchParentWindow(fParentWindow);
+  fParentWindow = nullptr;
+}
+
+void TWinControl::InsertControl(TControl* pControl) {
+  auto* const window = dynamic_cast<TWinControl*>(pControl);
+  fControls.push_back(pControl);
+  if (window) fTabList.push_back(window);
+  pControl->fParent = this;
+  const TAliveWatch alive(pControl->GetAliveToken());
+  const auto stillThere = [&] { return alive.IsAlive() && pControl->GetParent() == this; };
+  pControl->ScaleForPPI(GetCurrentPPI());
+  for (const UINT change :
+       {CM_PARENTFONTCHANGED, CM_PARENTCOLORCHANGED, CM_PARENTSHOWHINTCHANGED, CM_PARENTBIDIMODECHANGED}) {
+    if (!stillThere()) return;
+    if (!pControl->IsLoading()) pControl->Perform(change);
+  }
+  if (!stillThere()) return;
+  pControl->UpdateAnchorBase();
+  if (window)
+    window->UpdateControlState();
+  else
+    pControl->Invalidate();
+  if (stillThere()) AlignControls(pControl);
+}
+
+void TWinControl::RemoveControl(TControl* pControl) {
+  const auto found = std::find(fControls.begin(), fControls.end(), pControl);
+  if (found == fControls.end()) return;
+  // By address only: it may be on the way out.
+  const auto tab = std::find_if(fTabList.begin(), fTabList.end(),
+                                [&](TWinControl* one) { return static_cast<TControl*>(one) == pControl; });
+  TWinControl* const window = tab == fTabList.end() ? nullptr : *tab;
+  if (window) {
+    fTabList.erase(tab);
+    if (!window->IsDestroying()) window->DestroyHandle();
+  } else {
+    pControl->Invalidate();
+  }
+  if (fMouseControl == pControl) fMouseControl = nullptr;
+  fControls.erase(std::find(fControls.begin(), fControls.end(), pControl));
+  pControl->fParent = nullptr;
+  if (!IsDestroying()) AlignControls(nullptr);
+}
+
+bool TWinControl::ContainsControl(const TControl* pControl) const noexcept {
+  for (; pControl; pControl = pControl->GetParent()) {
+    if (pControl == this) return true;
+  }
+  return false;
+}
+
+TControl* TWinControl::ControlAtPos(POINT pPoint, bool pAllowDisabled, bool pAllowWinControls) const {
+  for (auto one = fControls.rbegin(); one != fControls.rend(); ++one) {
+    TControl* const control = *one;
+    const bool isWindow = dynamic_cast<TWinControl*>(control) != nullptr;
+    if (isWindow && !pAllowWinControls) continue;
+    const bool isSeen = control->IsVisible() || control->IsDesigning();
+    if (!isSeen || (!control->IsEnabled() && !pAllowDisabled)) continue;
+    const RECT bounds = control->GetBoundsRect();
+    if (!PtInRect(&bounds, pPoint)) continue;
+    const LPARAM point = MAKELPARAM(pPoint.x - bounds.left, pPoint.y - bounds.top);
+    if (isWindow || control->Perform(CM_HITTEST, 0, point) != 0) return control;
+  }
+  return nullptr;
+}
+
+void TWinControl::NotifyControls(UINT pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  const std::vector<TControl*> controls = fControls;
+  for (TControl* control : controls) {
+    // One of them may have taken another along.
+    if (std::find(fControls.begin(), fControls.end(), control) == fControls.end()) continue;
+    control->Perform(pMessage);
+    if (!alive.IsAlive()) return;
+  }
+}
+
+bool TWinControl::HasGraphicControls() const noexcept {
+  return fControls.size() > fTabList.size();
+}
+
+// --- text, look -----------------------------------------------------------------------------------------------------
+
+std::wstring TWinControl::GetText() const {
+  if (!fHandle) return StoredText();
+  std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(fHandle)) + 1, L'\0');
+  text.resize(static_cast<std::size_t>(GetWindowTextW(fHandle, text.data(), static_cast<int>(text.size()))));
+  return text;
+}
+
+void TWinControl::SetText(const std::wstring& pText) {
+  if (GetText() == pText) return;
+  StoreText(pText);
+  const TAliveWatch alive(GetAliveToken());
+  if (fHandle) SetWindowTextW(fHandle, pText.c_str());
+  if (alive.IsAlive()) Perform(CM_TEXTCHANGED);
+}
+
+void TWinControl::TakeSystemFont() {
+  GetFont() = TFont::System(TSystemFont::sfMessage, GetCurrentPPI());
+  RestoreParentFont();
+}
+
+void TWinControl::SetDoubleBuffered(bool pDoubleBuffered) {
+  if (fDoubleBuffered == pDoubleBuffered) return;
+  fDoubleBuffered = pDoubleBuffered;
+  Invalidate();
+}
+
+void TWinControl::CMFontChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  ApplyFont();
+  TControl::CMFontChanged(pMessage);
+  if (alive.IsAlive()) NotifyControls(CM_PARENTFONTCHANGED);
+}
+
+void TWinControl::ApplyFont() {
+  if (!fHandle) return;
+  // The window goes on using the handle: it must last as long.
+  const auto former = std::exchange(fWindowFont, GetFont().GetSharedHandle());
+  SendMessageW(fHandle, WM_SETFONT, reinterpret_cast<WPARAM>(fWindowFont->Get()), TRUE);
+}
+
+void TWinControl::CMColorChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  fBrush.SetColor(GetColor());
+  TControl::CMColorChanged(pMessage);
+  if (alive.IsAlive()) NotifyControls(CM_PARENTCOLORCHANGED);
+}
+
+void TWinControl::CMBiDiModeChanged(TMessage&) {
+  const TAliveWatch alive(GetAliveToken());
+  RecreateWnd();
+  if (alive.IsAlive()) NotifyControls(CM_PARENTBIDIMODECHANGED);
+}
+
+void TWinControl::CMThemeChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  fBrush.SetColor(clNone); // system colours are looked up anew
+  fBrush.SetColor(GetColor());
+  TControl::CMThemeChanged(pMessage);
+  if (alive.IsAlive()) NotifyControls(CM_THEMECHANGED);
+}
+
+void TWinControl::CMEnabledChanged(TMessage&) {
+  if (fHandle) EnableWindow(fHandle, IsEnabled() || IsDesigning());
+}
+
+void TWinControl::CMVisibleChanged(TMessage&) {
+  UpdateControlState();
+}
+
+void TWinControl::CMCursorChanged(TMessage&) {
+  POINT point;
+  if (!fHandle || !GetCursorPos(&point) || WindowFromPoint(point) != fHandle) return;
+  SendMessageW(fHandle, WM_SETCURSOR, reinterpret_cast<WPARAM>(fHandle), MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+}
+
+} // namespace kiv

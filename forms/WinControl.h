@@ -1,0 +1,293 @@
+#pragma once
+
+#include <forms/Control.h>
+#include <framework/WindowHandle.h>
+#include <graphics/Brush.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kiv {
+
+struct TWindowLink;
+
+/// How a control's window is made: the arguments of "CreateWindowExW". CreateParams fills it.
+struct TCreateParams {
+  std::wstring className; ///< of the platform; empty for a window class of the library's own
+  std::wstring caption;
+  DWORD style = 0;
+  DWORD exStyle = 0;
+  int x = 0;
+  int y = 0;
+  int width = 0;
+  int height = 0;
+  HWND wndParent = nullptr;
+  UINT classStyle = CS_DBLCLKS; ///< of a window class of the library's own
+};
+
+/// A control with a window.
+///
+/// Its parent is another TWinControl, or any window of the host's (SetParentWindow, CreateParented), whose
+/// notifications about this control come here all the same. The window is made when it is first needed (GetHandle,
+/// HandleNeeded), or when the control is to be seen; it may go and come again (RecreateWnd, a host's window that is
+/// destroyed). What a class keeps in its window it sets up in CreateWnd and saves in WMDestroy.
+///
+/// A class that overrides any of the hooks of the window's end (DestroyWnd, WMDestroy) calls EndWindow first in its
+/// destructor: later its overrides are no longer there.
+class KIV_EXPORT TWinControl : public TControl, public IWindowOwner {
+public:
+  explicit TWinControl(TComponent* pOwner = nullptr);
+  ~TWinControl() override;
+  std::wstring ClassName() const override { return L"TWinControl"; }
+
+  // --- the window ---
+  /// The window; made if it isn't there. Raises EInvalidOperation without a parent, and EOSError if the platform
+  /// refuses.
+  HWND GetHandle();
+  void HandleNeeded();
+  bool HandleAllocated() const noexcept { return fHandle != nullptr; }
+  TWindowHandle AllocatedHandle() const noexcept override { return fHandle; }
+  /// Another window with the same content in the place of this one: for properties that can't be changed on a window.
+  /// Nothing happens without a window.
+  void RecreateWnd();
+
+  /// Any window of the calling thread's, also of a host that knows nothing of this library; null for none. Takes the
+  /// control from its parent. Raises EInvalidOperation for a window of another thread.
+  void SetParentWindow(HWND pParent);
+  HWND GetParentWindow() const noexcept { return fParentWindow; }
+  /// SetParentWindow, and the window is made and shown at once.
+  void CreateParented(HWND pParent);
+  void SetParent(TWinControl* pParent) override;
+
+  // --- what stands in it ---
+  /// All children, the back one first.
+  const std::vector<TControl*>& GetControls() const noexcept { return fControls; }
+  int GetControlCount() const noexcept { return static_cast<int>(fControls.size()); }
+  /// True if `pControl` is this one or stands anywhere below it.
+  bool ContainsControl(const TControl* pControl) const noexcept;
+  /// The foremost child at a point of the client area. Null if there is none.
+  TControl* ControlAtPos(POINT pPoint, bool pAllowDisabled, bool pAllowWinControls = false) const;
+  /// While the count of disables isn't 0 children stay where they are.
+  void DisableAlign() noexcept { ++fAlignLevel; }
+  void EnableAlign();
+  /// Lays out the children now.
+  void Realign();
+
+  // --- focus ---
+  bool Focused() const noexcept;
+  /// Visible and enabled with all above it.
+  virtual bool CanFocus() const;
+  /// Gives it the keyboard. Raises EInvalidOperation "Cannot focus a disabled or invisible window" if !CanFocus().
+  virtual void SetFocus();
+  bool IsTabStop() const noexcept { return fTabStop; }
+  void SetTabStop(bool pTabStop);
+  /// For a control without a parent: it sees the keys of all controls in it before they do. False at first.
+  bool IsKeyPreview() const noexcept { return fKeyPreview; }
+  void SetKeyPreview(bool pKeyPreview) noexcept { fKeyPreview = pKeyPreview; }
+  /// The place in the order of the Tab key among the parent's windowed children, from 0; -1 without a parent.
+  int GetTabOrder() const noexcept;
+  void SetTabOrder(int pTabOrder);
+
+  bool IsDoubleBuffered() const noexcept { return fDoubleBuffered; }
+  void SetDoubleBuffered(bool pDoubleBuffered);
+
+  // --- TControl ---
+  RECT GetClientRect() const override;
+  POINT ClientToScreen(POINT pPoint) const override;
+  POINT ScreenToClient(POINT pPoint) const override;
+  void SetBounds(int pLeft, int pTop, int pWidth, int pHeight) override;
+  bool IsShowing() const override { return fShowing; }
+  std::wstring GetText() const override;
+  void SetText(const std::wstring& pText) override;
+  void Invalidate() override;
+  void Update() override;
+  void Repaint() override;
+  LRESULT Perform(UINT pMessage, WPARAM pWParam = 0, LPARAM pLParam = 0) override;
+
+  // For the window's link: the window stands, and it is gone.
+  void AdoptLink(TWindowLink* pLink, HWND pWindow) noexcept;
+  void WindowGone() noexcept;
+
+  const TNotifyEvent& GetOnEnter() const noexcept { return fOnEnter; }
+  void SetOnEnter(TNotifyEvent pEvent) { fOnEnter = std::move(pEvent); }
+  const TNotifyEvent& GetOnExit() const noexcept { return fOnExit; }
+  void SetOnExit(TNotifyEvent pEvent) { fOnExit = std::move(pEvent); }
+  const TKeyEvent& GetOnKeyDown() const noexcept { return fOnKeyDown; }
+  void SetOnKeyDown(TKeyEvent pEvent) { fOnKeyDown = std::move(pEvent); }
+  const TKeyPressEvent& GetOnKeyPress() const noexcept { return fOnKeyPress; }
+  void SetOnKeyPress(TKeyPressEvent pEvent) { fOnKeyPress = std::move(pEvent); }
+  const TKeyEvent& GetOnKeyUp() const noexcept { return fOnKeyUp; }
+  void SetOnKeyUp(TKeyEvent pEvent) { fOnKeyUp = std::move(pEvent); }
+
+protected:
+  friend class TControl;
+  friend struct TWindowLink;
+  friend bool ReflectMessage(HWND pParent, TMessage& pMessage);
+
+  // --- hooks of the window's life ---
+  /// How the window is made. Overrides call the base class first, then change what they want.
+  virtual void CreateParams(TCreateParams& pParams);
+  /// Makes the window and sets it up. Overrides call the base class, then give the window what it holds.
+  virtual void CreateWnd();
+  virtual void CreateWindowHandle(const TCreateParams& pParams);
+  /// The window is to go, on the library's own wish; overrides call the base class last.
+  virtual void DestroyWnd();
+  /// CreateWnd, and the window's place among its siblings.
+  virtual void CreateHandle();
+  void DestroyHandle();
+  /// For the head of a destructor: marks the control as going and ends its window while all overrides stand.
+  void EndWindow() noexcept;
+  /// True from RecreateWnd's beginning to the end of the new window's CreateWnd.
+  bool IsRecreating() const noexcept { return HasState(TControlStateFlag::csRecreating); }
+
+  // --- messages ---
+  void WndProc(TMessage& pMessage) override;
+  void DefaultHandler(TMessage& pMessage) override;
+  virtual void WMPaint(TMessage& pMessage);
+  virtual void WMEraseBkgnd(TMessage& pMessage);
+  virtual void WMWindowPosChanged(TMessage& pMessage);
+  virtual void WMSize(TMessage& pMessage);
+  /// The window is on the way out, for whatever reason, and still whole: save here what it holds.
+  virtual void WMDestroy(TMessage& pMessage);
+  virtual void WMGetDlgCode(TMessage& pMessage) { DefaultHandler(pMessage); }
+  virtual void WMSetFocus(TMessage& pMessage);
+  virtual void WMKillFocus(TMessage& pMessage);
+  virtual void WMSetCursor(TMessage& pMessage);
+  virtual void WMNotify(TMessage& pMessage);
+  virtual void WMCommand(TMessage& pMessage);
+  virtual void WMParentNotify(TMessage& pMessage) { DefaultHandler(pMessage); }
+  /// The platform's notifications about this control's window, for overrides to answer.
+  virtual void CNNotify(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CNCommand(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CNDrawItem(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CNMeasureItem(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CNScroll(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CNCtlColor(TMessage& pMessage);
+  virtual void CMRecreateWnd(TMessage& pMessage);
+  virtual void CMShowingChanged(TMessage& pMessage);
+  virtual void WMPrintClient(TMessage& pMessage);
+  virtual void WMGetObject(TMessage& pMessage);
+  /// Navigation keys that nobody wanted; each control of the tree is asked.
+  virtual void CMDialogKey(TMessage& pMessage);
+  virtual void CMWantSpecialKey(TMessage& pMessage) { static_cast<void>(pMessage); }
+  virtual void CMChildKey(TMessage& pMessage);
+  virtual void CMEnter(TMessage&) { DoEnter(); }
+  virtual void CMExit(TMessage&) { DoExit(); }
+  void CMEnabledChanged(TMessage& pMessage) override;
+  void CMVisibleChanged(TMessage& pMessage) override;
+  void CMCursorChanged(TMessage& pMessage) override;
+  void CMFontChanged(TMessage& pMessage) override;
+  void CMColorChanged(TMessage& pMessage) override;
+  void CMBiDiModeChanged(TMessage& pMessage) override;
+  void CMThemeChanged(TMessage& pMessage) override;
+
+  // --- keys; each fires its event. Set the key to 0 to use it up. ---
+  virtual void KeyDown(WORD& pKey, TShiftState pShift);
+  virtual void KeyPress(wchar_t& pKey);
+  virtual void KeyUp(WORD& pKey, TShiftState pShift);
+  virtual void DoEnter();
+  virtual void DoExit();
+
+  // --- painting ---
+  /// In the control's colour.
+  TBrush& GetBrush() noexcept { return fBrush; }
+  /// Paints the control itself, if csCustomPaint is set or it holds controls without a window. The default lets the
+  /// window class do it.
+  virtual void PaintWindow(HDC pDC);
+  /// Fills the area behind everything.
+  virtual void PaintBackground(HDC pDC, const RECT& pRect);
+  void PaintControls(HDC pDC);
+
+  // --- layout ---
+  /// The part of the client area that aligned children share.
+  virtual void AdjustClientRect(RECT& pRect) const { static_cast<void>(pRect); }
+  virtual void AlignControls(TControl* pControl);
+  void ChangeScale(int pM, int pD, bool pKeepPlace) override;
+  void SetZOrder(bool pTopMost) override;
+  void Loaded() override;
+
+  /// Makes the windows that are to be seen and aren't there, and shows or hides them.
+  void UpdateControlState();
+  /// The window must be of this resolution: laid out anew if it isn't.
+  void AdoptWindowPPI();
+
+private:
+  /// Stands around a recreation: the focus is where it was afterwards, and nobody is told that it was gone.
+  class ScopedFocusKept {
+  public:
+    explicit ScopedFocusKept(TWinControl& pRoot);
+    ~ScopedFocusKept();
+    ScopedFocusKept(const ScopedFocusKept&) = delete;
+    ScopedFocusKept& operator=(const ScopedFocusKept&) = delete;
+
+  private:
+    TWinControl* fFocused = nullptr;
+    std::unique_ptr<TAliveWatch> fWatch;
+  };
+
+  void InsertControl(TControl* pControl);
+  void RemoveControl(TControl* pControl);
+  void UpdateShowing();
+  void PlaceAmongSiblings();
+  void MarkRecreating();
+  void StoreWindowBounds();
+  void TakeSystemFont();
+  void ApplyFont();
+  void ForgetFocus() noexcept;
+  void DestroyWindowHandle() noexcept;
+  void ReleaseParentWindow() noexcept;
+  bool MayExist() const;
+  bool HandleFocusOrKeys(TMessage& pMessage);
+  bool HandleWindowMessage(TMessage& pMessage);
+  bool HandleReflected(TMessage& pMessage);
+  bool HandleOwnMessage(TMessage& pMessage);
+  bool IsControlMouseMessage(TMessage& pMessage);
+  void TrackMouse(TMessage& pMessage);
+  void SetMouseControl(TControl* pControl);
+  void PaintHandler(TMessage& pMessage);
+  bool DoKeyDown(TMessage& pMessage);
+  bool DoKeyPress(TMessage& pMessage);
+  bool DoKeyUp(TMessage& pMessage);
+  void HandleWheel(TMessage& pMessage);
+  void HandleMouseLeave(TMessage& pMessage);
+  void HandleLookChange(TMessage& pMessage);
+  void PaintAll(HDC pDC);
+  bool PreviewKey(const std::function<void(TWinControl&)>& pShow);
+  static void MoveFocus(TWinControl* pTo);
+  void NotifyControls(UINT pMessage);
+  bool HasGraphicControls() const noexcept;
+
+  HWND fHandle = nullptr;
+  TBrush fBrush;
+  std::shared_ptr<const TUniqueFont> fWindowFont; // what the window draws with
+  HWND fParentWindow = nullptr;
+  TWindowLink* fLink = nullptr;
+  std::vector<TControl*> fControls;
+  std::vector<TWinControl*> fTabList;
+  TControl* fMouseControl = nullptr; // child without a window that the pointer is on
+  int fAlignLevel = 0;
+  bool fAlignNeeded = false;
+  bool fShowing = false;
+  bool fTabStop = false;
+  bool fKeyPreview = false;
+  bool fDoubleBuffered = false;
+  bool fIsMouseInside = false;
+  bool fAligning = false;
+  bool fRealigning = false;
+  TNotifyEvent fOnEnter;
+  TNotifyEvent fOnExit;
+  TKeyEvent fOnKeyDown;
+  TKeyPressEvent fOnKeyPress;
+  TKeyEvent fOnKeyUp;
+};
+
+/// The control that a window belongs to; null for windows of others and of other threads.
+KIV_EXPORT TWinControl* FindControl(HWND pWindow) noexcept;
+
+/// Hands a notification that the platform sent to a control's parent window to the control. False if `pMessage` is
+/// none, or the window it tells of is none of the library's.
+KIV_EXPORT bool ReflectMessage(HWND pParent, TMessage& pMessage);
+
+} // namespace kiv

@@ -1,0 +1,266 @@
+#include <forms/WindowLink.h>
+
+#include <framework/Application.h>
+#include <platform/ActivationContext.h>
+#include <platform/ThisModule.h>
+
+#include <array>
+#include <cwchar>
+#include <exception>
+#include <memory>
+
+namespace kiv {
+
+LRESULT CALLBACK WindowLinkProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR link);
+
+namespace {
+
+constexpr UINT_PTR SubclassId = 1;
+
+/// The window being made on this thread: the first one of its class belongs to the link. Others come in between, such
+/// as those of input methods.
+struct TCreation {
+  TWindowLink* link;
+  const wchar_t* className;
+  TCreation* outer;
+};
+TCreation* gCreation = nullptr; // controls belong to one thread
+
+void Attach(TWindowLink& link, HWND window) {
+  if (!CommonControlsApi().SetWindowSubclass(window, &WindowLinkProc, SubclassId, reinterpret_cast<DWORD_PTR>(&link))) {
+    return;
+  }
+  link.window = window;
+}
+
+LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
+  if (code == HCBT_CREATEWND && gCreation && !gCreation->link->window) {
+    std::array<wchar_t, 128> name{};
+    const HWND window = reinterpret_cast<HWND>(wParam);
+    GetClassNameW(window, name.data(), static_cast<int>(name.size()));
+    if (_wcsicmp(name.data(), gCreation->className) == 0) {
+      gCreation->link->control->AdoptLink(gCreation->link, window);
+      Attach(*gCreation->link, window);
+    }
+  }
+  return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+/// One window class of ours for each kind of control and style, so that other programs can tell windows apart.
+std::wstring OwnClass(const std::wstring& name, UINT style) {
+  std::array<wchar_t, 16> suffix{};
+  std::swprintf(suffix.data(), suffix.size(), L".%X", style);
+  std::wstring className = L"Kiv." + name + suffix.data();
+  WNDCLASSEXW info{};
+  info.cbSize = sizeof(info);
+  if (GetClassInfoExW(ThisModule(), className.c_str(), &info)) return className;
+  info = {};
+  info.cbSize = sizeof(info);
+  info.style = style;
+  info.lpfnWndProc = &DefWindowProcW; // the link takes the messages
+  info.hInstance = ThisModule();
+  info.hCursor = LoadCursorW(nullptr, IDC_ARROW);
+  info.lpszClassName = className.c_str();
+  RegisterClassExW(&info); // what goes wrong shows when the window is made
+  return className;
+}
+
+// A control's number for its parent window, where the platform's messages go by number.
+WORD NextControlId() noexcept {
+  static WORD last = 0x1000;
+  last = static_cast<WORD>(last < 0x7FFF ? last + 1 : 0x1000);
+  return last;
+}
+
+TWinControl* MeasuredControl(HWND parent, UINT id) {
+  const HWND window = GetDlgItem(parent, static_cast<int>(id));
+  if (TWinControl* const control = window ? FindControl(window) : nullptr) return control;
+  // Asked while the window is being made, before its parent knows it.
+  return gCreation ? gCreation->link->control : nullptr;
+}
+
+// The control that a notification tells of; null if it is none.
+TWinControl* NotifyingControl(HWND parent, const TMessage& message) {
+  const auto of = [](auto window) { return window ? FindControl(reinterpret_cast<HWND>(window)) : nullptr; };
+  switch (message.Msg) {
+  case WM_COMMAND:
+  case WM_HSCROLL:
+  case WM_VSCROLL:
+  case WM_CTLCOLORMSGBOX:
+  case WM_CTLCOLOREDIT:
+  case WM_CTLCOLORLISTBOX:
+  case WM_CTLCOLORBTN:
+  case WM_CTLCOLORSCROLLBAR:
+  case WM_CTLCOLORSTATIC:
+    return of(message.LParam);
+  case WM_NOTIFYFORMAT:
+    return message.LParam == NF_QUERY ? of(message.WParam) : nullptr;
+  case WM_NOTIFY:
+    return message.LParam ? FindControl(reinterpret_cast<const NMHDR*>(message.LParam)->hwndFrom) : nullptr;
+  case WM_DRAWITEM: {
+    const auto* item = reinterpret_cast<const DRAWITEMSTRUCT*>(message.LParam);
+    return item && item->CtlType != ODT_MENU ? FindControl(item->hwndItem) : nullptr;
+  }
+  case WM_DELETEITEM:
+    return message.LParam ? FindControl(reinterpret_cast<const DELETEITEMSTRUCT*>(message.LParam)->hwndItem) : nullptr;
+  case WM_COMPAREITEM:
+    return message.LParam ? FindControl(reinterpret_cast<const COMPAREITEMSTRUCT*>(message.LParam)->hwndItem) : nullptr;
+  case WM_MEASUREITEM: {
+    const auto* item = reinterpret_cast<const MEASUREITEMSTRUCT*>(message.LParam);
+    return item && item->CtlType != ODT_MENU ? MeasuredControl(parent, item->CtlID) : nullptr;
+  }
+  default:
+    return nullptr;
+  }
+}
+
+LRESULT CALLBACK ParentWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+  const TCommonControlsApi& api = CommonControlsApi();
+  if (message == WM_NCDESTROY) api.RemoveWindowSubclass(window, &ParentWindowProc, SubclassId);
+  TMessage reflected{message, wParam, lParam, 0};
+  try {
+    if (ReflectMessage(window, reflected)) return reflected.Result;
+  } catch (...) {
+    ReportException(std::current_exception());
+    return 0;
+  }
+  return api.DefSubclassProc(window, message, wParam, lParam);
+}
+
+} // namespace
+
+LRESULT CALLBACK WindowLinkProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
+  auto* const link = reinterpret_cast<TWindowLink*>(data);
+  const bool isLast = message == WM_NCDESTROY;
+  if (isLast) CommonControlsApi().RemoveWindowSubclass(window, &WindowLinkProc, SubclassId);
+  const LRESULT result = link->Deliver({message, wParam, lParam, 0});
+  if (isLast) {
+    link->window = nullptr;
+    if (link->control) link->control->WindowGone();
+    link->control = nullptr;
+  }
+  if (link->depth == 0 && !link->control) {
+    const HWND left = link->window;
+    // Its own last message deletes the link.
+    if (left)
+      DestroyWindow(left);
+    else
+      delete link;
+  }
+  return result;
+}
+
+TWindowLink* TWindowLink::Create(TWinControl& pControl, const TCreateParams& pParams) {
+  CommonControlsApi(); // registers the classes
+  auto link = std::make_unique<TWindowLink>();
+  link->control = &pControl;
+  link->isOwnClass = pParams.className.empty();
+  const std::wstring className =
+      link->isOwnClass ? OwnClass(pControl.ClassName(), pParams.classStyle) : pParams.className;
+  TCreation creation{link.get(), className.c_str(), gCreation};
+  const HHOOK hook = SetWindowsHookExW(WH_CBT, &CreationHook, nullptr, GetCurrentThreadId());
+  gCreation = &creation;
+  const bool isChild = (pParams.style & WS_CHILD) != 0;
+  HWND window = nullptr;
+  DWORD error = 0;
+  {
+    const ScopedCommonControls scope;
+    window = CreateWindowExW(pParams.exStyle, className.c_str(), pParams.caption.c_str(), pParams.style, pParams.x,
+                             pParams.y, pParams.width, pParams.height, pParams.wndParent,
+                             isChild ? reinterpret_cast<HMENU>(static_cast<UINT_PTR>(NextControlId())) : nullptr,
+                             ThisModule(), nullptr);
+    error = GetLastError();
+  }
+  gCreation = creation.outer;
+  if (hook) UnhookWindowsHookEx(hook);
+  if (!window) {
+    // A window that was refused in mid-creation has told its end: then the link is deleted already.
+    if (link->control && !pControl.HandleAllocated()) {
+      SetLastError(error);
+      return nullptr;
+    }
+  }
+  if (window && !link->window) {
+    pControl.AdoptLink(link.get(), window);
+    Attach(*link, window);
+  }
+  return link.release();
+}
+
+void TWindowLink::Abandon() noexcept {
+  control = nullptr;
+  if (!window) return;
+  if (depth == 0 || isOwnClass) {
+    DestroyWindow(window);
+    return;
+  }
+  ShowWindow(window, SW_HIDE);
+  ::SetParent(window, HWND_MESSAGE);
+}
+
+LRESULT TWindowLink::CallDefault(const TMessage& pMessage) const {
+  // Outside of a message of the window's own there is no next procedure to be asked.
+  if (depth == 0 || !window) return 0;
+  return CommonControlsApi().DefSubclassProc(window, pMessage.Msg, pMessage.WParam, pMessage.LParam);
+}
+
+LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
+  ++depth;
+  TMessage message = pMessage;
+  if (!control) {
+    message.Result = CallDefault(message);
+  } else {
+    try {
+      control->WndProc(message);
+    } catch (...) {
+      ReportException(std::current_exception());
+    }
+  }
+  --depth;
+  return message.Result;
+}
+
+TWindowLink* TWindowLink::Of(HWND pWindow) noexcept {
+  DWORD_PTR data = 0;
+  if (!pWindow || !CommonControlsApi().GetWindowSubclass(pWindow, &WindowLinkProc, SubclassId, &data)) return nullptr;
+  return reinterpret_cast<TWindowLink*>(data);
+}
+
+void WatchParentWindow(HWND pParent) {
+  DWORD_PTR count = 0;
+  const TCommonControlsApi& api = CommonControlsApi();
+  if (!api.GetWindowSubclass(pParent, &ParentWindowProc, SubclassId, &count)) count = 0;
+  api.SetWindowSubclass(pParent, &ParentWindowProc, SubclassId, count + 1);
+}
+
+void UnwatchParentWindow(HWND pParent) noexcept {
+  DWORD_PTR count = 0;
+  const TCommonControlsApi& api = CommonControlsApi();
+  if (!api.GetWindowSubclass(pParent, &ParentWindowProc, SubclassId, &count)) return;
+  if (count > 1)
+    api.SetWindowSubclass(pParent, &ParentWindowProc, SubclassId, count - 1);
+  else
+    api.RemoveWindowSubclass(pParent, &ParentWindowProc, SubclassId);
+}
+
+TWinControl* FindControl(HWND pWindow) noexcept {
+  const TWindowLink* const link = TWindowLink::Of(pWindow);
+  return link ? link->control : nullptr;
+}
+
+bool ReflectMessage(HWND pParent, TMessage& pMessage) {
+  TWinControl* const control = NotifyingControl(pParent, pMessage);
+  if (!control) return false;
+  if (pMessage.Msg == WM_NOTIFYFORMAT) {
+    pMessage.Result = NFR_UNICODE;
+    return true;
+  }
+  TMessage reflected{CN_BASE + pMessage.Msg, pMessage.WParam, pMessage.LParam, 0};
+  control->WndProc(reflected);
+  pMessage.Result = reflected.Result;
+  // A control that has no brush of its own leaves the colours to its parent.
+  const bool isColor = pMessage.Msg >= WM_CTLCOLORMSGBOX && pMessage.Msg <= WM_CTLCOLORSTATIC;
+  return !isColor || reflected.Result != 0;
+}
+
+} // namespace kiv

@@ -1,0 +1,212 @@
+#include "TestControls.h"
+
+#include <doubles/GuiDriver.h>
+#include <framework/Application.h>
+#include <framework/Exceptions.h>
+#include <platform/ActivationContext.h>
+
+#include <gtest/gtest.h>
+
+#include <commctrl.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace kiv::test {
+namespace {
+
+using TLog = std::vector<std::wstring>;
+
+std::wstring PathOf(HMODULE module) {
+  std::array<wchar_t, 600> path{};
+  GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+  return path.data();
+}
+
+// This program has no manifest.
+TEST(CommonControls, AreOfVersion6WithoutTheHostsManifest) {
+  const std::wstring path = PathOf(CommonControlsApi().module);
+  EXPECT_NE(path.find(L"common-controls_6595b64144ccf1df_6."), std::wstring::npos);
+  const auto current = [] {
+    HANDLE context = nullptr;
+    GetCurrentActCtx(&context);
+    if (context) ReleaseActCtx(context);
+    return context;
+  };
+  const HANDLE hosts = current();
+  {
+    const ScopedCommonControls scope;
+    EXPECT_NE(current(), hosts);
+  }
+  EXPECT_EQ(current(), hosts);
+}
+
+TEST(WindowLife, AWindowComesWhenItIsNeededAndWhenItIsToBeSeen) {
+  THostWindow host;
+  TLog log;
+  TNotedControl panel(nullptr, L"panel ");
+  panel.log = &log;
+  auto* const child = new TNotedControl(&panel, L"child ");
+  child->log = &log;
+  child->SetParent(&panel);
+  child->SetBounds(5, 6, 70, 80);
+  EXPECT_FALSE(panel.HandleAllocated());
+  EXPECT_THROW(panel.GetHandle(), EInvalidOperation);
+  panel.SetBounds(20, 30, 200, 100);
+  panel.SetVisible(false);
+  panel.SetParentWindow(host.Get());
+  EXPECT_FALSE(panel.HandleAllocated());
+  panel.SetVisible(true);
+  EXPECT_EQ(log, (TLog{L"panel create", L"child create"}));
+  EXPECT_TRUE(IsWindowVisible(child->GetHandle()));
+  EXPECT_EQ(GetParent(child->GetHandle()), panel.GetHandle());
+  EXPECT_EQ(GetParent(panel.GetHandle()), host.Get());
+  EXPECT_EQ(FindControl(child->GetHandle()), child);
+  EXPECT_EQ(FindControl(host.Get()), nullptr);
+  const POINT corner = child->ClientToScreen({0, 0});
+  const POINT expected = PointOf(host.Get(), 25, 36);
+  EXPECT_EQ(corner.x, expected.x);
+  EXPECT_EQ(corner.y, expected.y);
+  // Two hidden parents above it: only with both shown it is.
+  panel.SetVisible(false);
+  child->SetVisible(false);
+  child->SetVisible(true);
+  EXPECT_FALSE(child->IsShowing() && IsWindowVisible(child->GetHandle()));
+  child->SetParent(nullptr);
+  EXPECT_FALSE(child->HandleAllocated());
+  EXPECT_EQ(log.back(), L"child destroy");
+}
+
+TEST(WindowLife, AnotherWindowHasTheSameContent) {
+  THostWindow host;
+  TLog log;
+  TNotedControl panel(nullptr, L"panel ");
+  panel.log = &log;
+  panel.SetBounds(0, 0, 300, 200);
+  auto* const edit = new TPlatformControl(&panel, L"EDIT");
+  edit->SetParent(&panel);
+  auto* const other = new TPlatformControl(&panel, L"EDIT");
+  other->SetParent(&panel);
+  panel.CreateParented(host.Get());
+  edit->SetFocus();
+  TypeText(L"abc");
+  const HWND former = edit->GetHandle();
+  edit->RecreateWnd();
+  EXPECT_NE(edit->GetHandle(), former);
+  EXPECT_FALSE(IsWindow(former));
+  EXPECT_EQ(edit->GetText(), L"abc");
+  EXPECT_TRUE(edit->Focused());
+  // Still behind its sibling.
+  EXPECT_EQ(GetWindow(edit->GetHandle(), GW_HWNDPREV), other->GetHandle());
+  log.clear();
+  panel.RecreateWnd();
+  EXPECT_EQ(log, (TLog{L"panel destroy", L"panel create again"}));
+  EXPECT_EQ(edit->GetText(), L"abc");
+  EXPECT_FALSE(panel.IsRecreating());
+  EXPECT_TRUE(edit->Focused());
+  EXPECT_TRUE(IsWindowVisible(edit->GetHandle()));
+}
+
+// The host ends its window and knows nothing of what stands in it.
+TEST(WindowLife, TheHostsWindowMayGoFirst) {
+  TLog log;
+  auto panel = std::make_unique<TNotedControl>(nullptr, L"panel ");
+  panel->log = &log;
+  auto* const edit = new TPlatformControl(panel.get(), L"EDIT");
+  edit->SetParent(panel.get());
+  edit->SetText(L"kept");
+  {
+    THostWindow host;
+    panel->CreateParented(host.Get());
+    log.clear();
+    host.Destroy();
+    EXPECT_EQ(log, TLog{L"panel destroy"});
+    EXPECT_FALSE(panel->HandleAllocated());
+    EXPECT_EQ(edit->GetText(), L"kept");
+  }
+  EXPECT_THROW(panel->GetHandle(), EInvalidOperation);
+  THostWindow second;
+  panel->CreateParented(second.Get());
+  EXPECT_EQ(edit->GetText(), L"kept");
+  EXPECT_TRUE(IsWindowVisible(edit->GetHandle()));
+  log.clear();
+  panel.reset();
+  EXPECT_EQ(log, TLog{L"panel end"});
+  EXPECT_EQ(GetWindow(second.Get(), GW_CHILD), nullptr);
+}
+
+TEST(WindowLife, NotificationsComeToTheControlAlsoInAHostsWindow) {
+  THostWindow host;
+  TPlatformControl button(nullptr, L"BUTTON");
+  TPlatformControl list(nullptr, WC_LISTVIEWW, LVS_REPORT);
+  button.CreateParented(host.Get());
+  list.SetBounds(10, 60, 100, 100);
+  list.CreateParented(host.Get());
+  // Of the host's own controls it hears as before, and of ours it doesn't.
+  const HWND own = CreateWindowW(L"BUTTON", L"", WS_CHILD | WS_VISIBLE, 200, 10, 50, 20, host.Get(),
+                                 reinterpret_cast<HMENU>(7), nullptr, nullptr);
+  const int before = host.CountOf(WM_COMMAND);
+  SendMessageW(own, BM_CLICK, 0, 0);
+  EXPECT_EQ(host.CountOf(WM_COMMAND), before + 1);
+  ClickMouse(MiddleOf(button.GetHandle()));
+  EXPECT_TRUE(PumpUntil([&] { return !button.commands.empty(); }));
+  EXPECT_EQ(button.commands.back(), UINT{BN_CLICKED});
+  EXPECT_EQ(host.CountOf(WM_COMMAND), before + 1);
+  LVITEMW item{};
+  SendMessageW(list.GetHandle(), LVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&item));
+  EXPECT_NE(std::find(list.notifications.begin(), list.notifications.end(), static_cast<UINT>(LVN_INSERTITEM)),
+            list.notifications.end());
+  EXPECT_EQ(host.CountOf(WM_NOTIFY), 0);
+  EXPECT_EQ(host.CountOf(WM_NOTIFYFORMAT), 0);
+}
+
+// From inside the platform's own procedure of the window, which goes on with its memory afterwards.
+TEST(WindowLife, AControlMayGoInsideItsOwnMessages) {
+  const auto cases = {0, 1, 2};
+  for (const int which : cases) {
+    THostWindow host;
+    auto panel = std::make_unique<TNotedControl>();
+    panel->SetBounds(0, 0, 300, 200);
+    auto* const button = new TPlatformControl(panel.get(), L"BUTTON");
+    button->SetParent(panel.get());
+    panel->CreateParented(host.Get());
+    const HWND window = button->GetHandle();
+    bool clicked = false;
+    button->onCommand = [&](TPersistent*) {
+      clicked = true;
+      if (which == 0) delete button;
+      if (which == 1) panel.reset();
+      if (which == 2) button->RecreateWnd();
+    };
+    ClickMouse(MiddleOf(window));
+    EXPECT_TRUE(PumpUntil([&] { return clicked && !IsWindow(window); })) << which;
+    EXPECT_EQ(panel == nullptr, which == 1);
+    if (which == 2) {
+      EXPECT_TRUE(IsWindowVisible(button->GetHandle()));
+    } else if (panel) {
+      EXPECT_EQ(panel->GetControlCount(), 0);
+    }
+  }
+}
+
+TEST(WindowLife, NoExceptionLeavesAWindowProcedure) {
+  THostWindow host;
+  std::vector<std::wstring> reported;
+  Application().SetOnException([&](std::exception_ptr exception) { reported.push_back(DescribeException(exception)); });
+  TNotedControl panel;
+  panel.SetBounds(0, 0, 100, 100);
+  panel.SetOnMouseDown([](TPersistent*, TMouseButton, TShiftState, int, int) { throw EInvalidOperation(L"no"); });
+  TPlatformControl button(nullptr, L"BUTTON");
+  button.onCommand = [](TPersistent*) { throw EInvalidOperation(L"neither"); };
+  panel.CreateParented(host.Get());
+  button.SetBounds(120, 0, 50, 50);
+  button.CreateParented(host.Get()); // its notification comes through the host's procedure
+  EXPECT_EQ(SendMessageW(panel.GetHandle(), WM_LBUTTONDOWN, 0, 0), 0);
+  SendMessageW(button.GetHandle(), BM_CLICK, 0, 0);
+  EXPECT_EQ(reported, (std::vector<std::wstring>{L"no", L"neither"}));
+  Application().SetOnException(nullptr);
+}
+
+} // namespace
+} // namespace kiv::test
