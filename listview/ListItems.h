@@ -126,7 +126,9 @@ public:
   template <typename F>
   void SortByKey(F&& pKeyOf, bool pDescending = false);
 
-  /// True once after each Update of a row and of the list: its details are to be asked for.
+  /// Whether a row was ever asked what it looks like: one that wasn't need not be painted anew.
+  bool WasPainted(const TListItem& pItem) const noexcept { return pItem.fPainted; }
+  /// A row is painted. True once after each Update of it: its details are to be asked for.
   bool TakeDetailsWish(TListItem& pItem) noexcept;
   void WishDetails(int pFirst, int pLast) noexcept;
 
