@@ -3,6 +3,7 @@
 #include <listview/ListItems.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace kiv {
 
@@ -23,7 +24,7 @@ bool TControlMirror::Write(const TListItems& pItems, IRowControl& pControl) {
   if (const int count = pItems.GetCount(); count != GetCount()) {
     // Controls differ in what becomes of marks on rows that they lose: they get none to lose.
     for (int i = fSelected.FindSet(count); i >= 0; i = fSelected.FindSet(i + 1)) pControl.PutSelected(i, false);
-    if (fFocused >= count) pControl.PutFocused(fFocused = -1);
+    if (fFocused >= count) pControl.PutFocused(std::exchange(fFocused, -1), -1);
     if (fAnchor >= count) pControl.PutAnchor(fAnchor = -1);
     pControl.PutCount(count);
     fSelected.Resize(count);
@@ -31,7 +32,7 @@ bool TControlMirror::Write(const TListItems& pItems, IRowControl& pControl) {
   }
   wrote = WriteSelection(pItems.GetSelection(), pControl) || wrote;
   if (const int focused = pItems.IndexOf(pItems.GetFocused()); focused != fFocused) {
-    pControl.PutFocused(fFocused = focused);
+    pControl.PutFocused(std::exchange(fFocused, focused), focused);
     wrote = true;
   }
   if (const int anchor = pItems.IndexOf(pItems.GetAnchor()); anchor != fAnchor) {

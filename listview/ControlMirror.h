@@ -16,8 +16,8 @@ public:
   virtual void PutSelected(int pIndex, bool pSelected) = 0;
   /// All rows at once.
   virtual void PutAllSelected(bool pSelected) = 0;
-  /// -1: no row.
-  virtual void PutFocused(int pIndex) = 0;
+  /// From one row to another; -1 is no row.
+  virtual void PutFocused(int pFormer, int pIndex) = 0;
   virtual void PutAnchor(int pIndex) = 0;
 
 protected:

@@ -122,6 +122,7 @@ private:
   bool fDropTarget : 1 = false;
   bool fInList : 1 = false;
   bool fDetailsAsked : 1 = false;
+  bool fPainted : 1 = false;
 };
 
 } // namespace kiv

@@ -235,7 +235,7 @@ void TListItems::EndUpdate() {
 
 ScopedRowUpdate::~ScopedRowUpdate() {
   try {
-    fItems.EndUpdate();
+    if (fWatch.IsAlive()) fItems.EndUpdate();
   } catch (...) {
     // Out of a destructor nothing can pass.
     ReportException(std::current_exception());

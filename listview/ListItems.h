@@ -126,7 +126,9 @@ public:
   template <typename F>
   void SortByKey(F&& pKeyOf, bool pDescending = false);
 
-  /// True once after each Update of a row and of the list: its details are to be asked for.
+  /// Whether a row was ever asked what it looks like: one that wasn't need not be painted anew.
+  bool WasPainted(const TListItem& pItem) const noexcept { return pItem.fPainted; }
+  /// A row is painted. True once after each Update of it: its details are to be asked for.
   bool TakeDetailsWish(TListItem& pItem) noexcept;
   void WishDetails(int pFirst, int pLast) noexcept;
 
@@ -145,6 +147,7 @@ public:
   bool IsConsistent() const;
 
 private:
+  friend class ScopedRowUpdate;
   class TSortLock;
 
   void CheckIndex(int pIndex) const;
@@ -178,16 +181,17 @@ private:
   TAliveToken fAlive;
 };
 
-/// An update bracket for a scope. The rows must outlive it.
+/// An update bracket for a scope. The rows may go before it ends.
 class KIV_EXPORT ScopedRowUpdate {
 public:
-  explicit ScopedRowUpdate(TListItems& pItems) : fItems(pItems) { fItems.BeginUpdate(); }
+  explicit ScopedRowUpdate(TListItems& pItems) : fItems(pItems), fWatch(pItems.fAlive) { fItems.BeginUpdate(); }
   ScopedRowUpdate(const ScopedRowUpdate&) = delete;
   ScopedRowUpdate& operator=(const ScopedRowUpdate&) = delete;
   ~ScopedRowUpdate();
 
 private:
   TListItems& fItems;
+  TAliveWatch fWatch;
 };
 
 class TListItems::TSortLock {

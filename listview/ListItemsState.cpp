@@ -86,6 +86,7 @@ void TListItems::TakeSelection(int pFirst, int pLast, bool pSelected) noexcept {
 }
 
 bool TListItems::TakeDetailsWish(TListItem& pItem) noexcept {
+  pItem.fPainted = true;
   if (pItem.fDetailsAsked) return false;
   pItem.fDetailsAsked = true;
   return true;

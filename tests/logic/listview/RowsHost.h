@@ -28,7 +28,10 @@ public:
     selected.assign(selected.size(), pSelected);
     ++messages;
   }
-  void PutFocused(int pIndex) override { focused = pIndex; }
+  void PutFocused(int pFormer, int pIndex) override {
+    EXPECT_EQ(pFormer, focused);
+    focused = pIndex;
+  }
   void PutAnchor(int pIndex) override { anchor = pIndex; }
 
   int CountMarksFrom(int pIndex) const {

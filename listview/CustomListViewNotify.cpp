@@ -1,0 +1,311 @@
+#include <listview/CustomListView.h>
+#include <listview/NativeScope.h>
+
+#include <framework/Application.h>
+
+#include <windowsx.h>
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <utility>
+
+// What the platform's list view asks and reports. All of it comes from inside its code.
+
+namespace kiv {
+
+void TCustomListView::CNNotify(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  const TNativeScope scope(*this);
+  auto* const header = reinterpret_cast<NMHDR*>(pMessage.LParam);
+  switch (header->code) {
+  case LVN_GETDISPINFOW:
+    GetDispInfo(reinterpret_cast<NMLVDISPINFOW*>(header)->item);
+    return;
+  case LVN_ITEMCHANGED: {
+    const auto& change = *reinterpret_cast<const NMLISTVIEW*>(header);
+    if ((change.uChanged & LVIF_STATE) == 0) return;
+    const bool all = change.iItem < 0;
+    TakeStateReport(all ? 0 : change.iItem, all ? fMirror.GetCount() - 1 : change.iItem, change.uOldState,
+                    change.uNewState);
+    return;
+  }
+  case LVN_ODSTATECHANGED: {
+    const auto& change = *reinterpret_cast<const NMLVODSTATECHANGE*>(header);
+    TakeStateReport(change.iFrom, change.iTo, change.uOldState, change.uNewState);
+    return;
+  }
+  case LVN_ODFINDITEMW:
+    pMessage.Result = FindRow(*reinterpret_cast<const NMLVFINDITEMW*>(header));
+    return;
+  case LVN_BEGINLABELEDITW:
+    pMessage.Result = BeginLabelEdit(reinterpret_cast<const NMLVDISPINFOW*>(header)->item.iItem);
+    return;
+  case LVN_ENDLABELEDITW:
+    EndLabelEdit(reinterpret_cast<const NMLVDISPINFOW*>(header)->item.pszText);
+    return;
+  case LVN_COLUMNCLICK: {
+    const int index = reinterpret_cast<const NMLISTVIEW*>(header)->iSubItem;
+    if (index < 0 || index >= fColumns->GetCount()) return;
+    PostAction([this, id = fColumns->GetItem(index)->GetID()] {
+      if (TListColumn* const column = fColumns->FindItemID(id)) ColClick(column);
+    });
+    return;
+  }
+  case LVN_BEGINDRAG:
+  case LVN_BEGINRDRAG: {
+    TListItem* const item = fRowsDirty ? nullptr : RowAt(reinterpret_cast<const NMLISTVIEW*>(header)->iItem);
+    if (item == nullptr) return;
+    const auto button = header->code == LVN_BEGINDRAG ? TMouseButton::mbLeft : TMouseButton::mbRight;
+    PostAction([this, item, button, row = TAliveWatch(item->GetAliveToken())] {
+      if (row.IsAlive() && item->GetIndex() >= 0) BeginItemDrag(item, button);
+    });
+    return;
+  }
+  case NM_CUSTOMDRAW:
+    pMessage.Result = HandleCustomDraw(*reinterpret_cast<NMLVCUSTOMDRAW*>(header));
+    return;
+  default:
+    TWinControl::CNNotify(pMessage);
+  }
+}
+
+// --- painting --------------------------------------------------------------------------------------------------------
+
+UINT TCustomListView::StateBitsOf(const TListItem& pItem) const noexcept {
+  UINT state = 0;
+  if (pItem.GetCut()) state |= LVIS_CUT;
+  if (pItem.GetDropTarget()) state |= LVIS_DROPHILITED;
+  if (pItem.GetOverlayIndex() >= 0) state |= static_cast<UINT>(INDEXTOOVERLAYMASK(pItem.GetOverlayIndex() + 1));
+  int image = pItem.GetStateIndex();
+  if (image < 0 && fCheckBoxes && GetStateImages() == nullptr) image = pItem.GetChecked() ? 1 : 0;
+  if (image >= 0) state |= static_cast<UINT>(INDEXTOSTATEIMAGEMASK(image + 1));
+  return state;
+}
+
+void TCustomListView::PutText(LVITEMW& pItem, std::wstring pText) {
+  if (pItem.pszText != nullptr && static_cast<std::size_t>(std::max(pItem.cchTextMax, 0)) > pText.size()) {
+    std::wmemcpy(pItem.pszText, pText.c_str(), pText.size() + 1);
+    return;
+  }
+  // Longer than the buffer that came with the question: the control reads it from here, after this call.
+  std::wstring& kept = fTexts[fNextText++ % fTexts.size()];
+  kept = std::move(pText);
+  pItem.pszText = kept.data();
+}
+
+void TCustomListView::GetDispInfo(LVITEMW& pItem) {
+  TListItem* const item = RowAt(pItem.iItem);
+  if (item == nullptr) {
+    // Rows have gone while it paints.
+    if ((pItem.mask & LVIF_TEXT) != 0) PutText(pItem, {});
+    if ((pItem.mask & LVIF_IMAGE) != 0) pItem.iImage = I_IMAGENONE;
+    return;
+  }
+  if ((pItem.mask & LVIF_IMAGE) != 0) {
+    const int image = pItem.iSubItem == 0 ? item->GetImageIndex() : item->GetSubItemImage(pItem.iSubItem - 1);
+    pItem.iImage = image < 0 ? I_IMAGENONE : image;
+  }
+  if ((pItem.mask & LVIF_INDENT) != 0) pItem.iIndent = item->GetIndent();
+  if ((pItem.mask & LVIF_STATE) != 0) pItem.state = StateBitsOf(*item) & pItem.stateMask;
+  if ((pItem.mask & (LVIF_IMAGE | LVIF_TEXT)) != 0 && fItems->TakeDetailsWish(*item)) {
+    fWanted.push_back(item);
+    WakeUp();
+  }
+  if ((pItem.mask & LVIF_TEXT) == 0) return;
+  // Last, since it is a derived class that answers.
+  std::wstring text;
+  try {
+    text = GetCellText(*item, pItem.iSubItem);
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+  PutText(pItem, std::move(text));
+}
+
+// --- reports ---------------------------------------------------------------------------------------------------------
+
+void TCustomListView::TakeStateReport(int pFirst, int pLast, UINT pOldState, UINT pNewState) {
+  if (fWriting > 0) return; // it tells us what we wrote
+  const UINT changed = pOldState ^ pNewState;
+  // What it numbers are the rows that it knows; while those have moved, ours stand and are written to it after.
+  const bool isInStep = !fRowsDirty;
+  if ((changed & LVIS_SELECTED) != 0) {
+    const bool isSelected = (pNewState & LVIS_SELECTED) != 0;
+    fMirror.TakeSelected(pFirst, pLast, isSelected);
+    if (isInStep) fItems->TakeSelection(pFirst, pLast, isSelected);
+  }
+  if ((changed & LVIS_FOCUSED) != 0 && pFirst == pLast) {
+    const bool isFocused = (pNewState & LVIS_FOCUSED) != 0;
+    if (isFocused || fMirror.GetFocused() == pFirst) {
+      fMirror.TakeFocused(isFocused ? pFirst : -1);
+      if (isInStep) fItems->TakeFocus(isFocused ? RowAt(pFirst) : nullptr);
+    }
+  }
+  if (changed == 0) return;
+  fReportsDue = true;
+  WakeUp();
+}
+
+LRESULT TCustomListView::FindRow(const NMLVFINDITEMW& pFind) {
+  if ((pFind.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || pFind.lvfi.psz == nullptr) return -1;
+  const bool isPartial = (pFind.lvfi.flags & LVFI_PARTIAL) != 0;
+  const TListItem* found = FindCaption(pFind.iStart, pFind.lvfi.psz, isPartial, true, false);
+  if (found == nullptr && (pFind.lvfi.flags & LVFI_WRAP) != 0) {
+    found = FindCaption(0, pFind.lvfi.psz, isPartial, true, false);
+  }
+  return fItems->IndexOf(found);
+}
+
+// --- editing ---------------------------------------------------------------------------------------------------------
+
+// 0 allows it.
+LRESULT TCustomListView::BeginLabelEdit(int pIndex) {
+  TListItem* const item = fRowsDirty ? nullptr : RowAt(pIndex);
+  if (item == nullptr) return TRUE;
+  const TAliveWatch alive(GetAliveToken());
+  const TAliveWatch row(item->GetAliveToken());
+  const HWND window = AllocatedHandle();
+  const bool allow = CanEdit(item);
+  // A handler may have moved the rows, so that the platform would edit another one, or replaced the window.
+  if (!alive.IsAlive() || !row.IsAlive() || !allow || item->GetIndex() != pIndex) return TRUE;
+  if (window != AllocatedHandle()) return TRUE;
+  fItems->SetEditing(item);
+  return FALSE;
+}
+
+void TCustomListView::EndLabelEdit(const wchar_t* pText) {
+  TListItem* const item = fItems->GetEditing();
+  if (item == nullptr) return;
+  fItems->SetEditing(nullptr);
+  if (fTopNoted) WakeUp();
+  if (pText == nullptr) {
+    PostAction([this] { DoCancelEdit(); });
+    return;
+  }
+  PostAction([this, item, row = TAliveWatch(item->GetAliveToken()), text = std::wstring(pText)] {
+    if (row.IsAlive() && item->GetIndex() >= 0) Edit(item, text);
+  });
+}
+
+// --- the header ------------------------------------------------------------------------------------------------------
+
+void TCustomListView::WMNotify(TMessage& pMessage) {
+  const auto* const header = reinterpret_cast<const NMHDR*>(pMessage.LParam);
+  const bool isHeader =
+      HandleAllocated() && header->hwndFrom == reinterpret_cast<HWND>(Query(LVM_GETHEADER)) && fWriting == 0;
+  if (!isHeader || !HandleHeader(pMessage)) TWinControl::WMNotify(pMessage);
+}
+
+// True if the platform's list view isn't to hear of it.
+bool TCustomListView::HandleHeader(TMessage& pMessage) {
+  const auto& notice = *reinterpret_cast<const NMHEADERW*>(pMessage.LParam);
+  switch (notice.hdr.code) {
+  case HDN_BEGINTRACKW:
+  case HDN_ITEMCHANGINGW:
+  case HDN_ENDDRAG:
+    if (RefusesHeader(notice)) {
+      pMessage.Result = TRUE;
+      return true;
+    }
+    if (notice.hdr.code == HDN_ENDDRAG) PostAction([this] { ReadHeaderOrder(); });
+    return false;
+  case HDN_ITEMCHANGEDW:
+    if (notice.pitem != nullptr && (notice.pitem->mask & HDI_WIDTH) != 0) TakeColumnWidth(notice.iItem);
+    return false;
+  case NM_RCLICK: {
+    const DWORD position = GetMessagePos();
+    HDHITTESTINFO hit{};
+    hit.pt = {GET_X_LPARAM(position), GET_Y_LPARAM(position)};
+    ::ScreenToClient(notice.hdr.hwndFrom, &hit.pt);
+    const auto index =
+        static_cast<int>(SendMessageW(notice.hdr.hwndFrom, HDM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
+    const int id = index >= 0 && index < fColumns->GetCount() ? fColumns->GetItem(index)->GetID() : -1;
+    PostAction([this, id, point = hit.pt] { ColRightClick(id < 0 ? nullptr : fColumns->FindItemID(id), point); });
+    return false;
+  }
+  default:
+    return false;
+  }
+}
+
+bool TCustomListView::RefusesHeader(const NMHEADERW& pHeader) {
+  if (fColumnsDirty || pHeader.iItem < 0 || pHeader.iItem >= fColumns->GetCount()) return false;
+  TListColumn& column = *fColumns->GetItem(pHeader.iItem);
+  switch (pHeader.hdr.code) {
+  case HDN_BEGINTRACKW:
+    return !column.GetVisible();
+  case HDN_ITEMCHANGINGW: {
+    if (pHeader.pitem == nullptr || (pHeader.pitem->mask & HDI_WIDTH) == 0) return false;
+    return !column.GetVisible() ? pHeader.pitem->cxy != 0 : column.Limit(pHeader.pitem->cxy) != pHeader.pitem->cxy;
+  }
+  default: {
+    if (pHeader.pitem == nullptr || (pHeader.pitem->mask & HDI_ORDER) == 0) return false;
+    const TAliveWatch alive(GetAliveToken());
+    return !CanDragColumn(&column, pHeader.pitem->iOrder) || !alive.IsAlive();
+  }
+  }
+}
+
+void TCustomListView::TakeColumnWidth(int pIndex) {
+  if (fColumnsDirty || fColumnLooksDirty || pIndex < 0 || pIndex >= fColumns->GetCount()) return;
+  TListColumn& column = *fColumns->GetItem(pIndex);
+  const int width = static_cast<int>(Query(LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(pIndex)));
+  if (column.GetVisible() && width >= 0) column.TakeWidth(width);
+}
+
+void TCustomListView::ReadHeaderOrder() {
+  if (fColumnsDirty || !HandleAllocated()) return;
+  std::vector<int> order(static_cast<std::size_t>(fColumns->GetCount()));
+  if (!Query(LVM_GETCOLUMNORDERARRAY, order.size(), reinterpret_cast<LPARAM>(order.data()))) return;
+  if (order == fColumns->GetOrder()) return;
+  fColumns->TakeOrder(order);
+  ColumnDragged();
+}
+
+// --- mouse, keys, hints ----------------------------------------------------------------------------------------------
+
+void TCustomListView::MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) {
+  const bool isPlainLeft = pButton == TMouseButton::mbLeft && !pShift.Contains(TShiftStateFlag::ssDouble);
+  if (fCheckBoxes && isPlainLeft && GetHitTestInfoAt(pX, pY).Contains(THitTest::htOnStateIcon)) {
+    const TAliveWatch alive(GetAliveToken());
+    if (TListItem* const item = GetItemAt(pX, pY)) {
+      const TAliveWatch row(item->GetAliveToken());
+      item->SetChecked(!item->GetChecked());
+      if (alive.IsAlive() && row.IsAlive()) DoItemChecked(item);
+    }
+    if (!alive.IsAlive()) return;
+  }
+  TWinControl::MouseDown(pButton, pShift, pX, pY);
+}
+
+void TCustomListView::KeyUp(WORD& pKey, TShiftState pShift) {
+  const TAliveWatch alive(GetAliveToken());
+  TWinControl::KeyUp(pKey, pShift);
+  if (!alive.IsAlive() || pKey != VK_SPACE || !fCheckBoxes || IsEditing()) return;
+  TListItem* const item = GetItemFocused();
+  if (item == nullptr || pShift.Contains(TShiftStateFlag::ssCtrl) || pShift.Contains(TShiftStateFlag::ssShift)) return;
+  const TAliveWatch row(item->GetAliveToken());
+  item->SetChecked(!item->GetChecked());
+  if (alive.IsAlive() && row.IsAlive()) DoItemChecked(item);
+}
+
+void TCustomListView::CMHintShow(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  TWinControl::CMHintShow(pMessage);
+  if (!alive.IsAlive() || !HandleAllocated()) return;
+  auto& hint = *reinterpret_cast<THintInfo*>(pMessage.LParam);
+  POINT point;
+  GetCursorPos(&point);
+  point = ScreenToClient(point);
+  TListItem* const item = GetItemAt(point.x, point.y);
+  if (item == nullptr || !fOnInfoTip) return;
+  const RECT area = RowBounds(item->GetIndex());
+  std::wstring text = item->GetCaption();
+  DoInfoTip(item, text);
+  // The hint is the caller's, whatever became of the row.
+  hint.text = std::move(text);
+  hint.area = area;
+}
+
+} // namespace kiv

@@ -1,0 +1,129 @@
+#include "ListFixture.h"
+
+#include <algorithm>
+#include <random>
+
+namespace kiv {
+namespace {
+
+using test::PumpMessages;
+using test::TListFixture;
+
+/// Keys held down for messages that are sent to this thread.
+class THeldKey {
+public:
+  explicit THeldKey(int pKey) : fKey(pKey) { Put(pKey, true); }
+  ~THeldKey() { Put(fKey, false); }
+
+private:
+  static void Put(int pKey, bool pDown) {
+    if (pKey == 0) return;
+    BYTE keys[256];
+    GetKeyboardState(keys);
+    keys[pKey] = pDown ? 0x80 : 0;
+    SetKeyboardState(keys);
+  }
+  int fKey;
+};
+
+class TRandomList : public TListFixture {
+public:
+  explicit TRandomList(unsigned pSeed) : fRandom(pSeed) { Show(); }
+
+  void Step() {
+    const int count = Rows().GetCount();
+    const int what = Below(20);
+    if (count == 0 || what < 4) {
+      const int at = Below(count + 1);
+      Rows().Insert(at)->SetData(fNextId);
+      fIds.insert(fIds.begin() + at, fNextId++);
+    } else if (what < 6) {
+      const int at = Below(count);
+      Rows().Delete(at);
+      fIds.erase(fIds.begin() + at);
+    } else if (what == 6) {
+      Sort();
+    } else if (what == 7 && Below(6) == 0) {
+      Refill();
+    } else if (what == 8 && Below(4) == 0) {
+      list->RecreateWnd();
+    } else if (what == 9 && Below(3) == 0) {
+      list->SetViewStyle(static_cast<TViewStyle>(Below(4)));
+    } else if (what < 14) {
+      Program(Below(6), Below(count), Below(count));
+    } else if (what < 18) {
+      User(Below(5), Below(count));
+    } else {
+      PumpMessages();
+    }
+  }
+
+  std::vector<std::intptr_t> Ids() {
+    std::vector<std::intptr_t> ids;
+    for (int i = 0; i < Rows().GetCount(); ++i) ids.push_back(Row(i).GetData());
+    return ids;
+  }
+  const std::vector<std::intptr_t>& Expected() const { return fIds; }
+
+private:
+  int Below(int pCount) { return static_cast<int>(fRandom() % static_cast<unsigned>(pCount)); }
+
+  void Sort() {
+    list->CustomSort(
+        [](TListItem& a, TListItem& b, std::intptr_t) { return static_cast<int>(a.GetData() % 5 - b.GetData() % 5); });
+    std::stable_sort(fIds.begin(), fIds.end(), [](std::intptr_t a, std::intptr_t b) { return a % 5 < b % 5; });
+  }
+  void Refill() {
+    const ScopedRowUpdate update(Rows());
+    Rows().Clear();
+    fIds.clear();
+    for (int i = 0; i < 30; ++i) {
+      Rows().Add()->SetData(fNextId);
+      fIds.push_back(fNextId++);
+    }
+    Row(3).SetSelected(true);
+  }
+  void Program(int pWhat, int pAt, int pOther) {
+    if (pWhat == 0) list->SelectAll();
+    if (pWhat == 1) list->InvertSelection();
+    if (pWhat == 2) list->SetSelected(&Row(pAt));
+    if (pWhat == 3) Row(pAt).SetFocused(true);
+    if (pWhat == 4) Rows().SelectRange(pAt, pOther, true);
+    if (pWhat == 5) Row(pAt).EditCaption();
+  }
+  // By messages, as other programs send them and the window system does.
+  void User(int pWhat, int pAt) {
+    constexpr WPARAM keys[] = {VK_DOWN, VK_UP, VK_END, VK_HOME, VK_SPACE};
+    constexpr int held[] = {0, VK_SHIFT, VK_CONTROL};
+    if (pWhat < 2) {
+      const THeldKey key(held[Below(3)]);
+      Send(WM_KEYDOWN, keys[Below(5)], 1);
+      return;
+    }
+    LVITEMW item{};
+    item.state = Below(2) == 0 ? LVIS_SELECTED : 0U;
+    item.stateMask = LVIS_SELECTED;
+    Send(LVM_SETITEMSTATE, pWhat == 2 ? static_cast<WPARAM>(-1) : static_cast<WPARAM>(pAt),
+         reinterpret_cast<LPARAM>(&item));
+  }
+
+  std::mt19937 fRandom;
+  std::vector<std::intptr_t> fIds;
+  std::intptr_t fNextId = 0;
+};
+
+TEST(ListViewModel, TheControlShowsTheRowsAfterEachStep) {
+  for (unsigned seed = 1; seed <= 4; ++seed) {
+    SCOPED_TRACE(seed);
+    TRandomList run(seed);
+    for (int step = 0; step < 300; ++step) {
+      run.Step();
+      ASSERT_EQ(run.list->DescribeInconsistency(), L"") << "step " << step;
+      ASSERT_TRUE(run.HeardAll()) << "step " << step;
+      ASSERT_EQ(run.Ids(), run.Expected()) << "step " << step;
+    }
+  }
+}
+
+} // namespace
+} // namespace kiv

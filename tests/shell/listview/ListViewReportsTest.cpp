@@ -1,0 +1,123 @@
+#include "ListFixture.h"
+
+#include <functional>
+
+namespace kiv {
+namespace {
+
+using test::ClickMouse;
+using test::MoveMouse;
+using test::PressKey;
+using test::PressMouse;
+using test::PumpMessages;
+using test::PumpUntil;
+using test::ReleaseMouse;
+using test::TListFixture;
+
+void SetState(TListFixture& pList, int pRow, bool pSelected) {
+  LVITEMW item{};
+  item.state = pSelected ? LVIS_SELECTED : 0U;
+  item.stateMask = LVIS_SELECTED;
+  pList.Send(LVM_SETITEMSTATE, static_cast<WPARAM>(pRow), reinterpret_cast<LPARAM>(&item));
+}
+
+struct TAction {
+  const char* name;
+  std::function<void(TListFixture&)> act;
+  std::vector<int> selected;
+  int changedRows;
+  /// More than one only where one action of the user is several messages.
+  int mostChanges = 1;
+};
+
+// Each on what the one before left.
+TEST(ListViewReports, EveryWayToSelectGivesOneReport) {
+  using enum TShiftStateFlag;
+  const std::vector<TAction> actions{
+      {"click", [](auto& l) { ClickMouse(l.PointOfRow(2)); }, {2}, 1},
+      {"shift and down, twice",
+       [](auto&) {
+         PressKey(VK_DOWN, {ssShift});
+         PressKey(VK_DOWN, {ssShift});
+       },
+       {2, 3, 4},
+       2,
+       2},
+      {"shift and end", [](auto&) { PressKey(VK_END, {ssShift}); }, {2, 3, 4, 5, 6, 7, 8, 9}, 5},
+      {"shift and home", [](auto&) { PressKey(VK_HOME, {ssShift}); }, {0, 1, 2}, 9},
+      {"key alone", [](auto&) { PressKey(VK_DOWN); }, {1}, 2},
+      {"all, by another program", [](auto& l) { SetState(l, -1, true); }, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 9},
+      {"none, by another program", [](auto& l) { SetState(l, -1, false); }, {}, 10},
+      {"one, by another program", [](auto& l) { SetState(l, 7, true); }, {7}, 1},
+      {"control and space", [](auto&) { PressKey(VK_SPACE, {ssCtrl}); }, {1, 7}, 1},
+      {"select all", [](auto& l) { l.list->SelectAll(); }, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}, 8},
+      {"invert", [](auto& l) { l.list->InvertSelection(); }, {}, 10},
+      {"set one", [](auto& l) { l.list->SetSelected(&l.Row(4)); }, {4}, 1},
+      {"set another", [](auto& l) { l.list->SetSelected(&l.Row(5)); }, {5}, 2},
+      {"click beside", [](auto& l) { ClickMouse(test::PointOf(l.Window(), 350, 280)); }, {}, 1},
+  };
+  TListFixture list;
+  list.Show(10);
+  for (const TAction& action : actions) {
+    SCOPED_TRACE(action.name);
+    list.selects = list.changes = 0;
+    action.act(list);
+    PumpMessages();
+    EXPECT_EQ(list.Selected(), action.selected);
+    EXPECT_EQ(list.selects, action.changedRows) << "each row that changed, once";
+    EXPECT_GE(list.changes, 1);
+    EXPECT_LE(list.changes, action.mostChanges);
+    EXPECT_TRUE(list.HeardAll());
+    EXPECT_EQ(list.list->DescribeInconsistency(), L"");
+  }
+}
+
+TEST(ListViewReports, AMarqueeSelectsWhatItTouches) {
+  TListFixture list;
+  list.Show(10);
+  const TRowRect third = list.Row(3).DisplayRect(TDisplayCode::drBounds);
+  const TRowRect sixth = list.Row(6).DisplayRect(TDisplayCode::drBounds);
+  const POINT from = test::PointOf(list.Window(), 350, sixth.bottom - 3);
+  MoveMouse(from);
+  PressMouse();
+  for (int step = 1; step <= 8; ++step) {
+    MoveMouse(test::PointOf(list.Window(), 350 - step * 40, sixth.bottom - 3 - step * (sixth.bottom - third.top) / 9));
+  }
+  ReleaseMouse();
+  ASSERT_TRUE(PumpUntil([&] { return list.list->IsConsistent() && list.HeardAll(); }));
+  EXPECT_EQ(list.Selected(), (std::vector<int>{3, 4, 5, 6}));
+}
+
+TEST(ListViewReports, TypingFindsARow) {
+  TListFixture list;
+  list.Show(30);
+  list.Row(17).SetCaption(L"Gamma");
+  list.Row(3).SetCaption(L"golf");
+  list.Row(5).SetFocused(true);
+  test::TypeText(L"g");
+  EXPECT_EQ(list.Selected(), (std::vector<int>{17})) << "from the focus on";
+  EXPECT_EQ(list.list->GetItemFocused(), &list.Row(17));
+  EXPECT_EQ(list.list->DescribeInconsistency(), L"");
+}
+
+TEST(ListViewReports, ABoxIsTickedByClickAndKey) {
+  TListFixture list;
+  list.list->SetCheckBoxes(true);
+  list.Show(5);
+  std::wstring ticked;
+  list.list->SetOnItemChecked([&](TPersistent*, TListItem* item) { ticked += item->GetCaption() + L","; });
+  const auto box = [&](int row) {
+    const TRowRect icon = list.Row(row).DisplayRect(TDisplayCode::drIcon);
+    return test::PointOf(list.Window(), icon.left - list.list->ScaledPixels(8), (icon.top + icon.bottom) / 2);
+  };
+  ClickMouse(box(2));
+  EXPECT_TRUE(list.Row(2).GetChecked());
+  ClickMouse(list.PointOfRow(3));
+  EXPECT_FALSE(list.Row(3).GetChecked()) << "a click on the text ticks nothing";
+  PressKey(VK_SPACE);
+  EXPECT_TRUE(list.Row(3).GetChecked());
+  EXPECT_EQ(ticked, L"row 2,row 3,");
+}
+
+} // namespace
+} // namespace kiv
