@@ -1,6 +1,7 @@
 #include <coordination/BaseSelectionList.h>
 
 #include <coordination/SelectionPaths.h>
+#include <core/PathUtils.h>
 #include <framework/IniFile.h>
 
 #include <utility>
@@ -84,11 +85,11 @@ void TKivBaseSelectionList::SetPaths(const std::vector<std::wstring>& pPaths) {
 }
 
 void TKivBaseSelectionList::SaveToIniFile(const std::wstring& sFileName, const std::wstring& pSection) const {
-  TIniFile(sFileName).WriteSection(pSection, List().All());
+  TIniFile(TPathUtils::GetUnicodeAPICallPath(sFileName)).WriteSection(pSection, List().All());
 }
 
 void TKivBaseSelectionList::LoadFromIniFile(const std::wstring& sFileName, const std::wstring& pSection) {
-  SetPaths(TIniFile(sFileName).ReadSection(pSection));
+  SetPaths(TIniFile(TPathUtils::GetUnicodeAPICallPath(sFileName)).ReadSection(pSection));
 }
 
 bool TKivBaseSelectionList::FormatSelectionPath(std::wstring& pPath) {

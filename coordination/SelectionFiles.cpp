@@ -1,10 +1,13 @@
 // The file functions that a selection forwards to.
 #include <coordination/SelectionList.h>
 
+#include <core/FolderFunctions.h>
+
 namespace kiv {
 
-TUniqueFind TKivSelectionList::FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData) {
-  return kiv::FindFirst(pPath, pFindData);
+HANDLE TKivSelectionList::FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData) {
+  TUniqueFind find = kiv::FindFirst(pPath, pFindData);
+  return find ? find.Release() : INVALID_HANDLE_VALUE;
 }
 
 bool TKivSelectionList::IsFile(std::wstring_view pPath) {

@@ -7,10 +7,6 @@
 #include <platform/Export.h>
 #include <threading/Cancellation.h>
 
-#if defined(_WIN32)
-#include <core/FolderFunctions.h>
-#endif
-
 #include <functional>
 #include <memory>
 #include <string>
@@ -101,7 +97,8 @@ public:
   static bool IsFolderToIgnore(std::wstring_view pName) noexcept;
 #if defined(_WIN32)
   // See core/FolderFunctions.h.
-  static TUniqueFind FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData);
+  /// The search is the caller's to close; INVALID_HANDLE_VALUE if there is none.
+  static HANDLE FindFirst(std::wstring_view pPath, WIN32_FIND_DATAW& pFindData);
   static bool IsFile(std::wstring_view pPath);
   static bool IsFolder(std::wstring_view pPath);
   static bool ForceDirectories(std::wstring_view pFullPath);

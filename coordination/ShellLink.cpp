@@ -29,7 +29,7 @@ TKivShellLink::~TKivShellLink() {
   BeginDestruction();
   // From the end, since each takes itself out; one that doesn't mustn't hold the link up.
   while (!fKivShellControlList.empty()) {
-    IKivShellControl* const control = fKivShellControlList.back();
+    IKivShellControl* const control = fKivShellControlList.back().control;
     try {
       control->SetShellLink(nullptr);
     } catch (...) {
@@ -45,25 +45,23 @@ std::wstring TKivShellLink::ClassName() const {
 }
 
 void TKivShellLink::RegisterShellControl(IKivShellControl* pShellControl) {
-  if (pShellControl && !IsRegistered(pShellControl)) fKivShellControlList.push_back(pShellControl);
+  const bool registered = std::any_of(fKivShellControlList.begin(), fKivShellControlList.end(),
+                                      [&](const TRegistered& entry) { return entry.control == pShellControl; });
+  if (pShellControl && !registered) fKivShellControlList.push_back({pShellControl, ++fRegistrations});
 }
 
 void TKivShellLink::UnregisterShellControl(IKivShellControl* pShellControl) {
-  std::erase(fKivShellControlList, pShellControl);
-}
-
-bool TKivShellLink::IsRegistered(const IKivShellControl* pShellControl) const noexcept {
-  return std::find(fKivShellControlList.begin(), fKivShellControlList.end(), pShellControl) !=
-         fKivShellControlList.end();
+  std::erase_if(fKivShellControlList, [&](const TRegistered& entry) { return entry.control == pShellControl; });
 }
 
 // False if the link is gone. Controls may come and go meanwhile: who left isn't told, nor who comes.
 bool TKivShellLink::TellOthers(const IKivShellControl* pSender, const std::function<void(IKivShellControl&)>& pTell) {
   const TAliveWatch watch(GetAliveToken());
-  const std::vector<IKivShellControl*> controls = fKivShellControlList;
-  for (IKivShellControl* const control : controls) {
-    if (control == pSender || !IsRegistered(control)) continue;
-    pTell(*control);
+  const std::vector<TRegistered> all = fKivShellControlList;
+  for (const TRegistered& entry : all) {
+    const std::vector<TRegistered>& now = fKivShellControlList;
+    if (entry.control == pSender || std::find(now.begin(), now.end(), entry) == now.end()) continue;
+    pTell(*entry.control);
     if (!watch.IsAlive()) return false;
   }
   return true;

@@ -6,6 +6,7 @@
 #include <core/BaseComponent.h>
 #include <platform/Export.h>
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -95,10 +96,15 @@ protected:
 
 private:
   bool TellOthers(const IKivShellControl* pSender, const std::function<void(IKivShellControl&)>& pTell);
-  bool IsRegistered(const IKivShellControl* pShellControl) const noexcept;
+  struct TRegistered {
+    IKivShellControl* control;
+    std::uint64_t number; // a new control may stand where one was that has gone
+    friend bool operator==(const TRegistered&, const TRegistered&) = default;
+  };
   void Move(int pDelta, void (IKivShellHistory::*pMove)(std::uint8_t), std::uint8_t pSteps);
 
-  std::vector<IKivShellControl*> fKivShellControlList;
+  std::vector<TRegistered> fKivShellControlList;
+  std::uint64_t fRegistrations = 0;
   TItemIdListEvent fOnChange;
   TItemIdListEvent fOnSelectionChange;
   TNavigationPendingEvent fOnNavigating;

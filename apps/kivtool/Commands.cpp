@@ -6,6 +6,7 @@
 #include "ParseCommand.h"
 #include "PathCommands.h"
 #include "PoolCommand.h"
+#include "SelectCommand.h"
 #include "WalkCommand.h"
 #include "WatchCommand.h"
 
@@ -79,6 +80,15 @@ Usage:
       --highest PERCENT        items with priority Highest (0)
       --cancel PERCENT         items that are cancelled once they are added (0)
       --json                   one JSON object
+  kivtool select FILE ACTION [PATH...]
+                               Keep a selection of files and folders in an ini file. ACTION is
+      add PATH..., remove PATH...
+                               select or unselect, and tell the states
+      state PATH...            checked, unchecked, grayed (in part) or disabled (not there),
+                               a tab, the path
+      list                     the entries: files, and folders with "\*"
+      files                    each selected file
+      totals                   how many files, folders and bytes
   kivtool help                 Show this text.
   kivtool version              Show the library's version.
 
@@ -246,6 +256,15 @@ int Pool(const std::vector<std::wstring>& arguments, TEnvironment& environment) 
   return RunPool(options, environment);
 }
 
+int Select(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
+  if (arguments.size() < 2) return Misuse(environment, "select: wants a file and one of " + SelectActionNames() + ".");
+  const std::vector<std::wstring> paths(arguments.begin() + 2, arguments.end());
+  if (!IsSelectAction(arguments[1], paths.size())) {
+    return Misuse(environment, "select: " + Quoted(arguments[1]) + " is no action, or has too many or few paths.");
+  }
+  return RunSelect(arguments[0], arguments[1], paths, environment);
+}
+
 int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environment) {
   if (arguments.empty()) return Misuse(environment, "no command given.");
   const std::wstring& command = arguments[0];
@@ -265,6 +284,7 @@ int Dispatch(const std::vector<std::wstring>& arguments, TEnvironment& environme
   if (command == L"match") return RunTexts("match", MatchCommand(), rest, environment);
   if (command == L"compare") return RunTexts("compare", CompareCommand(environment), rest, environment);
   if (command == L"pool") return Pool(rest, environment);
+  if (command == L"select") return Select(rest, environment);
   const bool help = command == L"help" || command == L"--help" || command == L"-h" || command == L"/?";
   const bool version = command == L"version" || command == L"--version";
   if (!help && !version) return Misuse(environment, "unknown command " + Quoted(command) + ".");
