@@ -153,7 +153,7 @@ private:
     while (!fStopped) {
       try {
         RunCommands();
-        Turn();
+        if (!fStopped) Turn();
       } catch (const std::bad_alloc&) {
         // What couldn't be told is told as one update of everything.
         for (auto& [number, watch] : fWatches) Survive([&] { watch->tree.TellUpdate(); });
