@@ -270,12 +270,17 @@ bool TWatchedTree::IsNodeAt(const TNode& pNode, const std::wstring& pPath) {
 void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   // A listing that came later has told the new name, and all that is in it.
   if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
+  const std::wstring path = PathOf(pTo);
+  const auto found = pFrom.folder->folders.find(pFrom.name);
+  if (found != pFrom.folder->folders.end() && !IsNodeAt(*found->second, path)) {
+    // What was told of the old name is of another folder.
+    OnRemoved(pFrom);
+    return OnAdded(pTo);
+  }
   pFrom.folder->listed.erase(pFrom.name);
   pFrom.folder->unseen.erase(pFrom.name);
   pTo.folder->unseen.erase(pTo.name);
-  const std::wstring path = PathOf(pTo);
-  const auto found = pFrom.folder->folders.find(pFrom.name);
-  if (found != pFrom.folder->folders.end() && IsNodeAt(*found->second, path)) {
+  if (found != pFrom.folder->folders.end()) {
     TNodePtr node = std::move(found->second);
     pFrom.folder->folders.erase(found);
     Emit(TDirectoryEvent::FolderRename, PathOf(pFrom), path);
@@ -287,7 +292,6 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   }
   const TKind kind = fFolders.KindOf(path);
   const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
-  Remove(*pFrom.folder, pFrom.name);
   Remove(*pTo.folder, pTo.name);
   Emit(is_folder ? TDirectoryEvent::FolderRename : TDirectoryEvent::FileRename, PathOf(pFrom), path);
   if (is_folder) return Enter(pTo, kind);

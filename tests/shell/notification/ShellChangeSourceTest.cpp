@@ -270,7 +270,7 @@ TEST_F(NotifierSources, TellAllThatAListingNeeds) {
     over = over || known.Known().contains(last);
   });
   std::thread other([&] {
-    ChangeAtRandom(root, 2, 5000);
+    ChangeAtRandom(root, 2, 2000);
     CreateEmptyFile(last);
   });
   PumpUntil([&] { return over; });
