@@ -67,6 +67,10 @@ struct TWatch final : IWatchedFolders {
     port.Close(found->second);
     handles.erase(found);
   }
+  bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
+    const auto found = handles.find(pFolder);
+    return found != handles.end() && found->second->Identity() == IdentityOf(pPath);
+  }
   std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
 
@@ -149,7 +153,7 @@ private:
     while (!fStopped) {
       try {
         RunCommands();
-        Turn();
+        if (!fStopped) Turn();
       } catch (const std::bad_alloc&) {
         // What couldn't be told is told as one update of everything.
         for (auto& [number, watch] : fWatches) Survive([&] { watch->tree.TellUpdate(); });

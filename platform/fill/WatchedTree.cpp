@@ -15,6 +15,8 @@ struct TWatchedTree::TNode {
   bool entered = false; // its content is the tree's concern
   TRenamePairer pairer;
   std::set<std::wstring> listed; // told by a listing, and not reported since
+  std::set<std::wstring> unseen; // told as files, since they weren't there any more, or not under that path
+  bool unlisted = false;         // it wasn't at its path when it was listed
   std::map<std::wstring, TNodePtr> folders;
 };
 
@@ -125,6 +127,7 @@ void TWatchedTree::Scan(TNode& pNode, bool pTell) {
     TNode& folder = AddFolder(pNode, entry.name, entry.kind);
     if (folder.entered) fToScan.push_back(folder.id);
   }
+  pNode.unlisted = pTell && pNode.open && !fFolders.IsAt(pNode.id, path);
 }
 
 void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
@@ -136,6 +139,32 @@ void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
     if (found != fById.end()) Scan(*found->second, pTell);
   }
   fToScan = std::move(waiting);
+}
+
+// A folder that is new here, with all that is in it.
+void TWatchedTree::Enter(const TPlace& pPlace, TKind pKind) {
+  TNode& node = AddFolder(*pPlace.folder, pPlace.name, pKind);
+  if (pKind == TKind::Folder && fOptions.recursive && !node.entered) pPlace.folder->unseen.insert(pPlace.name);
+  ScanAll(node, true);
+}
+
+// What wasn't found at its path may be found now.
+void TWatchedTree::LookAgain(TNode& pNode) {
+  if (std::exchange(pNode.unlisted, false)) ScanAll(pNode, true);
+  const std::set<std::wstring> unseen = std::exchange(pNode.unseen, {});
+  for (const std::wstring& name : unseen) {
+    const TPlace place{&pNode, name};
+    const std::wstring path = PathOf(place);
+    const TKind kind = fFolders.KindOf(path);
+    if (kind == TKind::None) pNode.unseen.insert(name);
+    if (kind != TKind::Folder && kind != TKind::Link) continue;
+    Remove(pNode, name);
+    Emit(TDirectoryEvent::FolderCreate, path);
+    Enter(place, kind);
+  }
+  std::vector<TNode*> folders;
+  for (const auto& [name, folder] : pNode.folders) folders.push_back(folder.get());
+  for (TNode* const folder : folders) LookAgain(*folder);
 }
 
 // --- what is reported -----------------------------------------------------------------------------------------------
@@ -160,6 +189,7 @@ void TWatchedTree::OnOverflow(std::uint64_t pFolder) {
   TNode& node = *found->second;
   node.pairer.Reset();
   node.listed.clear();
+  node.unseen.clear();
   while (!node.folders.empty()) Remove(node, std::wstring(node.folders.begin()->first));
   ScanAll(node, false);
   TellUpdate();
@@ -217,22 +247,39 @@ void TWatchedTree::OnAdded(TPlace pPlace) {
   // What stood there before has gone unseen.
   if (pPlace.folder->folders.contains(pPlace.name)) OnRemoved(pPlace);
   Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
-  if (is_folder) ScanAll(AddFolder(*pPlace.folder, pPlace.name, kind), true);
+  if (is_folder) return Enter(pPlace, kind);
+  if (kind == TKind::None) pPlace.folder->unseen.insert(pPlace.name);
 }
 
 void TWatchedTree::OnRemoved(const TPlace& pPlace) {
   pPlace.folder->listed.erase(pPlace.name);
+  pPlace.folder->unseen.erase(pPlace.name);
   const bool is_folder = pPlace.folder->folders.contains(pPlace.name);
   Remove(*pPlace.folder, pPlace.name);
   Emit(is_folder ? TDirectoryEvent::FolderDelete : TDirectoryEvent::FileDelete, PathOf(pPlace));
 }
 
+// Reports are late: a folder that was opened by its path may be another one than the report was of. What isn't there
+// any more was renamed once more, and that report follows.
+bool TWatchedTree::IsNodeAt(const TNode& pNode, const std::wstring& pPath) {
+  const TKind kind = fFolders.KindOf(pPath);
+  if (kind == TKind::None) return true;
+  return kind != TKind::File && (!pNode.open || fFolders.IsAt(pNode.id, pPath));
+}
+
 void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   // A listing that came later has told the new name, and all that is in it.
   if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
-  pFrom.folder->listed.erase(pFrom.name);
   const std::wstring path = PathOf(pTo);
   const auto found = pFrom.folder->folders.find(pFrom.name);
+  if (found != pFrom.folder->folders.end() && !IsNodeAt(*found->second, path)) {
+    // What was told of the old name is of another folder.
+    OnRemoved(pFrom);
+    return OnAdded(pTo);
+  }
+  pFrom.folder->listed.erase(pFrom.name);
+  pFrom.folder->unseen.erase(pFrom.name);
+  pTo.folder->unseen.erase(pTo.name);
   if (found != pFrom.folder->folders.end()) {
     TNodePtr node = std::move(found->second);
     pFrom.folder->folders.erase(found);
@@ -240,14 +287,15 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
     Remove(*pTo.folder, pTo.name);
     node->parent = pTo.folder;
     node->name = pTo.name;
-    pTo.folder->folders[pTo.name] = std::move(node);
-    return;
+    TNode& moved = *(pTo.folder->folders[pTo.name] = std::move(node));
+    return LookAgain(moved);
   }
   const TKind kind = fFolders.KindOf(path);
   const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
   Remove(*pTo.folder, pTo.name);
   Emit(is_folder ? TDirectoryEvent::FolderRename : TDirectoryEvent::FileRename, PathOf(pFrom), path);
-  if (is_folder) ScanAll(AddFolder(*pTo.folder, pTo.name, kind), true);
+  if (is_folder) return Enter(pTo, kind);
+  if (kind == TKind::None) pTo.folder->unseen.insert(pTo.name);
 }
 
 } // namespace kiv

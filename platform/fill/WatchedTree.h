@@ -48,6 +48,8 @@ public:
   /// Opens a folder and lets it report from now on; with all below it if `pSubtree`. False if it can't be.
   virtual bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) = 0;
   virtual void Close(std::uint64_t pFolder) noexcept = 0;
+  /// Whether an open folder is what stands at a path now.
+  virtual bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) = 0;
   /// What a folder holds, without "." and "..". Files may be left out if nobody asks for them.
   virtual std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) = 0;
   virtual TKind KindOf(const std::wstring& pPath) = 0;
@@ -62,8 +64,9 @@ protected:
 /// Handles report names only, and say of what has gone not even what it was. So the tree knows the folders. Either one
 /// handle reports all that lies below (a subtree), or, where platforms don't get that right, each folder has one of its
 /// own: then a new folder is opened first and listed behind that, so that nothing in it is missed, and what its handle
-/// reports of the objects listed isn't told twice. Links to folders aren't followed. Writes to one file that come
-/// straight one after the other are told once.
+/// reports of the objects listed isn't told twice. Reports of several handles come in no order: what isn't found
+/// because a folder above it has another name by now is looked for again when that is reported. Links to folders aren't
+/// followed. Writes to one file that come straight one after the other are told once.
 ///
 /// One thread at a time.
 class KIV_EXPORT TWatchedTree {
@@ -118,8 +121,11 @@ private:
   void OnAdded(TPlace pPlace);
   void OnRemoved(const TPlace& pPlace);
   void OnRenamed(const TPlace& pFrom, const TPlace& pTo);
+  bool IsNodeAt(const TNode& pNode, const std::wstring& pPath);
   TPlace Resolve(TNode& pNode, std::wstring_view pName);
   TNode& AddFolder(TNode& pParent, const std::wstring& pName, IWatchedFolders::TKind pKind);
+  void Enter(const TPlace& pPlace, IWatchedFolders::TKind pKind);
+  void LookAgain(TNode& pNode);
   void Remove(TNode& pParent, const std::wstring& pName);
   void CloseNode(TNode& pNode);
   void Scan(TNode& pNode, bool pTell);

@@ -1,0 +1,141 @@
+#include <platform/fill/DirectoryChange.h>
+#include <platform/fill/NoticeQueue.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace kiv {
+namespace {
+
+using enum TDirectoryAction;
+using TRecords = std::vector<TDirectoryRecord>;
+using TChanges = std::vector<TDirectoryChange>;
+
+// A buffer as the platform fills it.
+class TBuffer {
+public:
+  TBuffer& Add(std::uint32_t pAction, const std::u16string& pName) {
+    if (!fBytes.empty()) {
+      fBytes.resize((fBytes.size() + 3) / 4 * 4);
+      Put(fLast, static_cast<std::uint32_t>(fBytes.size() - fLast));
+    }
+    fLast = fBytes.size();
+    fBytes.resize(fLast + 12 + 2 * pName.size());
+    Put(fLast + 4, pAction);
+    Put(fLast + 8, static_cast<std::uint32_t>(2 * pName.size()));
+    std::memcpy(fBytes.data() + fLast + 12, pName.data(), 2 * pName.size());
+    return *this;
+  }
+  TBuffer& Put(std::size_t pOffset, std::uint32_t pValue) {
+    std::memcpy(fBytes.data() + pOffset, &pValue, sizeof(pValue));
+    return *this;
+  }
+  const std::vector<std::byte>& Bytes() const { return fBytes; }
+
+private:
+  std::vector<std::byte> fBytes;
+  std::size_t fLast = 0;
+};
+
+TEST(DirectoryRecords, AreReadAsTheyAre) {
+  const std::u16string longest(255, u'x');
+  const TBuffer buffer = TBuffer().Add(1, u"a\xD83D\xDE00").Add(77, u"unknown").Add(4, u"\xD800").Add(5, longest);
+  TRecords records;
+  EXPECT_TRUE(ParseDirectoryRecords(buffer.Bytes(), records));
+  const std::wstring emoji = {L'a', static_cast<wchar_t>(0xD83D), static_cast<wchar_t>(0xDE00)};
+  const TRecords expected = {
+      {Added, emoji}, {RenamedFrom, {static_cast<wchar_t>(0xD800)}}, {RenamedTo, std::wstring(255, L'x')}};
+  EXPECT_EQ(records, expected);
+}
+
+TEST(DirectoryRecords, EndWhereTheBufferIsBroken) {
+  const auto two = [] { return TBuffer().Add(1, u"ab").Add(2, u"cd"); };
+  const TBuffer broken[] = {
+      two().Put(0, 8),                           // the next one lies in this one
+      two().Put(0, 1000),                        // and behind the end
+      two().Put(8, 1000),                        // a name beyond the end
+      two().Put(8, 0xFFFFFFFF), two().Put(8, 3), // half a character
+      two().Put(8, 0),
+  };
+  for (const TBuffer& buffer : broken) {
+    TRecords records;
+    EXPECT_FALSE(ParseDirectoryRecords(buffer.Bytes(), records));
+    EXPECT_TRUE(records.empty());
+  }
+  TRecords records;
+  EXPECT_FALSE(ParseDirectoryRecords(two().Put(24, 1000).Bytes(), records));
+  EXPECT_EQ(records, (TRecords{{Added, L"ab"}}));
+  EXPECT_FALSE(ParseDirectoryRecords({}, records));
+}
+
+TEST(RenamePairer, JoinsHalvesAndLetsOthersAlone) {
+  const struct {
+    std::vector<TRecords> buffers;
+    TChanges changes;
+    bool pending;
+  } cases[] = {
+      {{{{RenamedFrom, L"a"}, {RenamedTo, L"b"}}}, {{RenamedTo, L"a", L"b"}}, false},
+      {{{{RenamedFrom, L"a"}}, {{RenamedTo, L"b"}, {Modified, L"b"}}},
+       {{RenamedTo, L"a", L"b"}, {Modified, L"b", L""}},
+       false},
+      {{{{RenamedTo, L"b"}}}, {{Added, L"b", L""}}, false},
+      {{{{RenamedFrom, L"a"}, {Added, L"c"}, {RenamedTo, L"b"}}},
+       {{Removed, L"a", L""}, {Added, L"c", L""}, {Added, L"b", L""}},
+       false},
+      {{{{RenamedFrom, L"a"}, {RenamedFrom, L"b"}, {RenamedTo, L"c"}}},
+       {{Removed, L"a", L""}, {RenamedTo, L"b", L"c"}},
+       false},
+      {{{{Added, L"a"}, {RenamedFrom, L"a"}}}, {{Added, L"a", L""}}, true},
+  };
+  for (const auto& c : cases) {
+    TRenamePairer pairer;
+    TChanges changes;
+    for (const TRecords& records : c.buffers) pairer.Add(records, changes);
+    EXPECT_EQ(changes, c.changes);
+    EXPECT_EQ(pairer.IsPending(), c.pending);
+    changes.clear();
+    pairer.Flush(changes);
+    EXPECT_EQ(changes, c.pending ? TChanges({{Removed, L"a", L""}}) : TChanges());
+  }
+}
+
+TEST(NoticeQueue, WakesOnceABurstAndLosesNothingUnsaid) {
+  int woken = 0;
+  TNoticeQueue queue([&woken] { ++woken; }, 3);
+  TNoticeQueue::TEntry entry;
+  const auto notice = [](const std::wstring& name) { return TDirectoryNotice{TDirectoryEvent::FileCreate, name, {}}; };
+  const auto all = [&] {
+    std::wstring text;
+    while (queue.Pop(entry)) {
+      text += std::to_wstring(entry.watch) + entry.notice.path1 +
+              (entry.notice.event == TDirectoryEvent::FolderUpdate ? L"! " : L" ");
+    }
+    return text;
+  };
+  queue.Push(1, notice(L"nobody's"));
+  queue.Begin(1, L"one");
+  queue.Begin(2, L"two");
+  queue.Push(1, notice(L"a"));
+  queue.Push(2, notice(L"b"));
+  EXPECT_EQ(woken, 1);
+  EXPECT_EQ(all(), L"1a 2b ");
+  for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e"}) queue.Push(1, notice(name));
+  queue.Push(2, notice(L"x"));
+  EXPECT_EQ(woken, 2);
+  EXPECT_EQ(all(), L"1a 1b 1c 1one! 2two! ");
+  queue.Push(1, notice(L"f"));
+  queue.Push(2, notice(L"g"));
+  queue.End(1);
+  queue.Push(1, notice(L"h"));
+  EXPECT_EQ(all(), L"2g ") << "it tells again, and an ended watch is forgotten";
+  queue.Close();
+  queue.Push(2, notice(L"i"));
+  EXPECT_EQ(all(), L"");
+  EXPECT_EQ(woken, 3);
+}
+
+} // namespace
+} // namespace kiv

@@ -1,0 +1,125 @@
+#include <platform/fill/DirectoryWatcher.h>
+
+#include <core/FolderFunctions.h>
+#include <doubles/ScopedTempFolder.h>
+#include <platform/Lifecycle.h>
+#include <platform/Signal.h>
+#include <platform/fill/LiteralPath.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kiv {
+namespace {
+
+class DirectoryWatches : public testing::Test {
+protected:
+  void TearDown() override {
+    Shutdown();
+    fQueue->Close();
+  }
+
+  // Everything up to a notice of that kind for that path, without writes, which come once or twice.
+  std::wstring TellUntil(TDirectoryEvent event, const std::wstring& path) {
+    static constexpr const wchar_t* names[] = {L"+", L"-", L">", L"~", L"++", L"--", L">>", L"!"};
+    std::wstring told;
+    TNoticeQueue::TEntry entry;
+    for (;;) {
+      while (fQueue->Pop(entry)) {
+        const TDirectoryNotice& n = entry.notice;
+        if (n.event != TDirectoryEvent::FileChange) {
+          told += names[static_cast<int>(n.event)] + Short(n.path1) + (n.path2.empty() ? L"" : L":" + Short(n.path2));
+          told += L' ';
+        }
+        if (n.event == event && n.path1 == path) return told;
+      }
+      fWoken->Wait();
+    }
+  }
+  std::wstring Short(const std::wstring& path) const {
+    return path.starts_with(fFolder.Path()) ? path.substr(fFolder.Path().size()) : path;
+  }
+  void Write(const std::wstring& path) {
+    const TUniqueHandle file(
+        CreateFileW(LiteralPath(path).c_str(), GENERIC_WRITE, 7, nullptr, OPEN_EXISTING, 0, nullptr));
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file.Get(), "x", 1, &written, nullptr));
+  }
+  void Move(const std::wstring& from, const std::wstring& to) {
+    EXPECT_TRUE(MoveFileW(LiteralPath(from).c_str(), LiteralPath(to).c_str())) << from;
+  }
+
+  test::ScopedTempFolder fFolder;
+  std::shared_ptr<TSignal> fWoken = std::make_shared<TSignal>();
+  std::shared_ptr<TNoticeQueue> fQueue = std::make_shared<TNoticeQueue>([woken = fWoken] { woken->Set(); });
+};
+
+TEST_F(DirectoryWatches, TellFilesFromFolders) {
+  fFolder.MakeFolder(L"old\\older");
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), true, fQueue), 0U);
+  const std::wstring file = fFolder.MakeFile(L"old\\older\\x");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\old\\older\\x ");
+  Write(file);
+  TellUntil(TDirectoryEvent::FileChange, file);
+  Move(fFolder.PathOf(L"old"), fFolder.PathOf(L"new"));
+  fFolder.MakeFile(L"new\\older\\y");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, fFolder.PathOf(L"new\\older\\y")),
+            L">>\\old:\\new +\\new\\older\\y ");
+  EXPECT_TRUE(DeleteFileW(fFolder.PathOf(L"new\\older\\x").c_str()));
+  EXPECT_TRUE(DeleteFileW(fFolder.PathOf(L"new\\older\\y").c_str()));
+  EXPECT_TRUE(RemoveDirectoryW(fFolder.PathOf(L"new\\older").c_str()));
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FolderDelete, fFolder.PathOf(L"new\\older")),
+            L"-\\new\\older\\x -\\new\\older\\y --\\new\\older ");
+}
+
+TEST_F(DirectoryWatches, StayInTheirFolderUnlessTold) {
+  fFolder.MakeFolder(L"sub");
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), false, fQueue), 0U);
+  fFolder.MakeFile(L"sub\\x");
+  const std::wstring file = fFolder.MakeFile(L"y");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file).find(L"\\sub\\x"), std::wstring::npos);
+}
+
+TEST_F(DirectoryWatches, TakeAnyName) {
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), true, fQueue), 0U);
+  const std::wstring part(100, L'p');
+  const std::wstring names[] = {L"\xD83D\xDE00 \x4E2D", L"Case", std::wstring(120, L'n'), L"dots..",
+                                part + L"\\" + part + L"\\" + part + L"\\deep"};
+  for (const std::wstring& name : names) {
+    const std::wstring path = fFolder.PathOf(name);
+    if (name.find(L'\\') != std::wstring::npos) ForceDirectories(GetParentPathFromPath(path));
+    TUniqueHandle(CreateFileW(LiteralPath(path).c_str(), GENERIC_WRITE, 7, nullptr, CREATE_NEW, 0, nullptr));
+    TellUntil(TDirectoryEvent::FileCreate, path); // the watchdog has the name of the one that doesn't come
+  }
+}
+
+TEST_F(DirectoryWatches, NoticeThatTheirFolderGoesAndComesBack) {
+  const std::wstring watched = fFolder.MakeFolder(L"watched");
+  ASSERT_NE(DirectoryWatcher::Watch(watched, false, fQueue), 0U);
+  Move(watched, fFolder.PathOf(L"moved"));
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FolderUpdate, watched), L"!\\watched ");
+  fFolder.MakeFolder(L"watched");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FolderUpdate, watched), L"!\\watched ");
+  const std::wstring file = fFolder.MakeFile(L"watched\\x");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\watched\\x ");
+}
+
+TEST_F(DirectoryWatches, ComeAndGoInNumbers) {
+  EXPECT_EQ(DirectoryWatcher::Watch(fFolder.PathOf(L"none"), true, fQueue), 0U);
+  EXPECT_EQ(DirectoryWatcher::Watch(fFolder.MakeFile(L"file"), true, fQueue), 0U);
+  for (int i = 0; i < 100; ++i) DirectoryWatcher::Unwatch(DirectoryWatcher::Watch(fFolder.Path(), true, fQueue));
+  std::vector<std::uint32_t> watches;
+  for (int i = 0; i < 1000; ++i) {
+    watches.push_back(DirectoryWatcher::Watch(fFolder.MakeFolder(L"d" + std::to_wstring(i)), false, fQueue));
+    ASSERT_NE(watches.back(), 0U);
+  }
+  const std::wstring file = fFolder.MakeFile(L"d999\\x");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\d999\\x ");
+  for (const std::uint32_t watch : watches) DirectoryWatcher::Unwatch(watch);
+}
+
+} // namespace
+} // namespace kiv
