@@ -7,6 +7,7 @@
 #include <core/PathUtils.h>
 #include <core/ShellFolderSource.h>
 #include <platform/Lifecycle.h>
+#include <platform/MainThread.h>
 #include <platform/Text.h>
 #include <platform/Types.h>
 
@@ -114,6 +115,7 @@ int wmain(int pCount, wchar_t** pArguments) {
   const TStandardStream out(STD_OUTPUT_HANDLE);
   const TStandardStream err(STD_ERROR_HANDLE);
   OleInitialize(nullptr);
+  kiv::MainThread::Attach(); // what is remembered between two questions is the main thread's
   int result = kivtool::Failed;
   {
     kiv::TShellFolderSource folders(kiv::TFactsPrecision::Exact);

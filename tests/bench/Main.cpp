@@ -1,6 +1,7 @@
 #include "Benches.h"
 
 #include <platform/Lifecycle.h>
+#include <platform/MainThread.h>
 
 #if defined(_WIN32)
 #include <platform/Types.h>
@@ -12,6 +13,7 @@ int main(int pCount, char** pArguments) {
   using TFigures = std::vector<kiv::bench::TFigure> (*)();
 #if defined(_WIN32)
   OleInitialize(nullptr);
+  kiv::MainThread::Attach();
   constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
                               &kiv::bench::PathFigures, &kiv::bench::PoolFigures};
 #else

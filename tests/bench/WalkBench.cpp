@@ -112,7 +112,7 @@ std::wstring FilePath(const TFolder& folder, int i) {
 // From the paths of all files to their raw lists.
 int Resolve(const TFolder& folder) {
   int count = 0;
-  for (int i = 0; i < FileCount; ++i) count += TKivItemIdList::Create(FilePath(folder, i))->WindowsPointer() ? 1 : 0;
+  for (int i = 0; i < FileCount; ++i) count += TKivItemIdList::Parse(FilePath(folder, i))->WindowsPointer() ? 1 : 0;
   return count;
 }
 

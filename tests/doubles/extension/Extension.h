@@ -25,7 +25,7 @@ inline constexpr CLSID ExtensionClass = ParseGuid("{D6B0B3A8-5F0C-4C11-9B5E-3A8F
 inline constexpr wchar_t ExtensionRoot[] = L"::{D6B0B3A8-5F0C-4C11-9B5E-3A8F0E7C2D14}";
 inline constexpr wchar_t ExtensionFile[] = L"kiv_test_extension.dll";
 
-// Events of the process for steps that wait ("wait next 2"): the first is set by a step that has come, the second lets
+// Events for steps that wait ("wait next 2"): the first is set by a step that has come, the second lets
 // steps go on. Both are the test's; a step that finds none doesn't wait.
 inline constexpr wchar_t ExtensionArrived[] = L"Local\\KivTestExtensionArrived";
 inline constexpr wchar_t ExtensionGoOn[] = L"Local\\KivTestExtensionGoOn";

@@ -54,7 +54,7 @@ private:
   HRESULT GiveName(PCUITEMID_CHILD pItem, SHGDNF pFlags, STRRET* pName) const;
   std::wstring OwnPath() const;
 
-  const TContent fContent;
+  const TContent fContent{};
   TUniqueItemIdList fPlace; // absolute
   const std::wstring fPath; // the root's is asked for
 };
