@@ -221,38 +221,30 @@ TEST_F(PoolEnd, APoolThatItsOwnWorkerFreesLeavesThatWorkerBehind) {
   }
 }
 
-TEST_F(PoolEnd, APoolMayFreeItselfWithItsLastThread) {
-  std::atomic<int> left{0};
-  auto* const pool = new TWorkerThreadPool;
-  pool->SetMinWorkerThreads(3);
-  pool->SetFreeOnLastThreadTermination(true);
-  pool->SetOnAllThreadsTerminated([&](TCustomThreadPool&) { ++left; });
-  TGate gate;
-  for (int i = 0; i < 3; ++i) pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
-  gate.AwaitArrivals(3);
-  gate.Open();
-  pool->Dispose();
-  EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
-  EXPECT_EQ(left, 1);
-}
-
-TEST_F(PoolEnd, APoolThatFreesItselfOutlivesTheCallThatEndsIt) {
-  TThreadApi api;
-  api.sleep = [sleep = ThreadApi().sleep](std::chrono::milliseconds time) {
-    if (MainThread::IsCurrent()) TThread::AwaitAllEnded(std::chrono::seconds(60)); // the threads are quicker
-    sleep(time);
-  };
-  const ScopedThreadApi scope(api);
-  auto* const pool = new TWorkerThreadPool;
-  pool->SetFreeOnLastThreadTermination(true);
-  const auto token = std::make_shared<int>();
-  pool->SetOnAllWorkItemsDone([token](bool) {});
-  TGate gate;
-  pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
-  gate.AwaitArrivals();
-  gate.Open();
-  pool->Dispose();
-  EXPECT_EQ(token.use_count(), 1) << "it is gone";
+TEST_F(PoolEnd, APoolThatFreesItselfWithItsLastThreadOutlivesTheCallThatEndsIt) {
+  for (const bool threads_are_quicker : {false, true}) {
+    TThreadApi api;
+    api.sleep = [threads_are_quicker, sleep = ThreadApi().sleep](std::chrono::milliseconds time) {
+      if (threads_are_quicker && MainThread::IsCurrent()) TThread::AwaitAllEnded(std::chrono::seconds(60));
+      sleep(time);
+    };
+    const ScopedThreadApi scope(api);
+    std::atomic<int> left{0};
+    const auto token = std::make_shared<int>();
+    auto* const pool = new TWorkerThreadPool;
+    pool->SetMinWorkerThreads(3);
+    pool->SetFreeOnLastThreadTermination(true);
+    pool->SetOnAllWorkItemsDone([token](bool) {});
+    pool->SetOnAllThreadsTerminated([&](TCustomThreadPool&) { ++left; });
+    TGate gate;
+    for (int i = 0; i < 3; ++i) pool->AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
+    gate.AwaitArrivals(3);
+    gate.Open();
+    pool->Dispose();
+    EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+    EXPECT_EQ(left, 1);
+    EXPECT_EQ(token.use_count(), 1) << "it is gone";
+  }
 }
 
 TEST_F(PoolEnd, APoolEndsThoughItsItemsQueueOthersForEver) {
@@ -337,18 +329,14 @@ TEST_F(PoolEnd, AnItemIsRefusedOnceTheThreadsAreGone) {
 }
 
 TEST_F(PoolEnd, AQueuedCallThatRaisesDoesntKeepAPoolFromEnding) {
-  int reports = 0;
-  MainThread::SetExceptionHandler([&](std::exception_ptr) { ++reports; });
   TGate gate;
   {
     TWorkerThreadPool pool;
-    for (int i = 0; i < 2; ++i) {
-      pool.AddWorkItem(Make<TProbe>([&] {
-        MainThread::Queue([] { throw std::runtime_error("queued"); });
-        gate.Pass();
-      }));
-    }
-    gate.AwaitArrivals(1);
+    pool.AddWorkItem(Make<TProbe>([&] {
+      for (int i = 0; i < 2; ++i) MainThread::Queue([] { throw std::runtime_error("queued"); });
+      gate.Pass();
+    }));
+    gate.AwaitArrivals();
     gate.Open();
   }
   EXPECT_FALSE(MainThread::CheckSynchronize()) << "all that was queued has run";
@@ -367,6 +355,24 @@ TEST_F(PoolEnd, ExcessThreadsOfThePlainPoolWaitForTheirTurn) {
     gate.Open();
   }
   PumpUntil([&] { return !pool.ThreadsActive(); });
+}
+
+// Relied upon, however odd.
+TEST_F(PoolEnd, RaisingTheLimitOfThePlainPoolStartsOneThreadTooMany) {
+  TGate gate;
+  TThreadPool pool;
+  pool.SetMaxRunningThreads(1);
+  for (int i = 0; i < 4; ++i) pool.Add(new TGatedThread(gate));
+  EXPECT_EQ(pool.RunningThreadCount(), 1);
+  pool.SetMaxRunningThreads(2);
+  EXPECT_EQ(pool.RunningThreadCount(), 3);
+  gate.Open();
+}
+
+TEST_F(PoolEnd, PoolsAreNotCounted) {
+  TWorkerThreadPool pool;
+  EXPECT_EQ(pool.AddRef(), static_cast<ULONG>(-1));
+  EXPECT_EQ(pool.Release(), static_cast<ULONG>(-1));
 }
 
 } // namespace
