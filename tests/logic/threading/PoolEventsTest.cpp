@@ -61,10 +61,8 @@ TEST_F(PoolEvents, AnItemThatRaisesIsCancelledAndReportedAndTheWorkerLivesOn) {
 TEST_F(PoolEvents, ACancelledItemIsNeitherRunNorDelivered) {
   CancellationToken token;
   TWorkerThreadPool pool;
-  pool.SetMaxRunningThreads(1);
   TGate gate;
-  pool.AddWorkItem(Make<TProbe>([&] { gate.Pass(); }));
-  gate.AwaitArrivals();
+  Occupy(pool, gate);
   const auto withdrawn = Make<TProbe>(nullptr, token);
   const auto cancelled = Make<TProbe>();
   const auto last = Make<TProbe>();
@@ -125,12 +123,9 @@ TEST_F(PoolEvents, EachThreadIsAnnouncedOnItselfBeforeItsFirstItem) {
 
 TEST_F(PoolEvents, TerminateWorkItemsDropsWhatWaitsAndCancelsWhatRuns) {
   TWorkerThreadPool pool;
-  pool.SetMaxRunningThreads(1);
   EXPECT_EQ(pool.TerminateWorkItems(), 0U);
   TGate gate;
-  const auto running = Make<TProbe>([&] { gate.Pass(); });
-  pool.AddWorkItem(running);
-  gate.AwaitArrivals();
+  const auto running = Occupy(pool, gate);
   const auto waiting = Make<TProbe>();
   pool.AddWorkItems({waiting, Make<TProbe>()}, TPriority::Normal);
   EXPECT_TRUE(pool.GetWorkItemsActive());
@@ -232,11 +227,9 @@ TEST_F(PoolEvents, APausedPoolHoldsItsItemsAtTheirCheckpointsAndItsNewThreads) {
 
 TEST_F(PoolEvents, FindsItemsThatWaitOrRun) {
   TWorkerThreadPool pool;
-  pool.SetMaxRunningThreads(1);
   EXPECT_FALSE(pool.ContainsWorkItem(0));
   TGate gate;
-  pool.AddWorkItem(Make<TProbe>([&] { gate.Pass(); }, nullptr, 4));
-  gate.AwaitArrivals();
+  Occupy(pool, gate, 1, 4);
   EXPECT_TRUE(pool.ContainsWorkItem(4));
   EXPECT_TRUE(pool.ContainsWorkItem(IidOf<IWorkItem>()));
   EXPECT_FALSE(pool.ContainsWorkItem(IidOf<INonInterruptable>()));
