@@ -11,19 +11,17 @@
 
 #include <dirent.h>
 #include <dlfcn.h>
-#include <elf.h>
 #include <fcntl.h>
 #include <link.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <unwind.h>
 
 // How it works: each thread in turn gets a signal whose handler notes the return addresses of the thread it interrupts;
-// the reporting thread puts names to them afterwards. Names come from the ELF files themselves and places from
-// /proc/self/maps: the loader's functions would take its lock, and know no function of internal linkage, which all test
-// bodies are. Built without sanitizers, whose instrumentation doesn't belong into a signal handler.
+// the reporting thread writes them as module and offset. Where modules lie is noted before anything hangs: the loader's
+// functions take its lock. Names come last, from a process of its own that reads the program's file. Built without
+// sanitizers, whose instrumentation doesn't belong into a signal handler.
 namespace kiv::test {
 
 namespace {
@@ -31,6 +29,7 @@ namespace {
 constexpr int MaxThreads = 256;
 constexpr int MaxFrames = 64;
 constexpr int MaxModules = 128;
+constexpr int MaxNames = 500;
 constexpr int AnswerMilliseconds = 1000;
 
 struct TStack {
@@ -43,13 +42,18 @@ struct TModule {
   std::uintptr_t start; // of the executable part
   std::uintptr_t end;
   std::uintptr_t base; // of the whole
-  char path[256];
+  const char* path;
 };
 
 // Static: a report must not allocate.
 TStack gStacks[MaxThreads];
-TModule gModules[MaxModules];
+TModule gModules[MaxModules]; // the program itself is the first
 int gModuleCount = 0;
+// What is asked about the program's own frames.
+char gProgram[32];
+char gOffsets[MaxNames][20];
+const char* gQuestion[MaxNames + 5] = {"addr2line", "-Cfpas", "-e", gProgram};
+int gNames = 0;
 
 int AskingSignal() {
   return SIGRTMIN + 5;
@@ -91,47 +95,15 @@ bool AskThread(pid_t thread, int slot) {
   return false;
 }
 
-void AddModule(const char* line) {
-  static std::uintptr_t base = 0;
-  static char path[256];
-  std::uintptr_t start = 0;
-  std::uintptr_t end = 0;
-  char rights[8] = {};
-  char name[256] = {};
-  if (std::sscanf(line, "%lx-%lx %7s %*s %*s %*s %255[^\n]", &start, &end, rights, name) < 4) return;
-  if (std::strcmp(name, path) != 0) {
-    base = start;
-    std::memcpy(path, name, sizeof path);
+int NoteModule(dl_phdr_info* info, std::size_t, void*) {
+  for (int i = 0; i < info->dlpi_phnum && gModuleCount < MaxModules; ++i) {
+    const auto& part = info->dlpi_phdr[i];
+    if (part.p_type != PT_LOAD || (part.p_flags & PF_X) == 0) continue;
+    const char* name = std::strrchr(info->dlpi_name, '/');
+    const std::uintptr_t start = info->dlpi_addr + part.p_vaddr;
+    gModules[gModuleCount++] = {start, start + part.p_memsz, info->dlpi_addr, name ? name + 1 : info->dlpi_name};
   }
-  if (rights[2] != 'x' || gModuleCount == MaxModules) return;
-  TModule& module = gModules[gModuleCount++];
-  module.start = start;
-  module.end = end;
-  module.base = base;
-  std::memcpy(module.path, name, sizeof module.path);
-}
-
-void ReadModules() {
-  gModuleCount = 0;
-  const int file = open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
-  if (file < 0) return;
-  static char buffer[16384];
-  std::size_t held = 0;
-  for (;;) {
-    const ssize_t got = read(file, buffer + held, sizeof buffer - 1 - held);
-    if (got <= 0) break;
-    held += static_cast<std::size_t>(got);
-    buffer[held] = 0;
-    char* line = buffer;
-    while (char* next = std::strchr(line, '\n')) {
-      *next = 0;
-      AddModule(line);
-      line = next + 1;
-    }
-    held = static_cast<std::size_t>(buffer + held - line);
-    std::memmove(buffer, line, held);
-  }
-  close(file);
+  return 0;
 }
 
 const TModule* ModuleOf(std::uintptr_t address) {
@@ -141,56 +113,32 @@ const TModule* ModuleOf(std::uintptr_t address) {
   return nullptr;
 }
 
-// The function at an address of an ELF file that is mapped at `file`; null if none has a name.
-const char* FunctionIn(const char* file, std::uintptr_t address, std::uintptr_t& offset) {
-  const auto& header = *reinterpret_cast<const ElfW(Ehdr)*>(file);
-  if (std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0) return nullptr;
-  const auto* sections = reinterpret_cast<const ElfW(Shdr)*>(file + header.e_shoff);
-  for (int i = 0; i < header.e_shnum; ++i) {
-    const auto& section = sections[i];
-    if (section.sh_type != SHT_SYMTAB && section.sh_type != SHT_DYNSYM) continue;
-    const char* names = file + sections[section.sh_link].sh_offset;
-    const auto* symbols = reinterpret_cast<const ElfW(Sym)*>(file + section.sh_offset);
-    for (std::size_t s = 0; s < section.sh_size / sizeof *symbols; ++s) {
-      const auto& symbol = symbols[s];
-      if ((symbol.st_info & 0xFU) != STT_FUNC || symbol.st_shndx == SHN_UNDEF) continue;
-      if (address < symbol.st_value || address >= symbol.st_value + symbol.st_size) continue;
-      offset = address - symbol.st_value;
-      return names + symbol.st_name;
-    }
-  }
-  return nullptr;
+void WriteFrame(int index, std::uintptr_t address) {
+  char line[400];
+  const TModule* const module = ModuleOf(address);
+  const std::uintptr_t offset = module ? address - module->base : address;
+  const char* const name = !module ? "" : module == gModules ? program_invocation_short_name : module->path;
+  std::snprintf(line, sizeof line, "  #%-2d %.300s%s0x%lx\n", index, name, module ? "+" : "", offset);
+  WriteError(line);
+  if (module != gModules || gNames == MaxNames) return;
+  // Of a caller the return address is known, which may lie behind its function's last instruction.
+  std::snprintf(gOffsets[gNames], sizeof gOffsets[gNames], "0x%lx", offset - 1);
+  gQuestion[4 + gNames] = gOffsets[gNames];
+  ++gNames;
 }
 
-void WriteFrame(int index, std::uintptr_t address) {
-  char line[1024];
-  const TModule* module = ModuleOf(address);
-  if (!module) {
-    std::snprintf(line, sizeof line, "  #%-2d 0x%lx\n", index, address);
-    WriteError(line);
-    return;
+// Functions and lines of the program's frames. Not by fork: it takes locks that a hanging thread may hold.
+void WriteNames() {
+  if (gNames == 0) return;
+  WriteError("The program's functions, at one less than the offsets above:\n");
+  gQuestion[4 + gNames] = nullptr;
+  const auto child = static_cast<pid_t>(syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0));
+  if (child == 0) {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    execvp(gQuestion[0], const_cast<char* const*>(gQuestion));
+    _exit(1);
   }
-  const char* name = nullptr;
-  std::uintptr_t offset = 0;
-  void* mapped = MAP_FAILED;
-  struct stat facts {};
-  const int file = open(module->path, O_RDONLY | O_CLOEXEC);
-  if (file >= 0 && fstat(file, &facts) == 0) {
-    mapped = mmap(nullptr, static_cast<std::size_t>(facts.st_size), PROT_READ, MAP_PRIVATE, file, 0);
-  }
-  // Of a caller the return address is known, which may lie behind its function's last instruction.
-  const std::uintptr_t place = address - module->base;
-  if (mapped != MAP_FAILED) name = FunctionIn(static_cast<const char*>(mapped), place - 1, offset);
-  const char* short_path = std::strrchr(module->path, '/');
-  short_path = short_path ? short_path + 1 : module->path;
-  if (name) {
-    std::snprintf(line, sizeof line, "  #%-2d %s+0x%lx %s+0x%lx\n", index, short_path, place, name, offset + 1);
-  } else {
-    std::snprintf(line, sizeof line, "  #%-2d %s+0x%lx\n", index, short_path, place);
-  }
-  WriteError(line);
-  if (mapped != MAP_FAILED) munmap(mapped, static_cast<std::size_t>(facts.st_size));
-  if (file >= 0) close(file);
+  if (child > 0) waitpid(child, nullptr, 0);
 }
 
 void WriteThread(pid_t thread, int slot) {
@@ -207,6 +155,8 @@ void WriteThread(pid_t thread, int slot) {
 } // namespace
 
 void PrepareReports() {
+  dl_iterate_phdr(&NoteModule, nullptr);
+  std::snprintf(gProgram, sizeof gProgram, "/proc/%d/exe", static_cast<int>(getpid()));
   struct sigaction action {};
   action.sa_sigaction = OnAsked;
   action.sa_flags = SA_SIGINFO | SA_RESTART;
@@ -225,7 +175,6 @@ void PrepareReports() {
 }
 
 void WriteAllStacks() noexcept {
-  ReadModules();
   // opendir allocates; a thread may hang inside the allocator.
   const int folder = open("/proc/self/task", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return;
@@ -249,6 +198,7 @@ void WriteAllStacks() noexcept {
     }
   }
   close(folder);
+  WriteNames();
 }
 
 void WriteError(const char* pText) noexcept {

@@ -182,6 +182,7 @@ TEST_F(ComponentText, EveryErrorSaysWhereAndWhat) {
       {L"component TGadget g { Modes = gmOff }", L"g.Modes (line 2): expected '[', found gmOff."},
       {L"component TGadget g { Modes = [gmOff,] }",
        L"g.Modes (line 2): expected one of gmOff, gmSlow, gmFast, found ]."},
+      {L"component TGadget g { Modes = [gmOff gmSlow]", L"Line 2, column 38: Expected ',', found gmSlow."},
       {L"component TGadget g { Font = 5 }", L"g.Font (line 2): expected '{', found 5."},
       {L"component TGadget g { Lines = \"a\" }", L"g.Lines (line 2): expected '(', found \"a\"."},
       {L"component TGadget g { Link = \"a\" }",

@@ -210,8 +210,6 @@ TEST(MainThreadQueue, SynchronizeRunsThereAndRaisesHere) {
 
 TEST(MainThreadQueue, ClosingFailsThoseWhoWaitAndDropsTheRest) {
   TBench bench;
-  auto held = std::make_shared<int>(0);
-  bench.queue.Queue([held] {});
   std::wstring message;
   std::thread worker([&] {
     try {
@@ -220,10 +218,12 @@ TEST(MainThreadQueue, ClosingFailsThoseWhoWaitAndDropsTheRest) {
       message = e.Message();
     }
   });
-  while (bench.wakes == 0 || bench.queue.IsEmpty()) std::this_thread::yield();
+  while (bench.queue.IsEmpty()) std::this_thread::yield();
+  auto held = std::make_shared<int>(0);
+  bench.queue.Queue([held] {});
   bench.queue.Close();
   worker.join();
-  EXPECT_FALSE(message.empty());
+  EXPECT_EQ(message, L"The main thread ended before it took this call.");
   EXPECT_EQ(held.use_count(), 1);
   bench.queue.Queue([] { ADD_FAILURE() << "a closed queue takes nothing"; });
   EXPECT_FALSE(bench.queue.CheckSynchronize());

@@ -52,16 +52,29 @@ private:
   TProcedure fWork;
 };
 
-/// A thread of the caller's that hangs until the test lets go.
-class TGatedThread : public TKivThread {
+/// Holds so many threads of a pool, all that it may have, behind a gate. Returns the last of the items that do it.
+inline ComPtr<TProbe> Occupy(TWorkerThreadPool& pPool, TGate& pGate, int pThreads = 1, int pTag = 0) {
+  pPool.SetMaxRunningThreads(pThreads);
+  pPool.SetMinWorkerThreads(pThreads);
+  ComPtr<TProbe> item;
+  for (int i = 0; i < pThreads; ++i) {
+    item = Make<TProbe>([&pGate] { pGate.Pass(); }, nullptr, pTag);
+    pPool.AddWorkItem(item);
+  }
+  pGate.AwaitArrivals(static_cast<std::size_t>(pThreads));
+  return item;
+}
+
+/// A thread of the caller's that does what the test says.
+class TProbeThread : public TKivThread {
 public:
-  explicit TGatedThread(TGate& pGate) : fGate(pGate) {}
+  explicit TProbeThread(std::function<void(TKivThread&)> pWork) : fWork(std::move(pWork)) {}
 
 protected:
-  void Execute() override { fGate.Pass(); }
+  void Execute() override { fWork(*this); }
 
 private:
-  TGate& fGate;
+  const std::function<void(TKivThread&)> fWork;
 };
 
 /// Runs what is queued to the main thread until something is so.
