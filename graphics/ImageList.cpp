@@ -78,11 +78,15 @@ void TCustomImageList::UseList(ComPtr<IImageList> pList) {
   fHeight = height;
 }
 
-void TCustomImageList::DropList() {
-  if (!fList) return;
+void TCustomImageList::ForgetList() noexcept {
   fList.Reset();
   fUnscaled.Reset();
   fOverlays.fill(-1);
+}
+
+void TCustomImageList::DropList() {
+  if (!fList) return;
+  ForgetList();
   Change();
 }
 
@@ -105,8 +109,10 @@ void TCustomImageList::SetHandle(HIMAGELIST pHandle) {
 void TCustomImageList::SetShareImages(bool pShare) {
   if (pShare == fShareImages) return;
   // A list changes hands only with its handle.
-  DropList();
+  const bool had_images = HandleAllocated();
+  ForgetList();
   fShareImages = pShare;
+  if (had_images) Change();
 }
 
 void TCustomImageList::CheckOwn() const {
@@ -128,7 +134,8 @@ void TCustomImageList::SetSize(int pWidth, int pHeight) {
   pHeight = std::max(pHeight, 1);
   if (pWidth == GetWidth() && pHeight == GetHeight()) return;
   CheckOwn();
-  DropList();
+  // First all of the new state: a listener may ask for the handle.
+  ForgetList();
   fWidth = pWidth;
   fHeight = pHeight;
   Change();
@@ -137,8 +144,10 @@ void TCustomImageList::SetSize(int pWidth, int pHeight) {
 void TCustomImageList::SetMasked(bool pMasked) {
   if (pMasked == fMasked) return;
   CheckOwn();
-  DropList();
+  const bool had_images = HandleAllocated();
+  ForgetList();
   fMasked = pMasked;
+  if (had_images) Change();
 }
 
 int TCustomImageList::GetCount() {
@@ -169,7 +178,6 @@ int TCustomImageList::Add(const TBitmap& pImages) {
   CheckOwn();
   CheckSize(pImages, true);
   const int first = GetCount();
-  BeginUpdate();
   for (int left = 0; left < pImages.GetWidth(); left += fWidth) {
     if (pImages.GetWidth() == fWidth) {
       Put(-1, pImages);
@@ -178,7 +186,6 @@ int TCustomImageList::Add(const TBitmap& pImages) {
     }
   }
   Change();
-  EndUpdate();
   return first;
 }
 
@@ -202,10 +209,13 @@ int TCustomImageList::AddIcon(HICON pIcon) {
 
 void TCustomImageList::AddImages(TCustomImageList& pSource) {
   CheckOwn();
-  BeginUpdate();
+  PutImages(pSource);
+  Change();
+}
+
+void TCustomImageList::PutImages(TCustomImageList& pSource) {
   const int count = pSource.GetCount(); // its own, perhaps
-  for (int i = 0; i < count; ++i) Add(pSource.GetBitmap(i).Scaled(fWidth, fHeight));
-  EndUpdate();
+  for (int i = 0; i < count; ++i) Put(-1, pSource.GetBitmap(i).Scaled(fWidth, fHeight));
 }
 
 void TCustomImageList::Replace(int pIndex, const TBitmap& pImage) {
@@ -264,15 +274,13 @@ void TCustomImageList::Assign(const TPersistent* pSource) {
   }
   if (source == this) return;
   CheckOwn();
-  BeginUpdate();
-  DropList();
+  ForgetList();
   fMasked = source->fMasked;
   fWidth = source->GetWidth();
   fHeight = source->GetHeight();
-  AddImages(*source);
+  PutImages(*source);
   SetOverlays(source->fOverlays);
   Change();
-  EndUpdate();
 }
 
 // --- scale -----------------------------------------------------------------------------------------------------------

@@ -166,6 +166,8 @@ protected:
 private:
   void CheckSize(const TBitmap& pImages, bool pStrip) const;
   void CheckIndex(int pIndex);
+  void ForgetList() noexcept;
+  void PutImages(TCustomImageList& pSource);
   void PassBkColor();
   void Fill(ComPtr<IImageList> pFrom);
   void SetOverlays(const std::array<int, 16>& pOverlays);

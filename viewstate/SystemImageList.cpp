@@ -124,9 +124,9 @@ int TKivSystemImageList::GetHeight() const {
 
 int TKivSystemImageList::GetCount() {
   if (fSize != si_FreeScaled) return TCustomImageList::GetCount();
-  const ComPtr<IImageList> system = SystemImages(si_Small);
+  if (!fSystem) fSystem = SystemImages(si_Small);
   int count = 0;
-  return system && SUCCEEDED(system->GetImageCount(&count)) ? count : 0;
+  return fSystem && SUCCEEDED(fSystem->GetImageCount(&count)) ? count : 0;
 }
 
 int TKivSystemImageList::GetSpecialFolderIcon(TKivShellFolder pFolder) const {
@@ -151,14 +151,14 @@ void TKivSystemImageList::CreateList() {
 }
 
 void TKivSystemImageList::Require(int pIndex) {
-  if (fSize != si_FreeScaled || pIndex < 0 || pIndex >= GetCount()) return;
-  IImageList& list = List();
+  if (fSize != si_FreeScaled || pIndex < 0) return;
   const auto index = static_cast<std::size_t>(pIndex);
+  if ((index < fMade.size() && fMade[index]) || pIndex >= GetCount()) return;
+  IImageList& list = List();
   if (index >= fMade.size()) {
     fMade.resize(std::max(static_cast<std::size_t>(GetCount()), index + 1));
     list.SetImageCount(static_cast<UINT>(fMade.size()));
   }
-  if (fMade[index]) return;
   TBitmap image = SystemImage(pIndex, fHeight);
   if (image.IsEmpty()) image = TBitmap(fHeight, fHeight, TAlphaFormat::afPremultiplied);
   Put(pIndex, image);
@@ -167,9 +167,9 @@ void TKivSystemImageList::Require(int pIndex) {
 
 int TKivSystemImageList::OverlayImage(int pOverlay) {
   if (fSize != si_FreeScaled || pOverlay < 1 || pOverlay > MostOverlays) return -1;
-  const ComPtr<IImageList> system = SystemImages(si_Small);
+  const int count = GetCount();
   int image = -1;
-  if (!system || FAILED(system->GetOverlayImage(pOverlay, &image)) || image < 0 || image >= GetCount()) return -1;
+  if (count == 0 || FAILED(fSystem->GetOverlayImage(pOverlay, &image)) || image < 0 || image >= count) return -1;
   Require(image);
   return image;
 }

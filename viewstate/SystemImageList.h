@@ -100,7 +100,9 @@ private:
   TKivImageListSize fSize;
   int fHeight = 16; // of si_FreeScaled
   bool fInstance = false;
-  std::vector<bool> fMade; // the images of si_FreeScaled that are there
+  // For si_FreeScaled: one of the platform's lists, which all have the same images, and which images there are here.
+  ComPtr<IImageList> fSystem;
+  std::vector<bool> fMade;
 };
 
 template <>

@@ -15,7 +15,7 @@ int main(int pCount, char** pArguments) {
   OleInitialize(nullptr);
   kiv::MainThread::Attach();
   constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
-                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures};
+                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::IconFigures};
 #else
   constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures};
 #endif

@@ -77,8 +77,11 @@ TEST(ImageList, KeepsPicturesWithTheirAlpha) {
     EXPECT_THROW(list.Replace(9, Square(16, 0)), EInvalidGraphic);
     EXPECT_THROW(list.Delete(-1), EInvalidGraphic);
     EXPECT_THROW(list.Overlay(0, 16), EInvalidGraphic);
+    list.SetOnChange([&list](TPersistent*) { list.GetHandle(); }); // as a control does
     list.SetSize(20, 20);
     EXPECT_EQ(list.GetCount(), 0);
+    list.Add(Square(20, Half));
+    ExpectNear(Middle(list.GetBitmap(0)), 0x80800000, "new size ");
   }
 }
 
