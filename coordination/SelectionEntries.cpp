@@ -91,6 +91,7 @@ void TSelectionEntries::Erase(TRange pRange) {
 void TSelectionEntries::Clear() noexcept {
   fEntries.clear();
   fWithRootInside = 0;
+  fMayNest = false;
 }
 
 void TSelectionEntries::Count(const std::wstring& pEntry, bool pIn) noexcept {

@@ -42,11 +42,16 @@ public:
   void Erase(TRange pRange);
   void Clear() noexcept;
 
+  /// An entry may have come in below another one's folder. Until Clear.
+  void SetMayNest() noexcept { fMayNest = true; }
+  bool MayNest() const noexcept { return fMayNest; }
+
 private:
   void Count(const std::wstring& pEntry, bool pIn) noexcept;
 
   std::vector<std::wstring> fEntries;
   std::size_t fWithRootInside = 0;
+  bool fMayNest = false;
 };
 
 } // namespace kiv

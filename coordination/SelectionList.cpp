@@ -134,6 +134,7 @@ bool TKivSelectionList::AddEntry(std::wstring pPath, std::wstring& pEntry) {
   } else {
     DoInvalidPath(pPath);
     if (fRemoveInvalidPaths) return false;
+    List().SetMayNest();
   }
   if (pEntry.empty() || !List().Insert(pEntry)) return false;
   if (exists && pEntry.ends_with(L'*')) {
@@ -298,6 +299,7 @@ void TKivSelectionList::Clear() {
   Edit([this] {
     AbortSizeCalculation();
     EraseEntries({0, List().Count()}, false);
+    List().Clear();
   });
 }
 

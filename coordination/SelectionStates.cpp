@@ -93,6 +93,7 @@ bool TSelectionStates::IsItemFullSelected(std::wstring_view pEntry) {
   return fLockObj.Read([&] {
     std::size_t index = 0;
     if (fList.Find(pEntry, index) || CoversByNeighbour(pEntry, index)) return true;
+    if (!fList.MayNest()) return false;
     // Entries of what isn't there may lie anywhere, also between the two.
     std::wstring entry;
     for (std::wstring_view folder = FolderOf(pEntry); !folder.empty(); folder = FolderOf(folder)) {

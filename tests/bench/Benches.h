@@ -15,5 +15,6 @@ std::vector<TFigure> MainThreadFigures();
 /// Also natively.
 std::vector<TFigure> PathFigures();
 std::vector<TFigure> PoolFigures();
+std::vector<TFigure> SelectionFigures();
 
 } // namespace kiv::bench

@@ -15,9 +15,10 @@ int main(int pCount, char** pArguments) {
   OleInitialize(nullptr);
   kiv::MainThread::Attach();
   constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
-                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::IconFigures};
+                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::IconFigures,
+                              &kiv::bench::SelectionFigures};
 #else
-  constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures};
+  constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::SelectionFigures};
 #endif
   int result = 0;
   {

@@ -184,6 +184,11 @@ TEST_F(SelectionList, KeepsInvalidPathsOnRequest) {
   Do({L"+C:\\none\\x\\*", L"+", L"+.", L"+C:\\none\\x\\"});
   EXPECT_EQ(Entries(), (TTexts{L".", L"C:\\none\\x\\"}));
   EXPECT_EQ(fList.IsPathSelected(L"C:\\none\\x"), ssDisabled);
+  // Also below a folder's entry, which covers its files all the same.
+  MakeAll({L"C:\\a\\f", L"C:\\z"});
+  Do({L"+C:\\a", L"+C:\\a\\e", L"+C:\\a\\g"});
+  EXPECT_EQ(fList.GetCount(), 5);
+  EXPECT_EQ(fList.IsPathSelected(L"C:\\a\\f"), ssChecked);
 }
 
 TEST_F(SelectionList, FollowsFoldersThatAreLinks) {
