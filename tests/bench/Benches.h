@@ -10,6 +10,7 @@ namespace kiv::bench {
 std::vector<TFigure> ListFigures();
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
+std::vector<TFigure> RowFigures();
 #endif
 /// Also natively.
 std::vector<TFigure> PathFigures();
