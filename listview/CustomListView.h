@@ -346,6 +346,8 @@ private:
   void PutText(LVITEMW& pItem, std::wstring pText);
   UINT StateBitsOf(const TListItem& pItem) const noexcept;
   void TakeStateReport(int pFirst, int pLast, UINT pOldState, UINT pNewState);
+  void PostColumnClick(int pIndex);
+  void PostDrag(int pIndex, TMouseButton pButton);
   LRESULT BeginLabelEdit(int pIndex);
   void EndLabelEdit(const wchar_t* pText);
   LRESULT FindRow(const NMLVFINDITEMW& pFind);

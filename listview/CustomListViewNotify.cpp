@@ -44,24 +44,14 @@ void TCustomListView::CNNotify(TMessage& pMessage) {
   case LVN_ENDLABELEDITW:
     EndLabelEdit(reinterpret_cast<const NMLVDISPINFOW*>(header)->item.pszText);
     return;
-  case LVN_COLUMNCLICK: {
-    const int index = reinterpret_cast<const NMLISTVIEW*>(header)->iSubItem;
-    if (index < 0 || index >= fColumns->GetCount()) return;
-    PostAction([this, id = fColumns->GetItem(index)->GetID()] {
-      if (TListColumn* const column = fColumns->FindItemID(id)) ColClick(column);
-    });
+  case LVN_COLUMNCLICK:
+    PostColumnClick(reinterpret_cast<const NMLISTVIEW*>(header)->iSubItem);
     return;
-  }
   case LVN_BEGINDRAG:
-  case LVN_BEGINRDRAG: {
-    TListItem* const item = fRowsDirty ? nullptr : RowAt(reinterpret_cast<const NMLISTVIEW*>(header)->iItem);
-    if (item == nullptr) return;
-    const auto button = header->code == LVN_BEGINDRAG ? TMouseButton::mbLeft : TMouseButton::mbRight;
-    PostAction([this, item, button, row = TAliveWatch(item->GetAliveToken())] {
-      if (row.IsAlive() && item->GetIndex() >= 0) BeginItemDrag(item, button);
-    });
+  case LVN_BEGINRDRAG:
+    PostDrag(reinterpret_cast<const NMLISTVIEW*>(header)->iItem,
+             header->code == LVN_BEGINDRAG ? TMouseButton::mbLeft : TMouseButton::mbRight);
     return;
-  }
   case NM_CUSTOMDRAW:
     pMessage.Result = HandleCustomDraw(*reinterpret_cast<NMLVCUSTOMDRAW*>(header));
     return;
@@ -145,6 +135,21 @@ void TCustomListView::TakeStateReport(int pFirst, int pLast, UINT pOldState, UIN
   if (changed == 0) return;
   fReportsDue = true;
   WakeUp();
+}
+
+void TCustomListView::PostColumnClick(int pIndex) {
+  if (fColumnsDirty || pIndex < 0 || pIndex >= fColumns->GetCount()) return;
+  PostAction([this, id = fColumns->GetItem(pIndex)->GetID()] {
+    if (TListColumn* const column = fColumns->FindItemID(id)) ColClick(column);
+  });
+}
+
+void TCustomListView::PostDrag(int pIndex, TMouseButton pButton) {
+  TListItem* const item = fRowsDirty ? nullptr : RowAt(pIndex);
+  if (item == nullptr) return;
+  PostAction([this, item, pButton, row = TAliveWatch(item->GetAliveToken())] {
+    if (row.IsAlive() && item->GetIndex() >= 0) BeginItemDrag(item, pButton);
+  });
 }
 
 LRESULT TCustomListView::FindRow(const NMLVFINDITEMW& pFind) {

@@ -45,7 +45,9 @@ DWORD TCustomListView::StyleBits() const noexcept {
 }
 
 DWORD TCustomListView::ExtendedStyleBits() const noexcept {
-  DWORD style = LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP;
+  DWORD style = LVS_EX_LABELTIP;
+  // What is painted into a buffer in a mirrored window, not all platforms bring back the right way round.
+  if (!UseRightToLeftAlignment()) style |= LVS_EX_DOUBLEBUFFER;
   if (fRowSelect) style |= LVS_EX_FULLROWSELECT;
   if (fGridLines) style |= LVS_EX_GRIDLINES;
   if (fFullDrag) style |= LVS_EX_HEADERDRAGDROP;

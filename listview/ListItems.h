@@ -214,27 +214,28 @@ private:
 
 template <typename F>
 void TListItems::SortByKey(F&& pKeyOf, bool pDescending) {
-  struct TKeyed {
-    std::decay_t<std::invoke_result_t<F, const TListItem&>> key;
-    TListItem* row;
-  };
-  std::vector<TKeyed> keyed;
-  keyed.reserve(fRows.size());
+  using K = std::decay_t<std::invoke_result_t<F, const TListItem&>>;
+  const std::size_t count = fRows.size();
+  std::vector<K> keys;
+  keys.reserve(count);
   {
     const TSortLock lock(*this);
-    for (std::size_t i = 0; i < fRows.size(); ++i) {
-      keyed.push_back({pKeyOf(std::as_const(*fRows[i])), fRows[i].get()});
+    for (std::size_t i = 0; i < count; ++i) {
+      keys.push_back(pKeyOf(std::as_const(*fRows[i])));
       lock.Check();
     }
   }
+  // Numbers are moved, being cheap, rather than texts, which aren't.
+  std::vector<std::uint32_t> places(count);
+  for (std::size_t i = 0; i < count; ++i) places[i] = static_cast<std::uint32_t>(i);
   if (pDescending) {
-    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return b.key < a.key; });
+    std::stable_sort(places.begin(), places.end(), [&](auto a, auto b) { return keys[b] < keys[a]; });
   } else {
-    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.key < b.key; });
+    std::stable_sort(places.begin(), places.end(), [&](auto a, auto b) { return keys[a] < keys[b]; });
   }
   std::vector<TListItem*> order;
-  order.reserve(keyed.size());
-  for (const TKeyed& entry : keyed) order.push_back(entry.row);
+  order.reserve(count);
+  for (const std::uint32_t place : places) order.push_back(fRows[place].get());
   PutOrder(order);
 }
 

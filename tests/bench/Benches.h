@@ -11,6 +11,7 @@ std::vector<TFigure> IconFigures();
 std::vector<TFigure> ListFigures();
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();
+std::vector<TFigure> RowFigures();
 #endif
 /// Also natively.
 std::vector<TFigure> PathFigures();
