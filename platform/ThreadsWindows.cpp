@@ -77,7 +77,8 @@ struct TApartmentState {
   HANDLE never = nullptr; // an event that nobody sets: what a sleep waits for
 };
 thread_local TApartmentState gApartment;
-thread_local std::vector<void (*)()> gBeforeLeaving;
+// Raw, like all that lies here: some runtimes (MinGW) free a thread's variables before they destroy them.
+thread_local std::vector<void (*)()>* gBeforeLeaving = nullptr;
 thread_local bool gEntered = false;
 
 void SleepServing(std::chrono::milliseconds time) {
@@ -177,11 +178,12 @@ bool EnterApartment(bool pFreeThreaded) noexcept {
 
 void LeaveApartment() noexcept {
   // One may register another.
-  while (!gBeforeLeaving.empty()) {
-    const auto finalizer = gBeforeLeaving.back();
-    gBeforeLeaving.pop_back();
+  while (gBeforeLeaving && !gBeforeLeaving->empty()) {
+    const auto finalizer = gBeforeLeaving->back();
+    gBeforeLeaving->pop_back();
     finalizer();
   }
+  delete std::exchange(gBeforeLeaving, nullptr);
   gEntered = false;
   const TApartmentState state = std::exchange(gApartment, {});
   if (state.never) CloseHandle(state.never);
@@ -189,8 +191,10 @@ void LeaveApartment() noexcept {
 }
 
 bool AtLeaveApartment(void (*pFinalizer)()) {
-  if (gEntered) gBeforeLeaving.push_back(pFinalizer);
-  return gEntered;
+  if (!gEntered) return false;
+  if (!gBeforeLeaving) gBeforeLeaving = new std::vector<void (*)()>;
+  gBeforeLeaving->push_back(pFinalizer);
+  return true;
 }
 
 bool ServesApartment() noexcept {
