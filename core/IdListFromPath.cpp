@@ -10,6 +10,7 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 #include <platform/Wow64.h>
 
 #include <algorithm>
@@ -56,15 +57,14 @@ TUniqueItemIdList Combine(const TUniqueItemIdList& parent, PCUIDLIST_RELATIVE ch
 
 TUniqueItemIdList DrivesFolder() {
   PIDLIST_ABSOLUTE raw = nullptr;
-  GuardedExport(ShellApi().SHGetSpecialFolderLocation, nullptr, CSIDL_DRIVES, &raw);
-  return TUniqueItemIdList(raw);
+  const HRESULT hr = GuardedExport(ShellApi().SHGetSpecialFolderLocation, nullptr, CSIDL_DRIVES, &raw);
+  return TakeItemIdList(hr, raw);
 }
 
 TUniqueItemIdList ParseFromRoot(const std::wstring& path, IBindCtx* context) {
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedExport(ShellApi().SHParseDisplayName, path.c_str(), context, &raw, SFGAOF{0}, nullptr);
-  TUniqueItemIdList list(raw);
-  return SUCCEEDED(hr) ? std::move(list) : TUniqueItemIdList();
+  return TakeItemIdList(hr, raw);
 }
 
 TUniqueItemIdList CreateFromRoot(const std::wstring& path) {
@@ -81,7 +81,7 @@ TUniqueItemIdList ParseInFolder(IShellFolder* folder, std::wstring path, HWND wi
   ULONG attributes = 0;
   const HRESULT hr =
       GuardedCall([&] { return folder->ParseDisplayName(window, nullptr, path.data(), &eaten, &raw, &attributes); });
-  TUniqueItemIdList list(raw);
+  TUniqueItemIdList list = TakeItemIdList(hr, raw);
   return hr == S_OK ? std::move(list) : TUniqueItemIdList();
 }
 

@@ -12,6 +12,7 @@
 #include <framework/TextCompare.h>
 #include <platform/FaultGuard.h>
 #include <platform/MainThread.h>
+#include <platform/TakeResult.h>
 
 #include <utility>
 
@@ -61,12 +62,12 @@ TUniqueItemIdList SimpleListFromPath(std::wstring_view path) {
 TUniqueItemIdList ListFromItem(IShellItem* item) {
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedExport(ShellApi().SHGetIDListFromObject, item, &raw);
-  TUniqueItemIdList list(raw);
-  if (SUCCEEDED(hr) && list) return list;
+  TUniqueItemIdList list = TakeItemIdList(hr, raw);
+  if (list) return list;
   wchar_t* name = nullptr;
   const HRESULT named = GuardedCall([&] { return item->GetDisplayName(SIGDN_DESKTOPABSOLUTEPARSING, &name); });
-  const TUniqueTaskText text(name);
-  if (FAILED(named) || !text) return {};
+  const TUniqueTaskText text = TakeText(named, name);
+  if (!text) return {};
   return GetIdListFromPath(nullptr, text.Get(), nullptr);
 }
 
@@ -165,8 +166,8 @@ ComPtr<TKivItemIdList> TKivItemIdList::Create(IShellFolder* pShellFolder, PCUIDL
   PIDLIST_ABSOLUTE raw = nullptr;
   HRESULT hr = E_POINTER;
   if (pShellFolder) hr = GuardedExport(ShellApi().SHGetIDListFromObject, pShellFolder, &raw);
-  const TUniqueItemIdList folder(raw);
-  if (SUCCEEDED(hr) && folder) return Create(TUniqueItemIdList(ILCombine(folder.Get(), pRelativeIdList)));
+  const TUniqueItemIdList folder = TakeItemIdList(hr, raw);
+  if (folder) return Create(TUniqueItemIdList(ILCombine(folder.Get(), pRelativeIdList)));
   return Make<TKivItemIdList>(TStart{.failed = true, .folder = SF_FILESYSTEMFOLDER, .pathKnown = true});
 }
 

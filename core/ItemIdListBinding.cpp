@@ -8,6 +8,7 @@
 #include <core/ShellLinkHelper.h>
 #include <platform/FaultGuard.h>
 #include <platform/MainThread.h>
+#include <platform/TakeResult.h>
 #include <platform/fill/FileStream.h>
 #include <platform/fill/Revalidation.h>
 
@@ -174,7 +175,7 @@ bool TKivItemIdList::Reload() {
   } else if (SUCCEEDED(hr)) {
     PIDLIST_ABSOLUTE raw = nullptr;
     hr = GuardedExport(ShellApi().SHGetIDListFromObject, item.Get(), &raw);
-    list.Reset(raw);
+    list = TakeItemIdList(hr, raw);
   }
   if (FAILED(hr) || !list) return false;
   if (!SameBytes(list.Get(), fItemIdList.Get())) fItemIdList.Replace(list.Release());

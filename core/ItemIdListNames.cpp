@@ -9,6 +9,7 @@
 #include <framework/FileNames.h>
 #include <platform/ErrorText.h>
 #include <platform/FaultGuard.h>
+#include <platform/TakeResult.h>
 #include <platform/Text.h>
 
 namespace kiv {
@@ -29,7 +30,7 @@ std::wstring TKivItemIdList::ShellName(SIGDN pKind) {
   wchar_t* name = nullptr;
   TFault fault;
   const HRESULT hr = GuardedCall([&] { return item->GetDisplayName(pKind, &name); }, &fault);
-  const TUniqueTaskText text(name);
+  const TUniqueTaskText text = TakeText(hr, name);
   if (fault) {
     throw EPathmereError(L"The shell faulted while it was asked for a name: " +
                              DescribeError(static_cast<HRESULT>(fault.code)),

@@ -6,6 +6,7 @@
 #include <platform/Lifecycle.h>
 #include <platform/MainThread.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 #include <platform/Threads.h>
 #include <platform/fill/ElementName.h>
 
@@ -91,7 +92,7 @@ TUniqueItemIdList ParseChild(const TParent& parent, std::wstring name) {
   ULONG attributes = 0;
   const HRESULT hr = GuardedCall(
       [&] { return parent.folder->ParseDisplayName(nullptr, nullptr, name.data(), &eaten, &raw, &attributes); });
-  const TUniqueItemIdList child(raw);
+  const TUniqueItemIdList child = TakeItemIdList(hr, raw);
   if (hr != S_OK || !child) return {};
   return TUniqueItemIdList(ILCombine(static_cast<PCIDLIST_ABSOLUTE>(parent.list.Get()), child.Get()));
 }

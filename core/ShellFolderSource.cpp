@@ -8,6 +8,7 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 
 #include <algorithm>
 #include <utility>
@@ -77,7 +78,7 @@ HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
   if (!parse) return E_NOTIMPL;
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, 0, nullptr); });
-  const TUniqueItemIdList list(raw);
+  const TUniqueItemIdList list = TakeItemIdList(hr, raw);
   if (FAILED(hr)) return hr;
   if (!list) return PathNotFound;
   const bool is_root = list.Get()->mkid.cb == 0;
@@ -102,7 +103,7 @@ HRESULT OpenByParents(const std::wstring& path, ComPtr<IShellFolder>& folder) {
     if (name.empty()) continue;
     PIDLIST_RELATIVE raw = nullptr;
     hr = GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, name.data(), nullptr, &raw, nullptr); });
-    const TUniqueItemIdList item(raw);
+    const TUniqueItemIdList item = TakeItemIdList(hr, raw);
     const ComPtr<IShellFolder> parent = std::move(folder);
     if (SUCCEEDED(hr)) hr = item ? Bind(parent.Get(), item.Get(), folder) : PathNotFound;
   }

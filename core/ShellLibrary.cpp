@@ -4,6 +4,7 @@
 #include <platform/FaultGuard.h>
 #include <platform/Handles.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 
 #include <shobjidl.h>
 
@@ -49,8 +50,8 @@ std::wstring GetDefaultSavePathFromLibrary(PCIDLIST_ABSOLUTE pItemIdList) {
   if (!folder) return {};
   wchar_t* raw = nullptr;
   const HRESULT hr = GuardedCall([&] { return folder->GetDisplayName(SIGDN_FILESYSPATH, &raw); });
-  const TUniqueTaskText path(raw);
-  return SUCCEEDED(hr) && path ? path.Get() : std::wstring();
+  const TUniqueTaskText path = TakeText(hr, raw);
+  return path ? path.Get() : std::wstring();
 }
 
 } // namespace kiv

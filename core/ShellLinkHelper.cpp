@@ -9,6 +9,7 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 #include <platform/fill/ElementName.h>
 
 namespace kiv {
@@ -38,8 +39,8 @@ ComPtr<IItemIdList> TargetOf(const ComPtr<IShellLinkW>& link) {
   if (!link) return nullptr;
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedCall([&] { return link->GetIDList(&raw); });
-  TUniqueItemIdList list(raw);
-  if (FAILED(hr) || !list) return nullptr;
+  TUniqueItemIdList list = TakeItemIdList(hr, raw);
+  if (!list) return nullptr;
   return TKivItemIdList::Create(std::move(list));
 }
 

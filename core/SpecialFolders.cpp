@@ -11,6 +11,7 @@
 #include <platform/InterfaceId.h>
 #include <platform/Lifecycle.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 
 #include <array>
 #include <cstddef>
@@ -214,10 +215,13 @@ TUniqueItemIdList SpecialFolders::MakeRawList(TKivShellFolder pFolder) {
   const TEntry& entry = Table[IndexOf(pFolder)];
   PIDLIST_ABSOLUTE raw = nullptr;
   if (entry.csidl != NoNumber) {
-    GuardedExport(ShellApi().SHGetSpecialFolderLocation, HWND{}, entry.csidl, &raw);
+    const HRESULT hr = GuardedExport(ShellApi().SHGetSpecialFolderLocation, HWND{}, entry.csidl, &raw);
+    if (TUniqueItemIdList list = TakeItemIdList(hr, raw)) return list;
   }
-  if (!raw && entry.id) GuardedExport(ShellApi().SHGetKnownFolderIDList, *entry.id, DWORD{0}, HANDLE{}, &raw);
-  return TUniqueItemIdList(raw);
+  if (!entry.id) return {};
+  raw = nullptr;
+  const HRESULT hr = GuardedExport(ShellApi().SHGetKnownFolderIDList, *entry.id, DWORD{0}, HANDLE{}, &raw);
+  return TakeItemIdList(hr, raw);
 }
 
 TKivShellFolder SpecialFolders::FromIdentifier(const GUID& pId, TKivShellFolders pFolders) {

@@ -78,7 +78,8 @@ struct TApartmentState {
   HANDLE never = nullptr; // an event that nobody sets: what a sleep waits for
 };
 thread_local TApartmentState gApartment;
-thread_local std::vector<void (*)()> gBeforeLeaving;
+// Raw, like all that lies here: some runtimes (MinGW) free a thread's variables before they destroy them.
+thread_local std::vector<void (*)()>* gBeforeLeaving = nullptr;
 
 void SleepServing(std::chrono::milliseconds time) {
   const DWORD limit = time.count() > 0 ? static_cast<DWORD>(time.count()) : 0;
@@ -179,12 +180,13 @@ bool EnterApartment(bool pFreeThreaded) noexcept {
 
 void LeaveApartment() noexcept {
   // One may register another.
-  while (gApartment.entered == 1 && !gBeforeLeaving.empty()) {
-    const auto finalizer = gBeforeLeaving.back();
-    gBeforeLeaving.pop_back();
+  while (gApartment.entered == 1 && gBeforeLeaving && !gBeforeLeaving->empty()) {
+    const auto finalizer = gBeforeLeaving->back();
+    gBeforeLeaving->pop_back();
     finalizer();
   }
   if (--gApartment.entered == 0) {
+    delete std::exchange(gBeforeLeaving, nullptr);
     const TApartmentState state = std::exchange(gApartment, {});
     if (state.never) CloseHandle(state.never);
   }
@@ -193,7 +195,8 @@ void LeaveApartment() noexcept {
 
 bool AtLeaveApartment(void (*pFinalizer)()) {
   if (gApartment.entered == 0) return false;
-  gBeforeLeaving.push_back(pFinalizer);
+  if (!gBeforeLeaving) gBeforeLeaving = new std::vector<void (*)()>;
+  gBeforeLeaving->push_back(pFinalizer);
   return true;
 }
 

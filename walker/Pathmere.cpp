@@ -12,6 +12,7 @@
 #include <platform/FaultGuard.h>
 #include <platform/MainThread.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 
 #include <utility>
 
@@ -41,8 +42,9 @@ ComPtr<IShellFolder> Bind(IItemIdList* list) {
 ComPtr<IItemIdList> ListOf(const ComPtr<IShellFolder>& folder) {
   const auto persistent = folder.MaybeAs<IPersistFolder2>();
   PIDLIST_ABSOLUTE raw = nullptr;
-  if (!persistent || FAILED(GuardedCall([&] { return persistent->GetCurFolder(&raw); })) || !raw) return nullptr;
-  return TKivItemIdList::Create(TUniqueItemIdList(raw));
+  const HRESULT hr = persistent ? GuardedCall([&] { return persistent->GetCurFolder(&raw); }) : E_NOINTERFACE;
+  TUniqueItemIdList list = TakeItemIdList(hr, raw);
+  return list ? TKivItemIdList::Create(std::move(list)) : nullptr;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <platform/ErrorMode.h>
 #include <platform/FaultGuard.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 #include <platform/fill/LiteralPath.h>
 
 #include <string>
@@ -15,7 +16,7 @@ namespace {
 HRESULT GetName(IShellItem* item, SIGDN kind, TUniqueTaskText& name) {
   wchar_t* text = nullptr;
   const HRESULT hr = GuardedCall([&] { return item->GetDisplayName(kind, &text); });
-  name.Reset(text);
+  name = TakeText(hr, text);
   if (FAILED(hr)) return hr;
   return name ? S_OK : E_UNEXPECTED;
 }
@@ -27,7 +28,7 @@ HRESULT CheckDisk(const std::wstring& path) {
 }
 
 HRESULT Give(HRESULT hr, PIDLIST_ABSOLUTE raw, TUniqueItemIdList& list) {
-  list.Reset(raw);
+  list = TakeItemIdList(hr, raw);
   if (FAILED(hr)) return hr;
   return list ? S_OK : E_UNEXPECTED;
 }

@@ -4,6 +4,7 @@
 #include <doubles/ScopedTempFolder.h>
 #include <platform/MainThread.h>
 #include <platform/ShellApi.h>
+#include <platform/TakeResult.h>
 #include <platform/Threads.h>
 
 #include <gtest/gtest.h>
@@ -44,10 +45,11 @@ protected:
     const TUniqueItemIdList ours = GetIdListFromPath(nullptr, path);
     const bool quick = gFromRoot == before;
     PIDLIST_ABSOLUTE raw = nullptr;
-    SHParseDisplayName(path.c_str(), nullptr, &raw, 0, nullptr);
-    const TUniqueItemIdList theirs(raw);
+    const HRESULT hr = SHParseDisplayName(path.c_str(), nullptr, &raw, 0, nullptr);
+    const TUniqueItemIdList theirs = TakeItemIdList(hr, raw);
     const auto* const list = static_cast<PCIDLIST_ABSOLUTE>(ours.Get());
-    EXPECT_TRUE(quick ? SameFile(list, raw) : !ours == !theirs && (!ours || ILIsEqual(list, raw)))
+    const auto* const shells = static_cast<PCIDLIST_ABSOLUTE>(theirs.Get());
+    EXPECT_TRUE(quick ? SameFile(list, shells) : !list == !shells && (!list || ILIsEqual(list, shells)))
         << testing::PrintToString(path);
     return quick;
   }
