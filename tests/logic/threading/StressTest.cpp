@@ -1,6 +1,7 @@
 #include "PoolFixture.h"
 
 #include <platform/DebugOutput.h>
+#include <platform/Text.h>
 #include <platform/Threads.h>
 
 #include <array>
@@ -16,16 +17,18 @@ namespace {
 
 // Everything at once: items that count, raise, cancel themselves, queue others and drop their pool; tokens that are
 // reset, pauses, changes of the limits, terminations, and pools that come and go. Each item that was made is destroyed
-// (the fixture counts) and none runs twice. KIV_STRESS_ITEMS says how many items; KIV_STRESS_SEED repeats a run.
-using Stress = PoolTest;
-
-unsigned Number(const wchar_t* name, unsigned otherwise) {
-  const auto text = EnvironmentVariable(name);
-  return text ? static_cast<unsigned>(std::stoul(*text)) : otherwise;
-}
+// and none runs twice. KIV_STRESS_ITEMS says how many items; KIV_STRESS_SEED repeats a run.
+class Stress : public PoolTest {
+protected:
+  static unsigned long long Number(const wchar_t* name, unsigned long long otherwise) {
+    const auto text = EnvironmentVariable(name);
+    return text ? std::stoull(ToUtf8(*text)) : otherwise;
+  }
+};
 
 struct TCounts {
   std::atomic<long> made{0};
+  std::atomic<long> gone{0};
   std::atomic<long> ran{0};
   std::atomic<long> twice{0};
 };
@@ -59,6 +62,9 @@ public:
       break;
     }
   }
+
+protected:
+  ~TStressItem() override { ++fCounts.gone; }
 
 private:
   TCounts& fCounts;
@@ -137,8 +143,8 @@ void Disturb(TRound& round, const std::atomic<bool>& stop, unsigned seed) {
 }
 
 TEST_F(Stress, NothingIsLostOrDoneTwice) {
-  const long items = Number(L"KIV_STRESS_ITEMS", 60'000);
-  const unsigned seed = Number(L"KIV_STRESS_SEED", std::random_device{}());
+  const auto items = static_cast<long>(Number(L"KIV_STRESS_ITEMS", 60'000));
+  const auto seed = static_cast<unsigned>(Number(L"KIV_STRESS_SEED", std::random_device{}()));
   SCOPED_TRACE("KIV_STRESS_SEED=" + std::to_string(seed));
   MainThread::SetExceptionHandler([](std::exception_ptr) {});
   const ScopedDebugSink quiet([](const std::wstring&) {}); // of what items raise
@@ -167,6 +173,7 @@ TEST_F(Stress, NothingIsLostOrDoneTwice) {
     round.pool.reset();
   }
   EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
+  EXPECT_EQ(counts.gone, counts.made);
   EXPECT_EQ(counts.twice, 0);
   EXPECT_GT(counts.ran, 0);
 }
@@ -184,9 +191,9 @@ TEST_F(Stress, NoWakeUpIsLost) {
   pool.SetMaxRunningThreads(2);
   pool.SetMinWorkerThreads(2);
   std::atomic<int> done{0};
-  const auto add = [&](std::size_t count) {
-    IWorkItems items(count);
-    for (auto& item : items) item = Make<TProbe>([&] { ++done; });
+  const auto add = [&](int count) {
+    IWorkItems items;
+    for (int i = 0; i < count; ++i) items.push_back(Make<TProbe>([&] { ++done; }));
     if (count == 1) {
       pool.AddWorkItem(items.front());
     } else {

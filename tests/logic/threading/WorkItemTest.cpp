@@ -107,17 +107,6 @@ TEST_F(WorkItem, IsFinalThoughItsCleanUpRaises) {
   set->Wait();
 }
 
-// As adding an item to a pool does; relied upon.
-TEST_F(WorkItem, AStatusSetFromOutsideOverwritesACancellation) {
-  const auto item = Make<TProbe>();
-  item->Cancel();
-  item->SetStatus(WaitingToRun);
-  EXPECT_EQ(item->GetStatus(), WaitingToRun);
-  EXPECT_TRUE(item->TryChangeStatus(Running));
-  item->Cancel();
-  EXPECT_EQ(item->terminates, 2) << "it has had two lives";
-}
-
 TEST_F(WorkItem, LookingAtTheStatusIsWhatNoticesTheToken) {
   CancellationToken record;
   const auto item = Make<TProbe>(nullptr, record);
@@ -183,6 +172,18 @@ TEST_F(WorkItem, OffersItsInterfacesAndTellsItsClass) {
   EXPECT_TRUE(item.MaybeAs<ICancellationIndicator>());
   EXPECT_FALSE(item.MaybeAs<INonInterruptable>());
   EXPECT_EQ(item->ClassType(), typeid(TAsyncProcedure));
+}
+
+TEST_F(WorkItem, WaitForAllReturnsWhenTheLastIsFinal) {
+  const auto first = Make<TProbe>();
+  const auto second = Make<TProbe>();
+  std::jthread worker([&] {
+    second->SetStatus(Canceled);
+    first->SetStatus(Completed);
+  });
+  IWorkItemsHelper::WaitForAll({first, second});
+  EXPECT_EQ(first->GetStatus(), Completed);
+  EXPECT_EQ(second->GetStatus(), Canceled);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "PoolFixture.h"
 
-#include <threading/Future.h>
 #include <threading/WorkItemsQueue.h>
 
 #include <algorithm>
@@ -9,6 +8,30 @@
 
 namespace kiv::test {
 namespace {
+
+struct IMarked : IUnknown {};
+
+} // namespace
+} // namespace kiv::test
+
+namespace kiv {
+KIV_INTERFACE_ID(test::IMarked, "{5B0B0D6E-2C30-4B8F-9D83-0E6E2F6F0011}");
+} // namespace kiv
+
+namespace kiv::test {
+namespace {
+
+class TMarkedProbe : public TProbe, public IMarked {
+public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID pIid, void** pObject) override {
+    if (!pObject || !(pIid == IidOf<IMarked>())) return TProbe::QueryInterface(pIid, pObject);
+    *pObject = static_cast<IMarked*>(this);
+    AddRef();
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return TProbe::AddRef(); }
+  ULONG STDMETHODCALLTYPE Release() override { return TProbe::Release(); }
+};
 
 using WorkItemsQueue = PoolTest;
 using TWaker = TWorkItemsQueue::TWaker;
@@ -42,9 +65,9 @@ TEST_F(WorkItemsQueue, FindsItemsByTagClassAndInterface) {
   EXPECT_FALSE(queue.ContainsWorkItem(6));
   EXPECT_TRUE(queue.ContainsWorkItem(5, &IsOfClass<TBasicWorkItem>)) << "derived classes count";
   EXPECT_FALSE(queue.ContainsWorkItem(0, &IsOfClass<TAsyncProcedure>));
-  EXPECT_FALSE(queue.ContainsWorkItem(IidOf<IFuture<int>>()));
-  queue.Add(TFuture<int>::Construct([] { return 1; }), false);
-  EXPECT_TRUE(queue.ContainsWorkItem(IidOf<IFuture<int>>()));
+  EXPECT_FALSE(queue.ContainsWorkItem(IidOf<IMarked>()));
+  queue.Add(Make<TMarkedProbe>(), false);
+  EXPECT_TRUE(queue.ContainsWorkItem(IidOf<IMarked>()));
 }
 
 TEST_F(WorkItemsQueue, ClearDropsWithoutAWord) {
@@ -125,23 +148,6 @@ TEST_F(WorkItemsQueue, OneWhoLooksAroundSparesAWakeUpAndHandsOnWhatIsMore) {
   EXPECT_EQ(queue.TakeOrList(item, searcher, TFound::Search), TFound::Nothing);
   queue.Add(Tagged(3), false);
   EXPECT_TRUE(searcher->WaitFor({}));
-}
-
-// Relied upon by the handlers of that event.
-TEST_F(WorkItemsQueue, TheLastItemsEventHoldsAllWorkersBack) {
-  TWorkItemsQueue queue;
-  const auto waker = std::make_shared<TSignal>();
-  ComPtr<IWorkItem> item;
-  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Nothing);
-  ASSERT_TRUE(queue.BeginAllDone());
-  EXPECT_FALSE(queue.BeginAllDone()) << "one at a time";
-  queue.Add(Tagged(1), true);
-  EXPECT_FALSE(waker->WaitFor({}));
-  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Nothing);
-  queue.EndAllDone();
-  EXPECT_TRUE(waker->WaitFor({})) << "what was added meanwhile starts now";
-  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Nothing), TFound::Item);
-  EXPECT_FALSE(queue.BeginAllDone()) << "something was added since the last was done";
 }
 
 } // namespace
