@@ -74,6 +74,9 @@ public:
   void EnableAlign();
   /// Lays out the children now.
   void Realign();
+  /// Mirrors the places, alignments and anchors of the children, for languages from right to left; with `pAllLevels`
+  /// those of their children as well.
+  void FlipChildren(bool pAllLevels);
 
   // --- focus ---
   bool Focused() const noexcept;
