@@ -39,7 +39,7 @@ class KIV_EXPORT TControl : public TComponent {
 public:
   explicit TControl(TComponent* pOwner = nullptr);
   ~TControl() override;
-  std::wstring ClassName() const override { return L"TControl"; }
+  std::wstring ClassName() const override;
   void SetName(const std::wstring& pName) override;
 
   TWinControl* GetParent() const noexcept { return fParent; }

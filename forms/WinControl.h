@@ -11,7 +11,12 @@
 
 namespace kiv {
 
+class TWinControl;
 struct TWindowLink;
+
+/// Hands a notification that the platform sent to a control's parent window to the control. False if `pMessage` is
+/// none, or the window it tells of is none of the library's.
+KIV_EXPORT bool ReflectMessage(HWND pParent, TMessage& pMessage);
 
 /// How a control's window is made: the arguments of "CreateWindowExW". CreateParams fills it.
 struct TCreateParams {
@@ -74,6 +79,9 @@ public:
   void EnableAlign();
   /// Lays out the children now.
   void Realign();
+  /// Mirrors the places, alignments and anchors of the children, for languages from right to left; with `pAllLevels`
+  /// those of their children as well.
+  void FlipChildren(bool pAllLevels);
 
   // --- focus ---
   bool Focused() const noexcept;
@@ -141,7 +149,6 @@ public:
 protected:
   friend class TControl;
   friend struct TWindowLink;
-  friend bool ReflectMessage(HWND pParent, TMessage& pMessage);
 
   // --- hooks of the window's life ---
   /// How the window is made. Overrides call the base class first, then change what they want.
@@ -321,9 +328,5 @@ KIV_EXPORT TWinControl* NearestControl(HWND pWindow) noexcept;
 
 /// True if a character is the one that a caption has marked with "&". Case doesn't count.
 KIV_EXPORT bool IsAccel(wchar_t pCharacter, const std::wstring& pCaption);
-
-/// Hands a notification that the platform sent to a control's parent window to the control. False if `pMessage` is
-/// none, or the window it tells of is none of the library's.
-KIV_EXPORT bool ReflectMessage(HWND pParent, TMessage& pMessage);
 
 } // namespace kiv

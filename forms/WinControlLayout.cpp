@@ -125,6 +125,31 @@ void TWinControl::AlignControls(TControl*) {
   }
 }
 
+void TWinControl::FlipChildren(bool pAllLevels) {
+  const TAliveWatch alive(GetAliveToken());
+  const int width = GetClientWidth();
+  DisableAlign();
+  const std::vector<TControl*> controls = fControls;
+  for (TControl* control : controls) {
+    if (std::find(fControls.begin(), fControls.end(), control) == fControls.end()) continue;
+    const TAnchors anchors = control->GetAnchors();
+    TAnchors flipped = anchors;
+    flipped.Put(TAnchorKind::akLeft, anchors.Contains(TAnchorKind::akRight));
+    flipped.Put(TAnchorKind::akRight, anchors.Contains(TAnchorKind::akLeft));
+    const TAlign align = control->GetAlign();
+    const int left = width - control->GetLeft() - control->GetWidth();
+    control->SetBounds(left, control->GetTop(), control->GetWidth(), control->GetHeight());
+    if (!alive.IsAlive()) return;
+    control->SetAnchors(flipped);
+    if (align == TAlign::alLeft) control->SetAlign(TAlign::alRight);
+    if (align == TAlign::alRight) control->SetAlign(TAlign::alLeft);
+    auto* const window = dynamic_cast<TWinControl*>(control);
+    if (pAllLevels && window) window->FlipChildren(true);
+    if (!alive.IsAlive()) return;
+  }
+  EnableAlign();
+}
+
 void TWinControl::ChangeScale(int pM, int pD, bool pKeepPlace) {
   const TAliveWatch alive(GetAliveToken());
   DisableAlign();

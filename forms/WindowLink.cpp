@@ -263,12 +263,10 @@ bool ReflectMessage(HWND pParent, TMessage& pMessage) {
     pMessage.Result = NFR_UNICODE;
     return true;
   }
-  TMessage reflected{CN_BASE + pMessage.Msg, pMessage.WParam, pMessage.LParam, 0};
-  control->WndProc(reflected);
-  pMessage.Result = reflected.Result;
+  pMessage.Result = control->Perform(CN_BASE + pMessage.Msg, pMessage.WParam, pMessage.LParam);
   // A control that has no brush of its own leaves the colours to its parent.
   const bool isColor = pMessage.Msg >= WM_CTLCOLORMSGBOX && pMessage.Msg <= WM_CTLCOLORSTATIC;
-  return !isColor || reflected.Result != 0;
+  return !isColor || pMessage.Result != 0;
 }
 
 } // namespace kiv

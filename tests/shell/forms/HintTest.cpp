@@ -1,0 +1,185 @@
+#include "TestControls.h"
+
+#include <doubles/GuiDriver.h>
+#include <forms/CustomControl.h>
+#include <forms/Hint.h>
+#include <forms/Timer.h>
+#include <framework/Application.h>
+#include <platform/ShellApi.h>
+
+#include <gtest/gtest.h>
+
+#include <oleacc.h>
+
+#include <memory>
+
+namespace kiv::test {
+namespace {
+
+using TLog = std::vector<std::wstring>;
+
+// The text of the hint window; empty if none is up.
+std::wstring ShownHint() {
+  HWND window = nullptr;
+  while ((window = FindWindowExW(nullptr, window, nullptr, nullptr)) != nullptr) {
+    TWinControl* const control = FindControl(window);
+    if (control && control->ClassName() == L"THintWindow" && IsWindowVisible(window)) return control->GetText();
+  }
+  return {};
+}
+
+TEST(Hint, ComesWhereThePointerRestsAndGoesWithIt) {
+  THostWindow host;
+  TNotedControl panel;
+  panel.SetBounds(0, 0, 200, 100);
+  panel.SetHint(L"panel|of the panel");
+  panel.SetShowHint(true);
+  auto* const child = new TNotedControl(&panel);
+  child->SetParent(&panel);
+  child->SetBounds(0, 0, 50, 50);
+  MoveMouse(PointOf(host.Get(), 300, 250));
+  panel.CreateParented(host.Get());
+  MoveMouse(PointOf(child->GetHandle(), 10, 10)); // has none of its own
+  EXPECT_EQ(Application().GetHint(), L"of the panel");
+  EXPECT_EQ(ShownHint(), L"");
+  EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"panel"; }));
+  PressMouse();
+  EXPECT_EQ(ShownHint(), L"");
+  ReleaseMouse();
+  MoveMouse(PointOf(host.Get(), 300, 250));
+  EXPECT_TRUE(PumpUntil([] { return Application().GetHint().empty(); }));
+  // The control goes while its hint is up.
+  auto mark = std::make_unique<TNotedControl>();
+  mark->SetHint(L"mark");
+  mark->SetShowHint(true);
+  mark->SetBounds(0, 0, 50, 50);
+  mark->CreateParented(host.Get());
+  mark->BringToFront();
+  panel.SetVisible(false);
+  MoveMouse(PointOf(mark->GetHandle(), 10, 10));
+  EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"mark"; }));
+  mark.reset();
+  CancelHint();
+  EXPECT_EQ(ShownHint(), L"");
+}
+
+TEST(Timer, MayGoInItsOwnEvent) {
+  auto timer = std::make_unique<TTimer>();
+  int fired = 0;
+  timer->SetInterval(1);
+  timer->SetOnTimer([&](TPersistent*) {
+    if (++fired == 2) timer.reset();
+  });
+  EXPECT_TRUE(PumpUntil([&] { return !timer; }));
+  EXPECT_EQ(fired, 2);
+}
+
+/// Notes what would be annotated.
+class TAnnotationsFake : public IAccPropServices {
+public:
+  TLog log;
+
+  // On the test's stack.
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references; }
+  ULONG STDMETHODCALLTYPE Release() override { return --references; }
+  ULONG references = 0;
+
+  HRESULT STDMETHODCALLTYPE SetHwndPropStr(HWND, DWORD, DWORD, MSAAPROPID, LPCWSTR pText) override {
+    log.push_back(pText);
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE ClearHwndProps(HWND, DWORD, DWORD, const MSAAPROPID*, int) override {
+    log.push_back(L"-");
+    return S_OK;
+  }
+  HRESULT STDMETHODCALLTYPE SetPropValue(const BYTE*, DWORD, MSAAPROPID, VARIANT) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetPropServer(const BYTE*, DWORD, const MSAAPROPID*, int, IAccPropServer*,
+                                          AnnoScope) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE ClearProps(const BYTE*, DWORD, const MSAAPROPID*, int) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetHwndProp(HWND, DWORD, DWORD, MSAAPROPID, VARIANT) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetHwndPropServer(HWND, DWORD, DWORD, const MSAAPROPID*, int, IAccPropServer*,
+                                              AnnoScope) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE ComposeHwndIdentityString(HWND, DWORD, DWORD, BYTE**, DWORD*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE DecomposeHwndIdentityString(const BYTE*, DWORD, HWND*, DWORD*, DWORD*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE SetHmenuProp(HMENU, DWORD, MSAAPROPID, VARIANT) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetHmenuPropStr(HMENU, DWORD, MSAAPROPID, LPCWSTR) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE SetHmenuPropServer(HMENU, DWORD, const MSAAPROPID*, int, IAccPropServer*,
+                                               AnnoScope) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE ClearHmenuProps(HMENU, DWORD, const MSAAPROPID*, int) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE ComposeHmenuIdentityString(HMENU, DWORD, BYTE**, DWORD*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE DecomposeHmenuIdentityString(const BYTE*, DWORD, HMENU*, DWORD*) override {
+    return E_NOTIMPL;
+  }
+};
+
+TEST(AccessibleName, IsAnnotatedForAsLongAsTheWindowStands) {
+  static TAnnotationsFake* services;
+  TAnnotationsFake fake;
+  services = &fake;
+  ScopedShellApi api;
+  api->CoCreateInstance = [](REFCLSID, LPUNKNOWN, DWORD, REFIID, LPVOID* object) -> HRESULT {
+    services->AddRef();
+    *object = static_cast<IAccPropServices*>(services);
+    return S_OK;
+  };
+  THostWindow host;
+  {
+    TNotedControl panel;
+    panel.SetAccessibleName(L"Files");
+    EXPECT_EQ(fake.log, TLog{});
+    panel.CreateParented(host.Get());
+    panel.RecreateWnd();
+    panel.SetAccessibleName(L"Folders");
+  }
+  EXPECT_EQ(fake.log, (TLog{L"Files", L"-", L"Files", L"Folders", L"-"}));
+  EXPECT_EQ(fake.references, 0u);
+}
+
+/// Paints a half at a time: in between nothing of it may be seen.
+class TPaintedControl : public TCustomControl {
+public:
+  explicit TPaintedControl(TComponent* pOwner = nullptr) : TCustomControl(pOwner) {}
+  bool raises = false;
+  std::vector<COLORREF> seenWhilePainting;
+
+protected:
+  void Paint() override {
+    if (raises) throw EException(L"paint");
+    RECT rect = GetClientRect();
+    GetCanvas().FillRect(rect, clRed);
+    seenWhilePainting.push_back(PixelOf(GetHandle(), 1, 1));
+    rect.left = rect.right / 2;
+    GetCanvas().FillRect(rect, clBlue);
+  }
+};
+
+TEST(Painting, IsSeenInOnePieceAndMayFail) {
+  THostWindow host;
+  TPaintedControl control;
+  control.SetDoubleBuffered(true);
+  control.SetColor(clLime);
+  control.SetBounds(0, 0, 40, 20);
+  control.CreateParented(host.Get());
+  EXPECT_TRUE(PumpUntil([&] { return PixelOf(control.GetHandle(), 30, 10) == RGB(0, 0, 255); }));
+  EXPECT_EQ(CountPixels(control.GetHandle(), RGB(255, 0, 0)), 400);
+  for (const COLORREF color : control.seenWhilePainting) EXPECT_NE(color, RGB(255, 0, 0));
+  TLog reported;
+  Application().SetOnException([&](std::exception_ptr e) { reported.push_back(DescribeException(e)); });
+  control.raises = true;
+  control.Repaint();
+  PumpMessages();
+  EXPECT_EQ(reported, TLog{L"paint"}); // once, not for ever
+  Application().SetOnException(nullptr);
+}
+
+} // namespace
+} // namespace kiv::test
