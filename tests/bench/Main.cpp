@@ -13,7 +13,7 @@ int main(int pCount, char** pArguments) {
 #if defined(_WIN32)
   OleInitialize(nullptr);
   constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
-                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures};
+                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::ChangeFigures};
 #else
   constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures};
 #endif
