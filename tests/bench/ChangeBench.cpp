@@ -2,6 +2,7 @@
 
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
+#include <doubles/PumpUntil.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Application.h>
 #include <notification/ChangeNotifier.h>
@@ -21,15 +22,7 @@ namespace {
 
 using TClock = std::chrono::steady_clock;
 
-template <typename F>
-void PumpUntil(F&& condition) {
-  constexpr UINT slice = 20; // ms
-  MSG message;
-  while (!condition()) {
-    MsgWaitForMultipleObjectsEx(0, nullptr, slice, QS_ALLINPUT, MWMO_INPUTAVAILABLE);
-    while (!condition() && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
-  }
-}
+using test::PumpUntil;
 
 // Milliseconds from a change to its subscriber on the idle main thread.
 double Latency() {

@@ -1,8 +1,7 @@
-#include "PumpUntil.h"
-
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathList.h>
+#include <doubles/PumpUntil.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Application.h>
 #include <notification/ChangeNotifier.h>
