@@ -71,10 +71,6 @@ void TDirectoryHandle::Close() noexcept {
   file.Reset();
 }
 
-TFileIdentity TDirectoryHandle::Identity() const {
-  return IdentityOfHandle(file.Get());
-}
-
 IWatchedFolders::TKind KindOfPath(const std::wstring& pPath) {
   const DWORD attributes = GetFileAttributesW(LiteralPath(pPath).c_str());
   return attributes == INVALID_FILE_ATTRIBUTES ? IWatchedFolders::TKind::None : KindOfAttributes(attributes);
@@ -115,6 +111,7 @@ TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree,
   handle->size = pTag.folder == TWatchedTree::RootFolder ? RootBuffer : FolderBuffer;
   handle->buffer = std::make_unique_for_overwrite<DWORD[]>(handle->size / sizeof(DWORD));
   if (!handle->file || !CreateIoCompletionPort(handle->file.Get(), fPort.Get(), 0, 0) || !Arm(*handle)) return nullptr;
+  handle->identity = IdentityOfHandle(handle->file.Get());
   return handle.release();
 }
 

@@ -71,13 +71,13 @@ private:
 /// One open directory.
 struct TDirectoryHandle {
   ~TDirectoryHandle();
-  TFileIdentity Identity() const;
   /// Registers the handle for WM_DEVICECHANGE ("RegisterDeviceNotification").
   void AskBeforeEject(HWND pWindow) noexcept;
   void Close() noexcept;
 
   OVERLAPPED overlapped{}; // first
   TUniqueHandle file;
+  TFileIdentity identity; // as it was opened: behind a renaming some platforms (Wine) don't tell the volume any more
   TDirectoryPort::TTag tag;
   HDEVNOTIFY device = nullptr;
   bool subtree = false;

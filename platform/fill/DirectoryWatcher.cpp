@@ -55,7 +55,7 @@ struct TWatch final : IWatchedFolders {
     auto handle = port.Open(pPath, pSubtree, {this, pFolder});
     if (!handle) return false;
     if (pFolder == TWatchedTree::RootFolder) {
-      identity = handle->Identity();
+      identity = handle->identity;
       handle->AskBeforeEject(deviceWindow);
     }
     handles[pFolder] = handle;
@@ -69,7 +69,7 @@ struct TWatch final : IWatchedFolders {
   }
   bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
     const auto found = handles.find(pFolder);
-    return found != handles.end() && found->second->Identity() == IdentityOf(pPath);
+    return found != handles.end() && found->second->identity == IdentityOf(pPath);
   }
   std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }

@@ -8,6 +8,7 @@ namespace kiv::bench {
 
 #if defined(_WIN32)
 std::vector<TFigure> IconFigures();
+std::vector<TFigure> ChangeFigures();
 std::vector<TFigure> ListFigures();
 std::vector<TFigure> WalkFigures();
 std::vector<TFigure> MainThreadFigures();

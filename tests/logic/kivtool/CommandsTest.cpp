@@ -58,6 +58,7 @@ protected:
         .compareNames = [](const std::wstring& first, const std::wstring& second) { return 7 * first.compare(second); },
         .navigationFolders = fNavigation,
         .isStopped = fIsStopped,
+        .watch = fWatch,
         .saveIcon = [this](const TIconOptions& icon) { fIcon = icon; },
     };
     return kivtool::Run(arguments, environment);
@@ -72,6 +73,7 @@ protected:
   SimulatedFileSystem fFiles;
   SimulatedFileSystem* fNavigation = nullptr;
   std::function<bool()> fIsStopped = [] { return false; };
+  TWatchPaths fWatch;
   std::size_t fRoom = 1'000'000;
   std::string fIn;
   std::size_t fPiece = 1000; // bytes read at a time
@@ -396,6 +398,37 @@ TEST(TextTable, WidensInBatchesAndCutsNothing) {
   ASSERT_EQ(pieces.size(), 2U);
   EXPECT_EQ(pieces[0], "A      N  Z\n\xC3\xA4      1  z\nlonger  22\n");
   EXPECT_EQ(pieces[1], "b      3  end\n");
+}
+
+TEST_F(Commands, WatchPrintsEvents) {
+  std::vector<std::wstring> watched;
+  bool went_on = true;
+  fWatch = [&](const std::vector<std::wstring>& paths, bool recursive, const auto& tell) {
+    watched = paths;
+    if (recursive) watched.push_back(L"recursive");
+    tell({132'223'104'000'000'000, kiv::neFileCreate, L"C:\\Dir\\a\x7", L""});
+    went_on =
+        tell({132'223'104'012'345'678, kiv::neFolderRename, L"C:\\Dir\\old", {L'n', static_cast<wchar_t>(0xD800)}});
+    return paths.size() > 1 ? std::vector<std::wstring>{paths[1]} : std::vector<std::wstring>();
+  };
+  EXPECT_EQ(Run({L"watch", L".", L"--recursive"}), Succeeded);
+  EXPECT_EQ(watched, (std::vector<std::wstring>{L"C:\\Dir", L"recursive"}));
+  EXPECT_EQ(fOut.substr(0, fOut.find('\n')), "2020-01-01 01:00:00.000  neFileCreate        C:\\Dir\\a\xEF\xBF\xBD");
+  EXPECT_NE(fOut.find("01:00:01.234  neFolderRename      C:\\Dir\\old -> n"), std::string::npos) << fOut;
+  EXPECT_EQ(Run({L"watch", L"--json", L"a", L"none"}), Failed);
+  EXPECT_EQ(fErr, "kivtool: can't watch \"none\".\n");
+  std::istringstream lines(fOut);
+  std::string line;
+  std::getline(lines, line);
+  EXPECT_EQ(nlohmann::json::parse(line)["event"], "neFileCreate");
+  std::getline(lines, line);
+  EXPECT_EQ(nlohmann::json::parse(line)["newPathUtf16"][1], 0xD800);
+  EXPECT_EQ(nlohmann::json::parse(line)["time"], "2020-01-01T00:00:01.2345678Z");
+  fRoom = 0;
+  EXPECT_EQ(Run({L"watch", L"."}), Interrupted);
+  EXPECT_FALSE(went_on) << "nobody reads";
+  EXPECT_EQ(Run({L"watch"}), UsageError);
+  EXPECT_EQ(Run({L"watch", L"--depth", L"."}), UsageError);
 }
 
 } // namespace

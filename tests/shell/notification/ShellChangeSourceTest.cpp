@@ -1,26 +1,26 @@
-#include "PumpUntil.h"
-
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathList.h>
+#include <doubles/PumpUntil.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Application.h>
 #include <notification/ChangeNotifier.h>
 #include <notification/ChangeSourceKind.h>
 #include <platform/Lifecycle.h>
 #include <platform/ShellApi.h>
+#include <platform/fill/DirectoryHandle.h>
 
 #include <shlobj.h>
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace kiv {
 namespace {
@@ -208,8 +208,17 @@ public:
 private:
   void List() {
     fKnown.clear();
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(fRoot)) {
-      fKnown[entry.path().wstring()] = entry.is_directory();
+    std::vector<std::wstring> folders = {fRoot};
+    while (!folders.empty()) {
+      const std::wstring folder = std::move(folders.back());
+      folders.pop_back();
+      // Gone meanwhile, it lists nothing.
+      for (const auto& entry : ListDirectory(folder, true)) {
+        const std::wstring path = folder + L"\\" + entry.name;
+        const bool is_folder = entry.kind == IWatchedFolders::TKind::Folder;
+        fKnown[path] = is_folder;
+        if (is_folder) folders.push_back(path);
+      }
     }
   }
   std::map<std::wstring, bool> Take(const std::wstring& path) {
