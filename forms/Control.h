@@ -12,6 +12,7 @@
 namespace kiv {
 
 class TControl;
+class TPopupMenu;
 class TWinControl;
 
 /// What is to be shown as a control's hint, for CM_HINTSHOW to change.
@@ -135,6 +136,10 @@ public:
   bool IsParentShowHint() const noexcept { return fParentShowHint; }
   void SetParentShowHint(bool pParentShowHint);
 
+  /// Comes up when a menu is wanted; not owned.
+  TPopupMenu* GetPopupMenu() const noexcept { return fPopupMenu; }
+  void SetPopupMenu(TPopupMenu* pMenu);
+
   /// Dots per inch of the monitor that the control is laid out for: its window's, else its parent's, else the
   /// system's.
   int GetCurrentPPI() const noexcept { return fCurrentPPI; }
@@ -228,6 +233,7 @@ protected:
   virtual void AdjustSize() {}
 
   void Loaded() override;
+  void Notification(TComponent* pComponent, TOperation pOperation) override;
   void SetControlStyle(TControlStyle pStyle) noexcept { fControlStyle = pStyle; }
   void IncludeStyle(TControlStyleFlag pFlag) noexcept { fControlStyle.Include(pFlag); }
   void ExcludeStyle(TControlStyleFlag pFlag) noexcept { fControlStyle.Exclude(pFlag); }
@@ -251,9 +257,11 @@ private:
   void HandleButtonDown(TMessage& pMessage, TMouseButton pButton, bool pDouble);
   void HandleButtonUp(TMessage& pMessage, TMouseButton pButton);
   void HandleContextMenu(TMessage& pMessage);
+  bool ShowPopupMenu(POINT pPoint);
   bool DispatchOwn(TMessage& pMessage);
   bool IgnoresMouseWhileDesigning(const TMessage& pMessage);
   void InvalidateInParent();
+  bool HasHintAbove() const noexcept;
   void FontChanged();
 
   TWinControl* fParent = nullptr;
@@ -279,6 +287,8 @@ private:
   bool fShowHint = false;
   bool fFollowsParent = false; // a property is being taken over from the parent
   std::wstring fHint;
+  TPopupMenu* fPopupMenu = nullptr;
+  const TComponent* fPopupKey = nullptr; // the same, for the time when it is no more than that
   TNotifyEvent fOnClick;
   TNotifyEvent fOnDblClick;
   TMouseEvent fOnMouseDown;

@@ -121,11 +121,18 @@ void TControl::ChangeScale(int pM, int pD, bool pKeepPlace) {
   fConstraints = {scale(fConstraints.minWidth), scale(fConstraints.minHeight), scale(fConstraints.maxWidth),
                   scale(fConstraints.maxHeight)};
   // The right edge is scaled, not the width: neighbours stay neighbours.
+  const auto scaleBox = [&](const TLayoutBox& box) {
+    const int left = scale(box.left);
+    const int top = scale(box.top);
+    return TLayoutBox{left, top, scale(box.Right()) - left, scale(box.Bottom()) - top};
+  };
   if (!pKeepPlace) {
-    const int left = scale(fBox.left);
-    const int top = scale(fBox.top);
-    SetBounds(left, top, scale(fBox.Right()) - left, scale(fBox.Bottom()) - top);
+    // The parent may have its new size already, or get it later: what counts is where the control was put.
+    const TAnchorBase base{scaleBox(fAnchorBase.box), scale(fAnchorBase.parentWidth), scale(fAnchorBase.parentHeight)};
+    const TLayoutBox box = scaleBox(fBox);
+    SetBounds(box.left, box.top, box.width, box.height);
     if (!alive.IsAlive()) return;
+    fAnchorBase = base;
   }
   const bool followed = fFollowsParent;
   fFollowsParent = true; // the same font in another size: the tie to the parent stays

@@ -1,5 +1,6 @@
 #include <forms/Control.h>
 
+#include <forms/Hint.h>
 #include <forms/WinControl.h>
 #include <framework/Exceptions.h>
 
@@ -72,8 +73,15 @@ bool TControl::IgnoresMouseWhileDesigning(const TMessage& pMessage) {
   return Perform(CM_DESIGNHITTEST, pMessage.WParam, pMessage.LParam) == 0;
 }
 
+bool TControl::HasHintAbove() const noexcept {
+  const TControl* control = this;
+  while (control && control->fHint.empty()) control = control->GetParent();
+  return control != nullptr;
+}
+
 void TControl::HandleMouseButton(TMessage& pMessage) {
   using enum TMouseButton;
+  if (HasHintAbove()) HintMouseMessage(*this, pMessage);
   switch (pMessage.Msg) {
   case WM_MOUSEMOVE: {
     const TAliveWatch alive(GetAliveToken());
@@ -161,14 +169,18 @@ void TControl::HandleContextMenu(TMessage& pMessage) {
     pMessage.Result = 1;
     return;
   }
-  DefaultHandler(pMessage);
+  if (ShowPopupMenu(point))
+    pMessage.Result = 1;
+  else
+    DefaultHandler(pMessage);
 }
 
 void TControl::CMMouseEnter(TMessage&) {
   static_cast<void>(FireEvent(GetAliveToken(), fOnMouseEnter, this));
 }
 
-void TControl::CMMouseLeave(TMessage&) {
+void TControl::CMMouseLeave(TMessage& pMessage) {
+  if (HasHintAbove()) HintMouseMessage(*this, pMessage);
   static_cast<void>(FireEvent(GetAliveToken(), fOnMouseLeave, this));
 }
 

@@ -3,7 +3,11 @@
 #include <forms/WindowLink.h>
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
+#include <graphics/StyleServices.h>
 #include <platform/DpiAwareness.h>
+#include <platform/ShellApi.h>
+
+#include <oleacc.h>
 
 #include <algorithm>
 #include <exception>
@@ -12,7 +16,6 @@ namespace kiv {
 
 TWinControl::TWinControl(TComponent* pOwner) : TControl(pOwner) {
   StoreColor(clBtnFace);
-  fBrush.SetColor(GetColor());
 }
 
 TWinControl::~TWinControl() {
@@ -204,9 +207,14 @@ void TWinControl::ApplyFont() {
   SendMessageW(fHandle, WM_SETFONT, reinterpret_cast<WPARAM>(fWindowFont->Get()), TRUE);
 }
 
+// A system colour isn't the same in the dark.
+void TWinControl::UpdateBrush() {
+  fBrush.SetColor(GetColor() == clNone ? clNone : StyleServices().GetSystemColor(GetColor()));
+}
+
 void TWinControl::CMColorChanged(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
-  fBrush.SetColor(GetColor());
+  UpdateBrush();
   TControl::CMColorChanged(pMessage);
   if (alive.IsAlive()) NotifyControls(CM_PARENTCOLORCHANGED);
 }
@@ -219,11 +227,47 @@ void TWinControl::CMBiDiModeChanged(TMessage&) {
 
 void TWinControl::CMThemeChanged(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
-  fBrush.SetColor(clNone); // system colours are looked up anew
-  fBrush.SetColor(GetColor());
+  UpdateBrush();
+  if (fHandle) StyleServices().ApplyDarkMode(fHandle, !GetParent() && !fParentWindow);
   TControl::CMThemeChanged(pMessage);
   if (alive.IsAlive()) NotifyControls(CM_THEMECHANGED);
 }
+
+// --- accessibility --------------------------------------------------------------------------------------------------
+
+namespace {
+
+// "CLSID_AccPropServices", "IID_IAccPropServices", "PROPID_ACC_NAME" ("Dynamic Annotation API").
+constexpr CLSID AccPropServices = {0xb5f8350b, 0x0548, 0x48b1, {0xa6, 0xee, 0x88, 0xbd, 0x00, 0xb4, 0xa5, 0xe7}};
+constexpr IID AccPropServicesId = {0x6e26e776, 0x04f0, 0x495d, {0x80, 0xe4, 0x33, 0x30, 0x35, 0x2e, 0x31, 0x69}};
+constexpr GUID AccName = {0x608d3df8, 0x8128, 0x4aa7, {0xa4, 0x28, 0xf5, 0x5e, 0x49, 0x26, 0x72, 0x91}};
+
+} // namespace
+
+void TWinControl::SetAccessibleName(std::wstring pName) {
+  if (fAccessibleName == pName) return;
+  fAccessibleName = std::move(pName);
+  if (fHandle) ApplyAccessibleName();
+}
+
+// A platform without the service has no name of ours; nothing else depends on it.
+void TWinControl::ApplyAccessibleName() {
+  ComPtr<IAccPropServices> services;
+  const auto create = ShellApi().CoCreateInstance;
+  const HRESULT made = create ? create(AccPropServices, nullptr, CLSCTX_INPROC_SERVER, AccPropServicesId,
+                                       reinterpret_cast<void**>(services.ReleaseAndGetAddressOf()))
+                              : E_FAIL;
+  if (FAILED(made) || !services) return;
+  const auto object = static_cast<DWORD>(OBJID_CLIENT);
+  if (fAccessibleName.empty()) {
+    GUID property = AccName;
+    services->ClearHwndProps(fHandle, object, CHILDID_SELF, &property, 1);
+  } else {
+    services->SetHwndPropStr(fHandle, object, CHILDID_SELF, AccName, fAccessibleName.c_str());
+  }
+}
+
+// --- state of the window --------------------------------------------------------------------------------------------
 
 void TWinControl::CMEnabledChanged(TMessage&) {
   if (fHandle) EnableWindow(fHandle, IsEnabled() || IsDesigning());

@@ -89,6 +89,23 @@ public:
   /// The place in the order of the Tab key among the parent's windowed children, from 0; -1 without a parent.
   int GetTabOrder() const noexcept;
   void SetTabOrder(int pTabOrder);
+  /// All windowed controls below this one, in the order of the Tab key.
+  void GetTabOrderList(std::vector<TWinControl*>& pList) const;
+  /// The next below this one that can have the focus and wants it by the Tab key. With `pTabStops` all levels count,
+  /// else only the children of this one. Null if there is none.
+  TWinControl* FindNextControl(TWinControl* pCurrent, bool pForward, bool pTabStops, bool pWrap) const;
+  /// Gives that one the focus; false if there is none.
+  bool SelectNext(TWinControl* pCurrent, bool pForward, bool pTabStops, bool pWrap);
+  /// The control without a parent that this one stands in.
+  TWinControl& Root() noexcept;
+  /// A key message of this control's window, or of one in it that belongs to no control, before it is translated (see
+  /// PreTranslateMessage). True if it is used up.
+  virtual bool PreProcessMessage(const MSG& pMessage);
+
+  /// What assistive programs read out as the control's name; empty: what the platform finds, which is the text or the
+  /// label in front. They are told of it by "IAccPropServices".
+  const std::wstring& GetAccessibleName() const noexcept { return fAccessibleName; }
+  void SetAccessibleName(std::wstring pName);
 
   bool IsDoubleBuffered() const noexcept { return fDoubleBuffered; }
   void SetDoubleBuffered(bool pDoubleBuffered);
@@ -131,6 +148,8 @@ protected:
   virtual void CreateParams(TCreateParams& pParams);
   /// Makes the window and sets it up. Overrides call the base class, then give the window what it holds.
   virtual void CreateWnd();
+  /// There is a parent to make the window in, or none is needed.
+  virtual bool MayExist() const;
   virtual void CreateWindowHandle(const TCreateParams& pParams);
   /// The window is to go, on the library's own wish; overrides call the base class last.
   virtual void DestroyWnd();
@@ -171,6 +190,7 @@ protected:
   virtual void WMGetObject(TMessage& pMessage);
   /// Navigation keys that nobody wanted; each control of the tree is asked.
   virtual void CMDialogKey(TMessage& pMessage);
+  void CMDialogChar(TMessage& pMessage) override;
   virtual void CMWantSpecialKey(TMessage& pMessage) { static_cast<void>(pMessage); }
   virtual void CMChildKey(TMessage& pMessage);
   virtual void CMEnter(TMessage&) { DoEnter(); }
@@ -189,6 +209,11 @@ protected:
   virtual void KeyUp(WORD& pKey, TShiftState pShift);
   virtual void DoEnter();
   virtual void DoExit();
+
+  /// True if the key of a message is the short cut of something here, which has been done.
+  virtual bool DoShortCut(const TMessage& pMessage);
+  /// For a root: the Tab key goes on at the other end. Otherwise it is left to the host there.
+  virtual bool WrapsTabOrder() const { return false; }
 
   // --- painting ---
   /// In the control's colour.
@@ -235,10 +260,10 @@ private:
   void StoreWindowBounds();
   void TakeSystemFont();
   void ApplyFont();
+  void UpdateBrush();
   void ForgetFocus() noexcept;
   void DestroyWindowHandle() noexcept;
   void ReleaseParentWindow() noexcept;
-  bool MayExist() const;
   bool HandleFocusOrKeys(TMessage& pMessage);
   bool HandleWindowMessage(TMessage& pMessage);
   bool HandleReflected(TMessage& pMessage);
@@ -247,6 +272,11 @@ private:
   void TrackMouse(TMessage& pMessage);
   void SetMouseControl(TControl* pControl);
   void PaintHandler(TMessage& pMessage);
+  void CNKey(TMessage& pMessage);
+  bool IsShortCutUsed(const TMessage& pMessage);
+  void Broadcast(TMessage& pMessage);
+  void Navigate(TMessage& pMessage);
+  void ApplyAccessibleName();
   bool DoKeyDown(TMessage& pMessage);
   bool DoKeyPress(TMessage& pMessage);
   bool DoKeyUp(TMessage& pMessage);
@@ -276,6 +306,7 @@ private:
   bool fIsMouseInside = false;
   bool fAligning = false;
   bool fRealigning = false;
+  std::wstring fAccessibleName;
   TNotifyEvent fOnEnter;
   TNotifyEvent fOnExit;
   TKeyEvent fOnKeyDown;
@@ -285,6 +316,11 @@ private:
 
 /// The control that a window belongs to; null for windows of others and of other threads.
 KIV_EXPORT TWinControl* FindControl(HWND pWindow) noexcept;
+/// The same, or the control that the nearest window above belongs to: an editor inside a combo box leads to that.
+KIV_EXPORT TWinControl* NearestControl(HWND pWindow) noexcept;
+
+/// True if a character is the one that a caption has marked with "&". Case doesn't count.
+KIV_EXPORT bool IsAccel(wchar_t pCharacter, const std::wstring& pCaption);
 
 /// Hands a notification that the platform sent to a control's parent window to the control. False if `pMessage` is
 /// none, or the window it tells of is none of the library's.

@@ -15,15 +15,14 @@ namespace {
 TWinControl* gFocused = nullptr;
 int gKept = 0; // how many recreations are going on
 
-// The control that a window belongs to, or that one of the windows above it belongs to.
-TWinControl* NearestControl(HWND window) noexcept {
-  for (; window; window = GetAncestor(window, GA_PARENT)) {
-    if (TWinControl* const control = FindControl(window)) return control;
+} // namespace
+
+TWinControl* NearestControl(HWND pWindow) noexcept {
+  for (; pWindow; pWindow = GetAncestor(pWindow, GA_PARENT)) {
+    if (TWinControl* const control = FindControl(pWindow)) return control;
   }
   return nullptr;
 }
-
-} // namespace
 
 bool TWinControl::Focused() const noexcept {
   return fHandle && GetFocus() == fHandle;
@@ -169,20 +168,6 @@ bool TWinControl::HandleFocusOrKeys(TMessage& pMessage) {
   }
 }
 
-void TWinControl::CMDialogKey(TMessage& pMessage) {
-  const TAliveWatch alive(GetAliveToken());
-  const std::vector<TWinControl*> children = fTabList;
-  for (TWinControl* child : children) {
-    if (std::find(fTabList.begin(), fTabList.end(), child) == fTabList.end()) continue;
-    pMessage.Result = child->Perform(CM_DIALOGKEY, pMessage.WParam, pMessage.LParam);
-    if (pMessage.Result != 0 || !alive.IsAlive()) return;
-  }
-}
-
-void TWinControl::CMChildKey(TMessage& pMessage) {
-  if (GetParent()) pMessage.Result = GetParent()->Perform(CM_CHILDKEY, pMessage.WParam, pMessage.LParam);
-}
-
 // True if the key is used up, or the control has gone.
 bool TWinControl::DoKeyDown(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
@@ -216,11 +201,10 @@ bool TWinControl::DoKeyPress(TMessage& pMessage) {
 
 // A root that previews keys sees them first. True if the control died of it.
 bool TWinControl::PreviewKey(const std::function<void(TWinControl&)>& pShow) {
-  TWinControl* root = this;
-  while (root->GetParent()) root = root->GetParent();
-  if (root == this || !root->fKeyPreview) return false;
+  TWinControl& root = Root();
+  if (&root == this || !root.fKeyPreview) return false;
   const TAliveWatch alive(GetAliveToken());
-  pShow(*root);
+  pShow(root);
   return !alive.IsAlive();
 }
 

@@ -3,6 +3,7 @@
 #include <forms/WindowLink.h>
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
+#include <graphics/StyleServices.h>
 #include <platform/DpiAwareness.h>
 #include <platform/MainThread.h>
 
@@ -69,6 +70,9 @@ void TWinControl::CreateWindowHandle(const TCreateParams& pParams) {
   const TAliveWatch alive(GetAliveToken());
   if (!TWindowLink::Create(*this, pParams)) throw EOSError(GetLastError(), L"The window of a control can't be made");
   if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
+  UpdateBrush();
+  StyleServices().ApplyDarkMode(fHandle, !GetParent() && !fParentWindow);
+  if (!fAccessibleName.empty()) ApplyAccessibleName();
   StoreWindowBounds();
   if (alive.IsAlive()) AdoptWindowPPI();
   if (alive.IsAlive()) ApplyFont();
@@ -172,6 +176,12 @@ void TWinControl::DestroyWindowHandle() noexcept {
 
 void TWinControl::WMDestroy(TMessage& pMessage) {
   StoreText(GetText());
+  if (!fAccessibleName.empty()) {
+    // The service keeps it for the window's number otherwise.
+    const std::wstring name = std::exchange(fAccessibleName, {});
+    ApplyAccessibleName();
+    fAccessibleName = name;
+  }
   DefaultHandler(pMessage);
 }
 

@@ -135,10 +135,7 @@ void TWinControl::ChangeScale(int pM, int pD, bool pKeepPlace) {
     if (!alive.IsAlive()) return;
   }
   TControl::ChangeScale(pM, pD, pKeepPlace);
-  if (!alive.IsAlive()) return;
-  // The children have their new places already: their distances count from the new size.
-  for (TControl* control : fControls) control->UpdateAnchorBase();
-  EnableAlign();
+  if (alive.IsAlive()) EnableAlign();
 }
 
 void TWinControl::SetZOrder(bool pTopMost) {

@@ -3,6 +3,7 @@
 #include <forms/Cursors.h>
 #include <forms/WindowLink.h>
 #include <framework/Application.h>
+#include <graphics/StyleServices.h>
 
 #include <windowsx.h>
 
@@ -91,6 +92,13 @@ bool TWinControl::HandleReflected(TMessage& pMessage) {
   case CN_VSCROLL:
     CNScroll(pMessage);
     return true;
+  case CN_KEYDOWN:
+  case CN_KEYUP:
+  case CN_CHAR:
+  case CN_SYSKEYDOWN:
+  case CN_SYSCHAR:
+    CNKey(pMessage);
+    return true;
   default:
     if (pMessage.Msg >= CN_CTLCOLORMSGBOX && pMessage.Msg <= CN_CTLCOLORSTATIC) {
       CNCtlColor(pMessage);
@@ -175,16 +183,19 @@ void TWinControl::WMGetObject(TMessage& pMessage) {
 
 void TWinControl::CNCtlColor(TMessage& pMessage) {
   const auto dc = reinterpret_cast<HDC>(pMessage.WParam);
-  SetTextColor(dc, static_cast<COLORREF>(ColorToRGB(GetFont().GetColor())));
-  SetBkColor(dc, static_cast<COLORREF>(ColorToRGB(GetColor())));
+  const TStyleServices& style = StyleServices();
+  SetTextColor(dc, static_cast<COLORREF>(style.GetSystemColor(GetFont().GetColor())));
+  SetBkColor(dc, static_cast<COLORREF>(style.GetSystemColor(GetColor())));
   pMessage.Result = reinterpret_cast<LRESULT>(fBrush.GetHandle());
 }
 
-// Every window of a tree gets these: colours are taken anew, and the root tells what has no window.
+// Each window of a tree gets these; the root tells all that stands in it.
 void TWinControl::HandleLookChange(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   DefaultHandler(pMessage);
-  if (alive.IsAlive()) Perform(CM_THEMECHANGED);
+  if (!alive.IsAlive() || GetParent()) return;
+  const TStyleChange change = StyleServices().HandleMessage(pMessage.Msg, pMessage.WParam, pMessage.LParam);
+  if (change != TStyleChange::scNone) Perform(CM_THEMECHANGED);
 }
 
 // --- mouse ----------------------------------------------------------------------------------------------------------

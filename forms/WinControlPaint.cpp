@@ -1,48 +1,11 @@
 #include <forms/WinControl.h>
 
 #include <forms/WindowLink.h>
+#include <graphics/BufferedPaint.h>
 
 #include <algorithm>
 
 namespace kiv {
-
-namespace {
-
-/// A picture of a rectangle of the window, painted off the screen and shown at once.
-class TBackBuffer {
-public:
-  TBackBuffer(HDC target, const RECT& area) : fTarget(target), fArea(area) {
-    const int width = area.right - area.left;
-    const int height = area.bottom - area.top;
-    fBitmap.Reset(CreateCompatibleBitmap(target, width, height));
-    fDC = fBitmap ? CreateCompatibleDC(target) : nullptr;
-    if (!fDC) return;
-    fFormer = SelectObject(fDC, fBitmap.Get());
-    SetLayout(fDC, GetLayout(target));
-    SetViewportOrgEx(fDC, -area.left, -area.top, nullptr);
-  }
-  ~TBackBuffer() {
-    if (!fDC) return;
-    SetViewportOrgEx(fDC, 0, 0, nullptr);
-    BitBlt(fTarget, fArea.left, fArea.top, fArea.right - fArea.left, fArea.bottom - fArea.top, fDC, 0, 0, SRCCOPY);
-    SelectObject(fDC, fFormer);
-    DeleteDC(fDC);
-  }
-  TBackBuffer(const TBackBuffer&) = delete;
-  TBackBuffer& operator=(const TBackBuffer&) = delete;
-
-  /// The target itself where there is no memory for more.
-  HDC Get() const noexcept { return fDC ? fDC : fTarget; }
-
-private:
-  HDC fTarget;
-  RECT fArea;
-  TUniqueBitmap fBitmap;
-  HDC fDC = nullptr;
-  HGDIOBJ fFormer = nullptr;
-};
-
-} // namespace
 
 void TWinControl::Invalidate() {
   if (fHandle) InvalidateRect(fHandle, nullptr, !GetControlStyle().Contains(TControlStyleFlag::csOpaque));
@@ -74,9 +37,9 @@ void TWinControl::PaintHandler(TMessage& pMessage) {
   const RECT area = given ? GetClientRect() : paint.rcPaint;
   try {
     if (fDoubleBuffered && !given && !IsRectEmpty(&area)) {
-      const TBackBuffer buffer(dc, area);
-      PaintBackground(buffer.Get(), area);
-      PaintAll(buffer.Get());
+      const TBufferedPaint buffer(dc, area);
+      PaintBackground(buffer.GetDc(), area);
+      PaintAll(buffer.GetDc());
     } else {
       PaintAll(dc);
     }

@@ -114,10 +114,18 @@ TWinControl* NotifyingControl(HWND parent, const TMessage& message) {
   }
 }
 
+// What only top-level windows get: their children hear it from them ("WM_SYSCOLORCHANGE").
+void PassOn(HWND parent, const TMessage& message) {
+  for (HWND child = GetWindow(parent, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
+    if (FindControl(child)) SendMessageW(child, message.Msg, message.WParam, message.LParam);
+  }
+}
+
 LRESULT CALLBACK ParentWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
   const TCommonControlsApi& api = CommonControlsApi();
   if (message == WM_NCDESTROY) api.RemoveWindowSubclass(window, &ParentWindowProc, SubclassId);
   TMessage reflected{message, wParam, lParam, 0};
+  if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) PassOn(window, reflected);
   try {
     if (ReflectMessage(window, reflected)) return reflected.Result;
   } catch (...) {

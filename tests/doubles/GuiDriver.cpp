@@ -194,8 +194,11 @@ THostWindow::THostWindow(int pWidth, int pHeight) {
   info.hbrBackground = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(COLOR_WINDOW + 1));
   info.hCursor = LoadCursorW(nullptr, IDC_ARROW);
   RegisterClassW(&info);
-  fHandle = CreateWindowExW(0, HostClass, L"Host", WS_POPUP | WS_VISIBLE | WS_CLIPCHILDREN, 60, 50, pWidth, pHeight,
-                            nullptr, nullptr, info.hInstance, this);
+  fHandle = CreateWindowExW(0, HostClass, L"Host", WS_POPUP | WS_CLIPCHILDREN, 60, 50, pWidth, pHeight, nullptr,
+                            nullptr, info.hInstance, this);
+  // Shown without activation first: otherwise Wine leaves it to a window manager, which tests don't have, and waits two
+  // seconds for that when the window goes.
+  ShowWindow(fHandle, SW_SHOWNOACTIVATE);
   SetForegroundWindow(fHandle);
   SetFocus(fHandle);
   PumpMessages();
