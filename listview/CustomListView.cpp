@@ -32,6 +32,17 @@ void TCustomListView::EndListView() noexcept {
   fItems = std::make_unique<TListItems>(static_cast<IListItemsHost&>(*this));
 }
 
+void TCustomListView::UseItems(std::unique_ptr<TListItems> pItems) {
+  if (!pItems || HandleAllocated())
+    throw EInvalidOperation(L"The rows of a list are chosen before its window is made.");
+  fItems = std::move(pItems);
+}
+
+void TCustomListView::UseColumns(std::unique_ptr<TListColumns> pColumns) {
+  if (!pColumns || HandleAllocated()) throw EInvalidOperation(L"The columns of a list are chosen before its window.");
+  fColumns = std::move(pColumns);
+}
+
 // --- rows ------------------------------------------------------------------------------------------------------------
 
 std::unique_ptr<TListItem> TCustomListView::CreateListItem(TListItems& pItems) {

@@ -221,6 +221,13 @@ public:
   TCanvas& GetCanvas() noexcept { return fCanvas; }
 
 protected:
+  /// For constructors of derived classes: collections of classes of their own, made with these hosts, in the place of
+  /// those that stand, with which their rows and columns go.
+  void UseItems(std::unique_ptr<TListItems> pItems);
+  void UseColumns(std::unique_ptr<TListColumns> pColumns);
+  IListItemsHost& ItemsHost() noexcept { return *this; }
+  IListColumnsHost& ColumnsHost() noexcept { return *this; }
+
   // --- what derived classes change ---
   /// Makes a row: of the class that OnCreateItemClass names, else a TListItem.
   std::unique_ptr<TListItem> CreateListItem(TListItems& pItems) override;
@@ -431,7 +438,7 @@ private:
   TListDrawSubItemEvent fOnAdvancedCustomDrawSubItem;
 };
 
-/// The list view with its properties published: what an application places.
+/// The list view that an application places.
 class KIV_EXPORT TListView : public TCustomListView {
 public:
   explicit TListView(TComponent* pOwner = nullptr) : TCustomListView(pOwner) {}

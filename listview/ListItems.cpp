@@ -72,10 +72,6 @@ int TListItems::IndexOf(const TListItem* pItem) const noexcept {
   return -1;
 }
 
-void TListItems::NumberAll() const noexcept {
-  for (; fExact < GetCount(); ++fExact) fRows[static_cast<std::size_t>(fExact)]->fIndex = fExact;
-}
-
 TListItem* TListItems::RowNear(int pIndex) const noexcept {
   if (fRows.empty()) return nullptr;
   return fRows[static_cast<std::size_t>(std::min(pIndex, GetCount() - 1))].get();
@@ -247,40 +243,46 @@ ScopedRowUpdate::~ScopedRowUpdate() {
 void TListItems::CustomSort(const TListCompare& pCompare, std::intptr_t pData) {
   if (!pCompare) throw EInvalidArgument(L"A sort needs a comparison.");
   CheckUnlocked();
-  std::vector<TListItem*> order;
+  struct TPlaced {
+    TListItem* row;
+    std::uint32_t place;
+  };
+  std::vector<TPlaced> order;
   order.reserve(fRows.size());
-  for (const auto& row : fRows) order.push_back(row.get());
+  for (const auto& row : fRows) order.push_back({row.get(), static_cast<std::uint32_t>(order.size())});
   {
     const TSortLock lock(*this);
     const TListCompare compare = pCompare;
-    MergeSort(order, [&](TListItem* first, TListItem* second) {
-      const int result = compare(*first, *second, pData);
+    MergeSort(order, [&](const TPlaced& first, const TPlaced& second) {
+      const int result = compare(*first.row, *second.row, pData);
       lock.Check();
       return result < 0;
     });
   }
-  PutOrder(order);
+  std::vector<std::uint32_t> places;
+  places.reserve(order.size());
+  for (const TPlaced& placed : order) places.push_back(placed.place);
+  PutOrder(places);
 }
 
-void TListItems::PutOrder(const std::vector<TListItem*>& pOrder) {
-  NumberAll();
-  const auto isInPlace = [at = 0](const TListItem* row) mutable { return row->fIndex == at++; };
-  if (std::all_of(pOrder.begin(), pOrder.end(), isInPlace)) return;
+void TListItems::PutOrder(const std::vector<std::uint32_t>& pPlaces) {
+  if (std::is_sorted(pPlaces.begin(), pPlaces.end())) return;
+  std::vector<std::unique_ptr<TListItem>> rows(fRows.size());
   TRowBits selected;
   TRowBits reported;
   selected.Resize(GetCount());
   reported.Resize(GetCount());
   fHost.RowsChanging();
-  for (auto& row : fRows) static_cast<void>(row.release());
-  for (int i = 0; i < GetCount(); ++i) {
-    TListItem* const row = pOrder[static_cast<std::size_t>(i)];
-    if (fSelected.Test(row->fIndex)) selected.Put(i, true);
-    if (fReported.Test(row->fIndex)) reported.Put(i, true);
-    row->fIndex = i;
-    fRows[static_cast<std::size_t>(i)].reset(row);
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const auto former = static_cast<int>(pPlaces[i]);
+    rows[i] = std::move(fRows[pPlaces[i]]);
+    if (fSelected.Test(former)) selected.Put(static_cast<int>(i), true);
+    if (fReported.Test(former)) reported.Put(static_cast<int>(i), true);
   }
+  fRows = std::move(rows);
   fSelected = std::move(selected);
   fReported = std::move(reported);
+  fExact = 0;
   ++fStructure;
   fHost.RowsChanged();
 }

@@ -156,8 +156,8 @@ private:
   std::unique_ptr<TListItem> TakeOut(int pIndex) noexcept;
   void LetGoOfEdit(TListItem* pItem);
   TListItem* RowNear(int pIndex) const noexcept;
-  void NumberAll() const noexcept;
-  void PutOrder(const std::vector<TListItem*>& pOrder);
+  /// The rows by their present places, in the order that they are to have.
+  void PutOrder(const std::vector<std::uint32_t>& pPlaces);
   void StateChanged();
   bool HasPending() const noexcept;
   template <typename F>
@@ -214,29 +214,29 @@ private:
 
 template <typename F>
 void TListItems::SortByKey(F&& pKeyOf, bool pDescending) {
-  using K = std::decay_t<std::invoke_result_t<F, const TListItem&>>;
-  const std::size_t count = fRows.size();
-  std::vector<K> keys;
-  keys.reserve(count);
+  // Keys are moved about, and no row is touched.
+  struct TKeyed {
+    std::decay_t<std::invoke_result_t<F, const TListItem&>> key;
+    std::uint32_t place;
+  };
+  std::vector<TKeyed> keyed;
+  keyed.reserve(fRows.size());
   {
     const TSortLock lock(*this);
-    for (std::size_t i = 0; i < count; ++i) {
-      keys.push_back(pKeyOf(std::as_const(*fRows[i])));
+    for (std::size_t i = 0; i < fRows.size(); ++i) {
+      keyed.push_back({pKeyOf(std::as_const(*fRows[i])), static_cast<std::uint32_t>(i)});
       lock.Check();
     }
   }
-  // Numbers are moved, being cheap, rather than texts, which aren't.
-  std::vector<std::uint32_t> places(count);
-  for (std::size_t i = 0; i < count; ++i) places[i] = static_cast<std::uint32_t>(i);
   if (pDescending) {
-    std::stable_sort(places.begin(), places.end(), [&](auto a, auto b) { return keys[b] < keys[a]; });
+    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return b.key < a.key; });
   } else {
-    std::stable_sort(places.begin(), places.end(), [&](auto a, auto b) { return keys[a] < keys[b]; });
+    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.key < b.key; });
   }
-  std::vector<TListItem*> order;
-  order.reserve(count);
-  for (const std::uint32_t place : places) order.push_back(fRows[place].get());
-  PutOrder(order);
+  std::vector<std::uint32_t> places;
+  places.reserve(keyed.size());
+  for (const TKeyed& entry : keyed) places.push_back(entry.place);
+  PutOrder(places);
 }
 
 } // namespace kiv
