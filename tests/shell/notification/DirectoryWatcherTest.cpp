@@ -1,6 +1,7 @@
 #include <platform/fill/DirectoryWatcher.h>
 
 #include <core/FolderFunctions.h>
+#include <core/PathFunctions.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/Lifecycle.h>
 #include <platform/Signal.h>
