@@ -69,13 +69,17 @@ bool TPathmere::IsBrowsable() {
 SFGAOF TPathmere::GetAttributes(SFGAOF pAttributes) {
   if (!CheckIfValid(false)) return 0;
   if (pAttributes == SFGAO_BROWSABLE) return IsBrowsable() ? pAttributes : 0;
+  const TAliveWatch watch(GetAliveToken());
+  const ComPtr<IItemIdList> held = fItemIDList; // the answer may come from code that leads back here
   SFGAOF found = pAttributes;
   PCUITEMID_CHILD item = RawItem();
   const ComPtr<IShellFolder> folder = item ? MaybeShellFolder() : nullptr;
   if (folder && SUCCEEDED(GuardedCall([&] { return folder->GetAttributesOf(1, &item, &found); }))) {
     return found & pAttributes;
   }
-  const ComPtr<IShellItem> shell_item = GetAbsoluteItemIdList()->ShellItem();
+  if (!watch.IsAlive()) return 0;
+  const ComPtr<IItemIdList> absolute = GetAbsoluteItemIdList();
+  const ComPtr<IShellItem> shell_item = absolute ? absolute->ShellItem() : nullptr;
   if (!shell_item) return 0;
   found = 0;
   const HRESULT hr = GuardedCall([&] { return shell_item->GetAttributes(pAttributes, &found); });
@@ -104,8 +108,9 @@ bool TPathmere::AskForSubFolders() {
 bool TPathmere::BrowseObject() {
   try {
     if (!IsFolder()) return false;
+    const TAliveWatch watch(GetAliveToken());
     SetFolderIdList(GetAbsoluteItemIdList());
-    return GetShellFolder() != nullptr;
+    return watch.IsAlive() && GetShellFolder() != nullptr;
   } catch (const EPathmereError&) {
     return false;
   }
@@ -113,6 +118,7 @@ bool TPathmere::BrowseObject() {
 
 // A shell item would bind the folder anew for each object; it is asked only for what the folder doesn't tell.
 std::wstring TPathmere::NameInBoundFolder(TItemIdListDisplayNameFormat pFormat) {
+  const ComPtr<IItemIdList> held = fItemIDList;
   const PCUITEMID_CHILD item = RawItem();
   const ComPtr<IShellFolder> folder = item ? MaybeShellFolder() : nullptr;
   return folder ? TObjectNames(folder.Get(), item).DisplayName(pFormat) : std::wstring();
@@ -146,6 +152,7 @@ std::wstring TPathmere::GetShellObjectName(bool pInFolderName) {
 }
 
 std::wstring TPathmere::GetDomain() {
+  const ComPtr<IItemIdList> held = fItemIDList;
   return GetDomainFromIdList(MaybeShellFolder().Get(), RawItem());
 }
 
