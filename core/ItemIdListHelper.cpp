@@ -79,9 +79,9 @@ bool TItemIdListHelper::TryReload(IItemIdList* pItemIdList, std::uint64_t pStopA
   pFinished = true;
   if (!pItemIdList) return false;
   const ComPtr<IItemIdList> list(pItemIdList);
-  const bool there = AskInTime<bool>([list] { return list->Reload(); }, pStopAfter, false, pFinished,
-                                     std::move(pCancellationIndicator));
-  if (!pFinished) {
+  const bool there =
+      AskInTime<bool>([list] { return list->Reload(); }, pStopAfter, false, pFinished, pCancellationIndicator);
+  if (!pFinished && !(pCancellationIndicator && pCancellationIndicator->IsCancellationRequested())) {
     // Not here: what didn't answer in time won't tell of itself in time either.
     const auto tell = TAsyncProcedure::Create([list] { WriteDebugInfo(list.Get(), L"ItemIdList.Reload timed out."); });
     TItemIdListHelperThreadPool::Instance()->AddWorkItem(tell, TPriority::Normal);
