@@ -11,6 +11,8 @@
 #include <framework/PropertyRegistry.h>
 #include <platform/FaultGuard.h>
 
+#include <functional>
+
 namespace kiv {
 
 namespace {
@@ -24,8 +26,11 @@ bool Publish() {
   PublishClass<TPathmere>(L"TPathmere", L"Walks one folder of the Shell namespace.")
       .Property(L"Filter", &TPathmere::GetFilter, &TPathmere::SetFilter, L"*",
                 L"Patterns of file names, separated by \";\"; folders always pass.")
-      .Property(L"Folder", &TPathmere::GetDirectory, &TPathmere::SetDirectory, L"",
-                L"Path of the active folder. Empty for a folder without one.")
+      .Property(
+          L"Folder", &TPathmere::GetDirectory, &TPathmere::SetDirectory, L"",
+          L"Path of the active folder. Empty for a folder without one. A special folder is stored as one: its path is "
+          L"another one for another user.")
+      .StoredIf(std::not_fn(has_special_folder))
       .Property(L"FileSystemOnly", &TPathmere::GetFileSystemOnly, &TPathmere::SetFileSystemOnly, false,
                 L"Lists objects of the file system only, and what leads to them.")
       .Property(L"ShowErrorMessages", &TPathmere::GetShowErrorMessages, &TPathmere::SetShowErrorMessages, true,
