@@ -98,8 +98,12 @@ bool TPathmere::HasSubFolders() {
     }
     fHasSubFolders = true;
   }
-  if (!fHasSubFolders) fHasSubFolders = AskForSubFolders();
-  return *fHasSubFolders;
+  if (fHasSubFolders) return *fHasSubFolders;
+  const TAliveWatch watch(GetAliveToken());
+  const ComPtr<IItemIdList> asked = fItemIDList;
+  const bool has = AskForSubFolders();
+  if (watch.IsAlive() && fItemIDList == asked) fHasSubFolders = has; // the answer may have come back to the walker
+  return has;
 }
 
 bool TPathmere::AskForSubFolders() {

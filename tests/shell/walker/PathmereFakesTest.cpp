@@ -219,6 +219,14 @@ TEST_F(PathmereFakes, AsksOnceAnObjectForSubFolders) {
   EXPECT_EQ(tell(walker), "----++");
   walker.SetFileSystemOnly(true);
   EXPECT_EQ(tell(walker), "----+-");
+  // What comes back to the walker while it is asked leaves no answer behind for another object.
+  walker.SetObjectName(L"e");
+  const auto with = walker.GetItemIdList();
+  walker.SetObjectName(L"a");
+  fShell.ClearFaults();
+  fShell.AddFault(Dir, {TKind::Slow, TShellMethod::GetAttributesOf, 2, 1, S_OK, [&] { walker.SetItemIdList(with); }});
+  EXPECT_FALSE(walker.HasSubFolders());
+  EXPECT_TRUE(walker.HasSubFolders());
   walker.SetSpecialFolder(SF_DESKTOP);
   EXPECT_TRUE(walker.HasSubFolders());
 }
