@@ -148,9 +148,10 @@ bool TItemIdListHelper::IsUNCPath(IItemIdList* pItemIdList) {
 }
 
 bool TItemIdListHelper::IsNetworkPath(IItemIdList* pItemIdList) {
-  const std::wstring drive = pItemIdList ? ExtractFileDrive(pItemIdList->Path()) : std::wstring();
+  const std::wstring path = pItemIdList ? pItemIdList->Path() : std::wstring();
+  const std::wstring drive = ExtractFileDrive(path);
   if (drive.empty()) return false;
-  if (kiv::IsUNCPath(drive)) return true; // without asking the server
+  if (TKivPathList::IsUNCPath(path)) return true; // without asking the server
   const UINT type = DriveType(drive);
   return type == DRIVE_REMOTE || type == DRIVE_NO_ROOT_DIR;
 }
