@@ -79,9 +79,9 @@ bool TItemIdListHelper::TryReload(IItemIdList* pItemIdList, std::uint64_t pStopA
   pFinished = true;
   if (!pItemIdList) return false;
   const ComPtr<IItemIdList> list(pItemIdList);
-  const bool there = AskInTime<bool>([list] { return list->Reload(); }, pStopAfter, false, pFinished,
-                                     std::move(pCancellationIndicator));
-  if (!pFinished) {
+  const bool there =
+      AskInTime<bool>([list] { return list->Reload(); }, pStopAfter, false, pFinished, pCancellationIndicator);
+  if (!pFinished && !(pCancellationIndicator && pCancellationIndicator->IsCancellationRequested())) {
     // Not here: what didn't answer in time won't tell of itself in time either.
     const auto tell = TAsyncProcedure::Create([list] { WriteDebugInfo(list.Get(), L"ItemIdList.Reload timed out."); });
     TItemIdListHelperThreadPool::Instance()->AddWorkItem(tell, TPriority::Normal);
@@ -148,9 +148,10 @@ bool TItemIdListHelper::IsUNCPath(IItemIdList* pItemIdList) {
 }
 
 bool TItemIdListHelper::IsNetworkPath(IItemIdList* pItemIdList) {
-  const std::wstring drive = pItemIdList ? ExtractFileDrive(pItemIdList->Path()) : std::wstring();
+  const std::wstring path = pItemIdList ? pItemIdList->Path() : std::wstring();
+  const std::wstring drive = ExtractFileDrive(path);
   if (drive.empty()) return false;
-  if (kiv::IsUNCPath(drive)) return true; // without asking the server
+  if (TKivPathList::IsUNCPath(path)) return true; // without asking the server
   const UINT type = DriveType(drive);
   return type == DRIVE_REMOTE || type == DRIVE_NO_ROOT_DIR;
 }

@@ -22,17 +22,15 @@ namespace {
 constexpr std::uint64_t ValidFor = 1000; // milliseconds; what lies above the folder may change as well
 constexpr CLSID FileSystemFolder = ParseGuid("{F3364BA0-65B9-11CE-A9BA-00AA004AE837}"); // "CLSID_ShellFSFolder"
 
-// Changes when something in the folder is made, renamed or deleted, and when another folder stands in its place.
+// Changes when something in the folder is made, renamed or deleted, when the folder itself is renamed (which its dates
+// that are shown don't tell), and when another folder stands in its place.
 struct TStamp {
-  FILETIME made;
-  FILETIME written;
+  LONGLONG made;
+  LONGLONG written;
+  LONGLONG changed;
   DWORD attributes;
+  bool operator==(const TStamp&) const = default;
 };
-
-bool Same(const TStamp& a, const TStamp& b) {
-  return CompareFileTime(&a.made, &b.made) == 0 && CompareFileTime(&a.written, &b.written) == 0 &&
-         a.attributes == b.attributes;
-}
 
 struct TParent {
   std::wstring path; // exactly as it was written, without a delimiter at its end
@@ -55,7 +53,7 @@ void Forget() {
 bool Keeps() {
   if (gKept) return true;
   const bool is_main_thread = MainThread::IsCurrent();
-  if (!is_main_thread && !AtLeaveApartment(&Forget)) return false;
+  if (!AtLeaveApartment(&Forget) && !is_main_thread) return false;
   gKept = new TKept;
   if (is_main_thread) AtShutdown(&Forget);
   return true;
@@ -68,16 +66,22 @@ std::size_t NameStart(const std::wstring& path) {
   const bool plain = delimiter != std::wstring::npos && delimiter >= root && path[2] == L'\\' &&
                      path.size() < MAX_PATH && TPathUtils::StartsWithDriveLetter(path) &&
                      path.find(L'/') == std::wstring::npos;
+  if (!plain) return 0;
+  const wchar_t last = path[delimiter - 1]; // file calls cut blanks and dots there, and see another folder
+  if (last == L' ' || last == L'.') return 0;
   // The root's parser takes pieces of some names for something else, or changes them.
-  return plain && IsNewElementName(std::wstring_view(path).substr(delimiter + 1)) ? delimiter + 1 : 0;
+  return IsNewElementName(std::wstring_view(path).substr(delimiter + 1)) ? delimiter + 1 : 0;
 }
 
 bool ReadStamp(const std::wstring& folder, TStamp& stamp) {
-  WIN32_FILE_ATTRIBUTE_DATA data;
-  if (!GetFileAttributesExW(folder.c_str(), GetFileExInfoStandard, &data)) return false;
-  stamp = {data.ftCreationTime, data.ftLastWriteTime, data.dwFileAttributes};
+  constexpr DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const TUniqueHandle handle(CreateFileW(folder.c_str(), FILE_READ_ATTRIBUTES, share, nullptr, OPEN_EXISTING,
+                                         FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+  FILE_BASIC_INFO info;
+  if (!handle || !GetFileInformationByHandleEx(handle.Get(), FileBasicInfo, &info, sizeof info)) return false;
+  stamp = {info.CreationTime.QuadPart, info.LastWriteTime.QuadPart, info.ChangeTime.QuadPart, info.FileAttributes};
   constexpr DWORD kind = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
-  return (data.dwFileAttributes & kind) == FILE_ATTRIBUTE_DIRECTORY;
+  return (info.FileAttributes & kind) == FILE_ATTRIBUTE_DIRECTORY;
 }
 
 bool IsPlainFile(const std::wstring& path) {
@@ -128,7 +132,7 @@ TUniqueItemIdList ParseInParent(const std::wstring& pPath) {
   const std::size_t start = NameStart(pPath);
   if (start == 0 || pPath.compare(0, start - 1, parent->path) != 0) return {};
   TStamp stamp;
-  if (!ReadStamp(parent->path, stamp) || !Same(stamp, parent->stamp) || !IsPlainFile(pPath)) return {};
+  if (!ReadStamp(parent->path, stamp) || stamp != parent->stamp || !IsPlainFile(pPath)) return {};
   return ParseChild(*parent, pPath.substr(start));
 }
 
@@ -140,7 +144,7 @@ void LearnParent(const std::wstring& pPath, PCIDLIST_ABSOLUTE pList) {
   parent->since = ThreadApi().tickCount();
   if (!ReadStamp(parent->path, parent->stamp)) return;
   const TKept last = *gKept;
-  const bool again = last && last->path == parent->path && Same(last->stamp, parent->stamp);
+  const bool again = last && last->path == parent->path && last->stamp == parent->stamp;
   // What was found out stands: the path is one that the open folder isn't asked for.
   if (again && (last->refused || last->folder) && parent->since - last->since < ValidFor) return;
   if (again && IsPlainFile(pPath) && !Open(*parent, pPath.substr(start), pList)) {

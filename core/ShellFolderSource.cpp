@@ -1,6 +1,7 @@
 #include <core/ShellFolderSource.h>
 
 #include <core/FolderEnumerator.h>
+#include <core/IdListFromPath.h>
 #include <core/NameInFolder.h>
 #include <core/PathUtils.h>
 #include <framework/TextCompare.h>
@@ -72,15 +73,25 @@ bool IsFolder(PCIDLIST_ABSOLUTE list) {
   return SUCCEEDED(hr) && (flags & SFGAO_FOLDER) != 0;
 }
 
-// Parses in one go from the root of the namespace.
-HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
+HRESULT ParseFromRoot(const std::wstring& path, TUniqueItemIdList& list) {
+  if (StartsText(L"shell:", path)) {
+    list = GetIdListFromPath(nullptr, path); // some shells make something else of any such name
+    return list ? S_OK : PathNotFound;
+  }
   const auto parse = ShellApi().SHParseDisplayName;
   if (!parse) return E_NOTIMPL;
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedCall([&] { return parse(path.c_str(), nullptr, &raw, 0, nullptr); });
-  const TUniqueItemIdList list = TakeItemIdList(hr, raw);
+  list = TakeItemIdList(hr, raw);
   if (FAILED(hr)) return hr;
-  if (!list) return PathNotFound;
+  return list ? S_OK : PathNotFound;
+}
+
+// Parses in one go from the root of the namespace.
+HRESULT OpenFromRoot(const std::wstring& path, ComPtr<IShellFolder>& folder) {
+  TUniqueItemIdList list;
+  const HRESULT hr = ParseFromRoot(path, list);
+  if (FAILED(hr)) return hr;
   const bool is_root = list.Get()->mkid.cb == 0;
   if (is_root) {
     folder = Desktop();
@@ -170,8 +181,7 @@ private:
 } // namespace
 
 bool IsShellName(const std::wstring& pPath) {
-  return pPath.starts_with(L"::") || SameText(pPath.substr(0, 6), L"shell:") ||
-         pPath.find(L"://") != std::wstring::npos;
+  return pPath.starts_with(L"::") || StartsText(L"shell:", pPath) || pPath.find(L"://") != std::wstring::npos;
 }
 
 TShellFolderSource::TShellFolderSource(TFactsPrecision pPrecision, bool pForNavigation) noexcept

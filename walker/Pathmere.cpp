@@ -38,6 +38,25 @@ ComPtr<IShellFolder> Bind(IItemIdList* list) {
   return folder;
 }
 
+// A folder that can't be bound is exchanged for what it links to.
+ComPtr<IShellFolder> BindOrFollow(ComPtr<IItemIdList>& list) {
+  try {
+    return Bind(list.Get());
+  } catch (const EPathmereError&) {
+    ComPtr<IItemIdList> target = list->LinkTarget();
+    ComPtr<IShellFolder> folder;
+    if (target && target->IsSpecialFolder(SF_DESKTOP)) {
+      target = TKivItemIdList::CreateForSpecialFolder(SF_DESKTOP, true);
+      folder = Desktop();
+    } else if (target) {
+      folder = ComPtr<IUnknown>(target).MaybeAs<IShellFolder>();
+    }
+    if (!folder) throw;
+    list = std::move(target);
+    return folder;
+  }
+}
+
 // The list that a bound folder knows of itself; nil if it doesn't tell.
 ComPtr<IItemIdList> ListOf(const ComPtr<IShellFolder>& folder) {
   const auto persistent = folder.MaybeAs<IPersistFolder2>();
@@ -100,32 +119,24 @@ void TPathmere::SetFolderIdList(ComPtr<IItemIdList> pFolder) {
   }
   fFolderIdList = pFolder;
   SetShellfolder(nullptr);
+  SetItemIdList(EmptyIdList()); // before foreign code runs, which may come back
   try {
     GetShellFolder();
   } catch (const EPathmereError&) {
     TDebugLog::LogMessage(L"Couldn't retrieve IShellFolder", pFolder.Get());
   }
-  SetItemIdList(EmptyIdList());
 }
 
 ComPtr<IShellFolder> TPathmere::GetShellFolder() {
   if (fShellFolder || !fFolderIdList) return fShellFolder;
-  ComPtr<IShellFolder> folder;
-  try {
-    folder = Bind(fFolderIdList.Get());
-  } catch (const EPathmereError&) {
-    ComPtr<IItemIdList> target = fFolderIdList->LinkTarget();
-    if (target && target->IsSpecialFolder(SF_DESKTOP)) {
-      target = TKivItemIdList::CreateForSpecialFolder(SF_DESKTOP, true);
-      folder = Desktop();
-    } else if (target) {
-      folder = ComPtr<IUnknown>(target).MaybeAs<IShellFolder>();
-    }
-    if (!folder) {
-      SetShellfolder(nullptr);
-      throw;
-    }
-    fFolderIdList = std::move(target);
+  const TAliveWatch watch(GetAliveToken());
+  const ComPtr<IItemIdList> asked = fFolderIdList;
+  ComPtr<IItemIdList> list = asked;
+  ComPtr<IShellFolder> folder = BindOrFollow(list);
+  if (!watch.IsAlive()) return nullptr;
+  if (fFolderIdList != asked || fShellFolder) return fShellFolder; // what was bound came back to the walker
+  if (list != asked) {
+    fFolderIdList = std::move(list);
     fAbsoluteIdList.Reset();
   }
   SetShellfolder(folder);
@@ -152,7 +163,9 @@ void TPathmere::SetShellfolder(ComPtr<IShellFolder> pFolder) {
 
 ComPtr<IShellFolder2> TPathmere::GetIShellDetails() {
   if (fShellFolder2 || fTriedIshd) return fShellFolder2;
+  const TAliveWatch watch(GetAliveToken());
   const ComPtr<IShellFolder> folder = GetShellFolder();
+  if (!watch.IsAlive()) return nullptr;
   fTriedIshd = true;
   void* found = nullptr;
   if (folder && SUCCEEDED(GuardedCall([&] { return folder->QueryInterface(IidOf<IShellFolder2>(), &found); }))) {
@@ -175,7 +188,8 @@ void TPathmere::SetDirectory(const std::wstring& pFolder) {
 }
 
 TKivShellFolder TPathmere::GetSpecialFolder() const {
-  return fFolderIdList ? fFolderIdList->SpecialFolder() : SF_INVALID;
+  const ComPtr<IItemIdList> folder = fFolderIdList; // the question may lead back here
+  return folder ? folder->SpecialFolder() : SF_INVALID;
 }
 
 void TPathmere::SetSpecialFolder(TKivShellFolder pFolder) {
@@ -217,12 +231,13 @@ void TPathmere::SetAbsoluteItemIdList(ComPtr<IItemIdList> pObject) {
     SetSpecialFolder(SF_DESKTOP);
     return;
   }
+  const TAliveWatch watch(GetAliveToken());
   void* found = nullptr;
   PCUITEMID_CHILD child = nullptr;
   const HRESULT hr = GuardedExport(ShellApi().SHBindToParent, list, IidOf<IShellFolder>(), &found, &child);
   ComPtr<IShellFolder> folder;
   folder.Attach(static_cast<IShellFolder*>(found));
-  if (hr != S_OK || !folder) return;
+  if (hr != S_OK || !folder || !watch.IsAlive()) return;
   fFolderIdList = pObject->GetStartItemIdList(pObject->Depth() - 1);
   SetShellfolder(std::move(folder));
   if (child) {
@@ -253,11 +268,13 @@ void TPathmere::SetObjectName(const std::wstring& pName) {
   SetItemIdList(item);
   if (!item->IsInvalid()) return;
   EndWalk(); // one that runs wouldn't see all objects
+  const TAliveWatch watch(GetAliveToken());
   while (Next()) {
     if (!SameText(NameOf(dnfInFolder), pName)) continue;
     EndWalk();
     return;
   }
+  if (!watch.IsAlive()) return;
   throw EPathmereError(L"Error: Cannot find Object \"" + pName + L"\" in Folder \"" + GetDirectory() + L"\"", nullptr);
 }
 

@@ -11,6 +11,8 @@
 #include <framework/PropertyRegistry.h>
 #include <platform/FaultGuard.h>
 
+#include <functional>
+
 namespace kiv {
 
 namespace {
@@ -24,8 +26,11 @@ bool Publish() {
   PublishClass<TPathmere>(L"TPathmere", L"Walks one folder of the Shell namespace.")
       .Property(L"Filter", &TPathmere::GetFilter, &TPathmere::SetFilter, L"*",
                 L"Patterns of file names, separated by \";\"; folders always pass.")
-      .Property(L"Folder", &TPathmere::GetDirectory, &TPathmere::SetDirectory, L"",
-                L"Path of the active folder. Empty for a folder without one.")
+      .Property(
+          L"Folder", &TPathmere::GetDirectory, &TPathmere::SetDirectory, L"",
+          L"Path of the active folder. Empty for a folder without one. A special folder is stored as one: its path is "
+          L"another one for another user.")
+      .StoredIf(std::not_fn(has_special_folder))
       .Property(L"FileSystemOnly", &TPathmere::GetFileSystemOnly, &TPathmere::SetFileSystemOnly, false,
                 L"Lists objects of the file system only, and what leads to them.")
       .Property(L"ShowErrorMessages", &TPathmere::GetShowErrorMessages, &TPathmere::SetShowErrorMessages, true,
@@ -69,13 +74,17 @@ bool TPathmere::IsBrowsable() {
 SFGAOF TPathmere::GetAttributes(SFGAOF pAttributes) {
   if (!CheckIfValid(false)) return 0;
   if (pAttributes == SFGAO_BROWSABLE) return IsBrowsable() ? pAttributes : 0;
+  const TAliveWatch watch(GetAliveToken());
+  const ComPtr<IItemIdList> held = fItemIDList; // the answer may come from code that leads back here
   SFGAOF found = pAttributes;
   PCUITEMID_CHILD item = RawItem();
   const ComPtr<IShellFolder> folder = item ? MaybeShellFolder() : nullptr;
   if (folder && SUCCEEDED(GuardedCall([&] { return folder->GetAttributesOf(1, &item, &found); }))) {
     return found & pAttributes;
   }
-  const ComPtr<IShellItem> shell_item = GetAbsoluteItemIdList()->ShellItem();
+  if (!watch.IsAlive()) return 0;
+  const ComPtr<IItemIdList> absolute = GetAbsoluteItemIdList();
+  const ComPtr<IShellItem> shell_item = absolute ? absolute->ShellItem() : nullptr;
   if (!shell_item) return 0;
   found = 0;
   const HRESULT hr = GuardedCall([&] { return shell_item->GetAttributes(pAttributes, &found); });
@@ -89,8 +98,12 @@ bool TPathmere::HasSubFolders() {
     }
     fHasSubFolders = true;
   }
-  if (!fHasSubFolders) fHasSubFolders = AskForSubFolders();
-  return *fHasSubFolders;
+  if (fHasSubFolders) return *fHasSubFolders;
+  const TAliveWatch watch(GetAliveToken());
+  const ComPtr<IItemIdList> asked = fItemIDList;
+  const bool has = AskForSubFolders();
+  if (watch.IsAlive() && fItemIDList == asked) fHasSubFolders = has; // the answer may have come back to the walker
+  return has;
 }
 
 bool TPathmere::AskForSubFolders() {
@@ -104,8 +117,9 @@ bool TPathmere::AskForSubFolders() {
 bool TPathmere::BrowseObject() {
   try {
     if (!IsFolder()) return false;
+    const TAliveWatch watch(GetAliveToken());
     SetFolderIdList(GetAbsoluteItemIdList());
-    return GetShellFolder() != nullptr;
+    return watch.IsAlive() && GetShellFolder() != nullptr;
   } catch (const EPathmereError&) {
     return false;
   }
@@ -113,6 +127,7 @@ bool TPathmere::BrowseObject() {
 
 // A shell item would bind the folder anew for each object; it is asked only for what the folder doesn't tell.
 std::wstring TPathmere::NameInBoundFolder(TItemIdListDisplayNameFormat pFormat) {
+  const ComPtr<IItemIdList> held = fItemIDList;
   const PCUITEMID_CHILD item = RawItem();
   const ComPtr<IShellFolder> folder = item ? MaybeShellFolder() : nullptr;
   return folder ? TObjectNames(folder.Get(), item).DisplayName(pFormat) : std::wstring();
@@ -146,6 +161,7 @@ std::wstring TPathmere::GetShellObjectName(bool pInFolderName) {
 }
 
 std::wstring TPathmere::GetDomain() {
+  const ComPtr<IItemIdList> held = fItemIDList;
   return GetDomainFromIdList(MaybeShellFolder().Get(), RawItem());
 }
 

@@ -33,6 +33,7 @@ bool TPathmere::BeginWalk() {
   const TAliveWatch watch(GetAliveToken());
   const ComPtr<IShellFolder> folder = GetShellFolder();
   if (!folder) return false;
+  const unsigned walk = fWalk;
   TFolderEnumerator::TOptions options;
   options.showErrorMessages = fShowErrorMessages;
   if (fForNavigation) options.flags |= TFolderEnumerator::ForNavigation;
@@ -40,7 +41,7 @@ bool TPathmere::BeginWalk() {
   if (options.window && fFolderIdList) {
     const ScopedErrorMode mode(fShowErrorMessages ? 0 : SEM_FAILCRITICALERRORS);
     if (UnlockIfLocked(GetDirectory(), fFolderIdList.Get())) options.window = nullptr;
-    if (!watch.IsAlive()) return false;
+    if (!watch.IsAlive() || walk != fWalk) return false;
   }
   fObjects = TFolderEnumerator(folder, options);
   return true;
@@ -89,12 +90,18 @@ bool TPathmere::Next() {
     fObjects = std::move(objects);
     SetItemIdList(TKivItemIdList::Create(std::move(item)));
     if (step == TFolderStep::ObjectAfterFault) return true;
-    if (PassesFileSystemOnly() && FilterMatch()) return true;
+    const bool passes = PassesFileSystemOnly() && FilterMatch();
+    if (!watch.IsAlive() || walk != fWalk) return false; // the rules ask the folder, too
+    if (passes) return true;
   }
 }
 
 bool TPathmere::PassesFileSystemOnly() {
-  if (!fFileSystemOnly || GetAttributes(SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR) != 0) return true;
+  if (!fFileSystemOnly) return true;
+  const TAliveWatch watch(GetAliveToken());
+  const SFGAOF attributes = GetAttributes(SFGAO_FILESYSTEM | SFGAO_FILESYSANCESTOR);
+  if (!watch.IsAlive()) return false;
+  if (attributes != 0) return true;
   const std::wstring name = GetObjectName();
   if (StartsText(L"RECYCLE", name)) return true;
   const TKivShellFolder object = IsSpecialObject();
@@ -115,11 +122,14 @@ bool TPathmere::IsFolder() {
 
 bool TPathmere::FilterMatch() {
   if (fFilter.IsEmpty()) return true;
+  const TAliveWatch watch(GetAliveToken());
   const TKivShellFolder folder = GetSpecialFolder();
+  if (!watch.IsAlive()) return false;
   if (folder == SF_LINKS) return true;
   // One call for both questions.
   const SFGAOF attributes =
       HasItem() ? GetAttributes(fFileSystemOnly ? FileSystemFolder : SFGAO_FOLDER | SFGAO_FILESYSTEM) : 0;
+  if (!watch.IsAlive()) return false;
   if (HasFolderAttributes(attributes)) return true;
   std::wstring name;
   if (folder == SF_RECENT) {
@@ -127,14 +137,17 @@ bool TPathmere::FilterMatch() {
     const ComPtr<IItemIdList> target = absolute ? absolute->LinkTarget() : nullptr;
     if (target && target->IsFolder()) return true;
     if (target) name = ExtractFileName(target->DisplayName(dnfPreferPhysical));
+    if (!watch.IsAlive()) return false;
   }
   if (name.empty()) name = NameToFilter((attributes & SFGAO_FILESYSTEM) != 0);
+  if (!watch.IsAlive()) return false;
   return fFilter.Matches(name);
 }
 
 std::wstring TPathmere::NameToFilter(bool pIsFile) {
   // Of a file the bound folder knows the path, the same that the absolute list would be asked for at many times the
   // cost.
+  const ComPtr<IItemIdList> held = fItemIDList;
   std::wstring name;
   const ComPtr<IShellFolder> folder = pIsFile ? MaybeShellFolder() : nullptr;
   if (folder && SUCCEEDED(GetNameInFolder(folder.Get(), RawItem(), SHGDN_FORPARSING, name)) && IsAbsolutePath(name) &&

@@ -3,6 +3,8 @@
 #include <core/SpecialFolders.h>
 #include <doubles/Crash.h>
 
+#include <shlwapi.h>
+
 #include <atomic>
 #include <cstring>
 #include <utility>

@@ -6,6 +6,8 @@
 
 #include <doubles/Crash.h>
 
+#include <shlwapi.h>
+
 #include <algorithm>
 #include <new>
 

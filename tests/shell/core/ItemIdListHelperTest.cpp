@@ -141,6 +141,7 @@ TEST_F(ItemIdListHelper, ReachesNetworkPlaces) {
     const wchar_t* connection;
   } cases[] = {
       {LR"(C:\x)", DRIVE_FIXED, 0, 0, false, true, L""},
+      {LR"(\\?\C:\no such file)", DRIVE_FIXED, 0, 0, false, false, L""},
       {LR"(N:\x)", DRIVE_REMOTE, NO_ERROR, ERROR_BAD_NETPATH, true, true, L""},
       {LR"(N:\x)", DRIVE_NO_ROOT_DIR, ERROR_CONNECTION_UNAVAIL, NO_ERROR, true, true, LR"(N:=\\srv\share)"},
       {LR"(N:\x)", DRIVE_NO_ROOT_DIR, ERROR_CONNECTION_UNAVAIL, ERROR_BAD_NETPATH, true, false, LR"(N:=\\srv\share)"},

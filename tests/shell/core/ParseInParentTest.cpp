@@ -109,6 +109,12 @@ TEST_F(ParseInParent, LetsGoOfAFolderThatChanges) {
   fTemp.MakeFile(L"dir\\new");
   for (const wchar_t* name : {L"new", L"a"}) IsQuickInDir(name);
   OpenDir();
+  // In two steps: some platforms take one for nothing. The dates that are shown don't tell of it.
+  ASSERT_TRUE(MoveFileW(dir.c_str(), fTemp.PathOf(L"moved").c_str()));
+  ASSERT_TRUE(MoveFileW(fTemp.PathOf(L"moved").c_str(), fTemp.PathOf(L"DIR").c_str()));
+  EXPECT_FALSE(IsQuickInDir(L"a")) << "the folder's new name is in the list";
+
+  OpenDir();
   ASSERT_TRUE(MoveFileW(dir.c_str(), fTemp.PathOf(L"moved").c_str()));
   EXPECT_FALSE(IsQuickInDir(L"a"));
   ASSERT_TRUE(MoveFileW(fTemp.PathOf(L"other").c_str(), dir.c_str()));

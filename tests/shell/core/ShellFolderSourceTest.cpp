@@ -59,6 +59,9 @@ TEST(ShellFolderSource, OpensEveryFormOfAPath) {
   }
   EXPECT_EQ(Names(L"C:"), Names(L"C:\\"));
   EXPECT_FALSE(Names(L"").empty());
+  wchar_t windows[MAX_PATH];
+  ASSERT_NE(GetWindowsDirectoryW(windows, MAX_PATH), 0U);
+  EXPECT_EQ(Names(L"shell:Windows"), Names(windows));
   EXPECT_EQ(Names(L""), Names(L"::{20D04FE0-3AEA-1069-A2D8-08002B30309D}"));
   EXPECT_TRUE(Names(temp.MakeFolder(L"Empty")).empty());
 }
@@ -73,6 +76,7 @@ TEST(ShellFolderSource, SaysWhatIsWrongWithAPath) {
   EXPECT_EQ(Open(L"C:\\" + std::wstring(33000, L'x')), error(ERROR_FILENAME_EXCED_RANGE));
   EXPECT_TRUE(FAILED(Open(L"C:\\" + std::wstring(300, L'x')))); // a name longer than any
   EXPECT_TRUE(FAILED(Open(L"::{garbage")));
+  EXPECT_EQ(Open(L"shell:No such folder"), error(ERROR_PATH_NOT_FOUND));
   EXPECT_TRUE(FAILED(Open(std::wstring(L"C:\\lone") + static_cast<wchar_t>(0xD800))));
   wchar_t free = L'A';
   for (const DWORD drives = GetLogicalDrives(); free <= L'Z' && (drives >> (free - L'A') & 1U) != 0;) ++free;

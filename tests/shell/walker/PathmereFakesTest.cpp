@@ -58,7 +58,9 @@ protected:
               const std::wstring path = PathOf(list);
               TShellItemScript script = fItem;
               script.names.emplace(SIGDN_FILESYSPATH, path);
-              script.bind = [folder = fShell.Folder(path), hr = fBind](IBindCtx*, REFGUID, REFIID iid, void** object) {
+              script.bind = [this, folder = fShell.Folder(path), hr = fBind](IBindCtx*, REFGUID, REFIID iid,
+                                                                             void** object) {
+                if (const auto action = std::exchange(fAtBind, nullptr)) action();
                 return FAILED(hr) ? hr : folder->QueryInterface(iid, object);
               };
               return Make<FakeShellItem>(script);
@@ -87,6 +89,7 @@ protected:
   FakeShellNamespace fShell{fFiles};
   TShellItemScript fItem; // what all shell items have
   HRESULT fBind = S_OK;   // what binding them comes to
+  std::function<void()> fAtBind;
 };
 
 TEST_F(PathmereFakes, MeetsEachMisbehaviourWithItsOutcome) {
@@ -216,6 +219,14 @@ TEST_F(PathmereFakes, AsksOnceAnObjectForSubFolders) {
   EXPECT_EQ(tell(walker), "----++");
   walker.SetFileSystemOnly(true);
   EXPECT_EQ(tell(walker), "----+-");
+  // What comes back to the walker while it is asked leaves no answer behind for another object.
+  walker.SetObjectName(L"e");
+  const auto with = walker.GetItemIdList();
+  walker.SetObjectName(L"a");
+  fShell.ClearFaults();
+  fShell.AddFault(Dir, {TKind::Slow, TShellMethod::GetAttributesOf, 2, 1, S_OK, [&] { walker.SetItemIdList(with); }});
+  EXPECT_FALSE(walker.HasSubFolders());
+  EXPECT_TRUE(walker.HasSubFolders());
   walker.SetSpecialFolder(SF_DESKTOP);
   EXPECT_TRUE(walker.HasSubFolders());
 }
@@ -308,21 +319,46 @@ TEST_F(PathmereFakes, SurvivesAFolderThatComesBackToItsWalker) {
   fFiles.MakeFolder(LR"(C:\Other)");
   fFiles.MakeFile(LR"(C:\Other\x)");
   auto walker = std::make_unique<TPathmere>();
-  walker->SetFolderIdList(List(Dir));
   const auto other = List(LR"(C:\Other)");
-  const auto at_second_step = [&](std::function<void()> action) {
-    fShell.ClearFaults();
-    fShell.AddFault(Dir, {TKind::Slow, TShellMethod::Next, 2, 1, S_OK, std::move(action)});
-  };
-  at_second_step([&] { walker->SetFolderIdList(other); });
-  EXPECT_EQ(Walk(*walker), "a.");
-  EXPECT_EQ(walker->GetDirectory(), LR"(C:\Other\)");
-  EXPECT_EQ(Walk(*walker), "x.");
+  for (const TShellMethod method : {TShellMethod::Next, TShellMethod::GetAttributesOf}) {
+    const auto at_second_call = [&](std::function<void()> action) {
+      if (!walker) walker = std::make_unique<TPathmere>();
+      walker->SetFilter(L"a;b;x"); // a rule that asks for attributes
+      walker->SetFolderIdList(List(Dir));
+      fShell.ClearFaults();
+      fShell.AddFault(Dir, {TKind::Slow, method, 2, 1, S_OK, std::move(action)});
+    };
+    at_second_call([&] { walker->SetFolderIdList(other); });
+    EXPECT_EQ(Walk(*walker), "a.");
+    EXPECT_EQ(walker->GetDirectory(), LR"(C:\Other\)");
+    EXPECT_EQ(Walk(*walker), "x.");
+    at_second_call([&] { walker.reset(); });
+    TPathmere* const gone = walker.get();
+    ASSERT_TRUE(gone->Next());
+    EXPECT_FALSE(gone->Next());
+    EXPECT_EQ(walker, nullptr);
+  }
+}
+
+TEST_F(PathmereFakes, SurvivesAFolderThatComesBackWhileItIsBound) {
+  const ScopedFakeShell shell(Answers());
+  fFiles.MakeFolder(LR"(C:\Other)");
+  fFiles.MakeFile(LR"(C:\Other\x)");
+  auto walker = std::make_unique<TPathmere>();
+  for (const HRESULT bound : {S_OK, E_ACCESSDENIED}) {
+    fBind = bound;
+    fAtBind = [&] {
+      fBind = S_OK;
+      walker->SetFolderIdList(List(LR"(C:\Other)"));
+      EXPECT_TRUE(walker->Next());
+    };
+    walker->SetFolderIdList(List(Dir));
+    EXPECT_EQ(walker->GetDirectory(), LR"(C:\Other\)");
+    EXPECT_EQ(walker->GetObjectName(), L"x") << "what it set stays, with its walk";
+    EXPECT_FALSE(walker->Next());
+  }
+  fAtBind = [&] { walker.reset(); };
   walker->SetFolderIdList(List(Dir));
-  at_second_step([&] { walker.reset(); });
-  TPathmere* const gone = walker.get();
-  ASSERT_TRUE(gone->Next());
-  EXPECT_FALSE(gone->Next());
   EXPECT_EQ(walker, nullptr);
 }
 

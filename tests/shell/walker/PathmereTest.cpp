@@ -292,6 +292,8 @@ TEST_F(Pathmere, IsCopiedSavedAndLoaded) {
   walker.SetSpecialFolder(SF_DRIVES);
   LoadComponentText(SaveComponentText(walker), read);
   EXPECT_EQ(read.GetSpecialFolder(), SF_DRIVES);
+  walker.SetSpecialFolder(SF_WINDOWS);
+  EXPECT_EQ(SaveComponentText(walker).find(L" Folder ="), std::wstring::npos) << "another path on another computer";
   LoadComponentText(L"component TPathmere { Folder = \"C:\\\\\" SpecialFolder = SF_FILESYSTEMFOLDER }", read);
   EXPECT_EQ(read.GetDirectory(), L"C:\\");
   walker.SetFolderIdList(nullptr);
