@@ -56,8 +56,10 @@ void TKivBaseSelectionList::Assign(const TPersistent* pSource) {
     return;
   }
   if (source == this) return;
+  const TAliveWatch watch(GetAliveToken());
   Clear();
-  fStates->Lock().Write([&] {
+  if (!watch.IsAlive()) return;
+  Edit([&] {
     List() = source->List();
     FSize = source->FSize;
     FFileCount = source->FFileCount;

@@ -6,6 +6,7 @@
 #include <platform/Export.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -71,6 +72,8 @@ public:
 protected:
   friend class TSelectionPaths;
 
+  /// Runs a change under the lock. Its events go out behind the outermost one.
+  virtual void Edit(const std::function<void()>& pChange) = 0;
   /// Selects many, as AddPathToSelection does each.
   virtual void AddPaths(std::vector<std::wstring> pPaths) = 0;
   virtual void DeleteEntry(int pIndex, bool pUpdateSize) = 0;

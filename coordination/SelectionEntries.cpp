@@ -25,8 +25,14 @@ bool BeginsWithRoot(std::wstring_view text) {
 
 } // namespace
 
+// Many paths mostly come in order, each behind all others.
+std::vector<std::wstring>::const_iterator TSelectionEntries::LowerBound(std::wstring_view pText) const {
+  if (fEntries.empty() || Precedes(fEntries.back(), pText)) return fEntries.end();
+  return std::lower_bound(fEntries.begin(), fEntries.end(), pText, &Precedes);
+}
+
 bool TSelectionEntries::Find(std::wstring_view pEntry, std::size_t& pIndex) const {
-  const auto found = std::lower_bound(fEntries.begin(), fEntries.end(), pEntry, &Precedes);
+  const auto found = LowerBound(pEntry);
   pIndex = static_cast<std::size_t>(found - fEntries.begin());
   return found != fEntries.end() && SameText(*found, pEntry);
 }
@@ -43,14 +49,14 @@ bool TSelectionEntries::ContainsNear(std::wstring_view pEntry, std::size_t& pHin
 }
 
 TSelectionEntries::TRange TSelectionEntries::StartingWith(std::wstring_view pPrefix) const {
-  const auto first = std::lower_bound(fEntries.begin(), fEntries.end(), pPrefix, &Precedes);
+  const auto first = LowerBound(pPrefix);
   const auto last = std::partition_point(first, fEntries.end(),
                                          [&](const std::wstring& entry) { return StartsText(pPrefix, entry); });
   return {static_cast<std::size_t>(first - fEntries.begin()), static_cast<std::size_t>(last - fEntries.begin())};
 }
 
 bool TSelectionEntries::AnyHolds(std::wstring_view pText) const {
-  const auto first = std::lower_bound(fEntries.begin(), fEntries.end(), pText, &Precedes);
+  const auto first = LowerBound(pText);
   if (first != fEntries.end() && StartsText(pText, *first)) return true;
   // What begins with a root is found further inside only of entries that have another one there.
   if (fWithRootInside == 0 && BeginsWithRoot(pText)) return false;
@@ -71,11 +77,16 @@ void TSelectionEntries::InsertAll(std::vector<std::wstring> pEntries) {
   if (!std::is_sorted(pEntries.begin(), pEntries.end(), &Precedes)) {
     std::sort(pEntries.begin(), pEntries.end(), &Precedes);
   }
-  const auto at = std::lower_bound(fEntries.begin(), fEntries.end(), pEntries.front(), &Precedes);
+  pEntries.erase(std::unique(pEntries.begin(), pEntries.end(), &SameText), pEntries.end());
+  const auto at = LowerBound(pEntries.front());
   const bool in_one_gap = at == fEntries.end() || Precedes(pEntries.back(), *at);
-  const auto middle = fEntries.insert(in_one_gap ? at : fEntries.end(), std::make_move_iterator(pEntries.begin()),
+  if (in_one_gap) {
+    for (const std::wstring& entry : pEntries) Count(entry, true);
+  }
+  const auto middle = fEntries.insert(in_one_gap ? at : fEntries.cend(), std::make_move_iterator(pEntries.begin()),
                                       std::make_move_iterator(pEntries.end()));
-  if (!in_one_gap) std::inplace_merge(fEntries.begin(), middle, fEntries.end(), &Precedes);
+  if (in_one_gap) return;
+  std::inplace_merge(fEntries.begin(), middle, fEntries.end(), &Precedes);
   fEntries.erase(std::unique(fEntries.begin(), fEntries.end(), &SameText), fEntries.end());
   fWithRootInside = static_cast<std::size_t>(std::count_if(fEntries.begin(), fEntries.end(), &HasRootInside));
 }

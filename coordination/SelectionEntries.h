@@ -47,6 +47,7 @@ public:
   bool MayNest() const noexcept { return fMayNest; }
 
 private:
+  std::vector<std::wstring>::const_iterator LowerBound(std::wstring_view pText) const;
   void Count(const std::wstring& pEntry, bool pIn) noexcept;
 
   std::vector<std::wstring> fEntries;

@@ -105,8 +105,8 @@ void TKivSelectionList::AddPathToSelection(const std::wstring& sFQPath) {
 // children.
 void TKivSelectionList::AddPaths(std::vector<std::wstring> pPaths) {
   Edit([&] {
-    std::sort(pPaths.begin(), pPaths.end(),
-              [](const std::wstring& a, const std::wstring& b) { return CompareText(a, b) < 0; });
+    const auto precedes = [](const std::wstring& a, const std::wstring& b) { return CompareText(a, b) < 0; };
+    if (!std::is_sorted(pPaths.begin(), pPaths.end(), precedes)) std::sort(pPaths.begin(), pPaths.end(), precedes);
     std::vector<std::wstring> added;
     for (std::wstring& path : pPaths) {
       std::wstring entry;
@@ -122,7 +122,8 @@ void TKivSelectionList::AddPaths(std::vector<std::wstring> pPaths) {
   });
 }
 
-// The entry alone, without a look at what it completes. False if nothing came of it.
+// The entry alone, without a look at what it completes. False if it can complete nothing: it hasn't come in, or isn't
+// there, and then a folder that shows nothing else isn't complete by it.
 bool TKivSelectionList::AddEntry(std::wstring pPath, std::wstring& pEntry) {
   pEntry = GetHandleShellLinks() && fStates->IsLinkedPath(pPath) ? fStates->LinkTargetOf(pPath) : pPath;
   const bool exists = FormatSelectionPath(pEntry);
@@ -145,7 +146,7 @@ bool TKivSelectionList::AddEntry(std::wstring pPath, std::wstring& pEntry) {
     DoCompletedCalculateFiles();
   }
   Changed(pEntry);
-  return true;
+  return exists;
 }
 
 void TKivSelectionList::Complete(const std::wstring& pEntry) {
@@ -255,11 +256,14 @@ void TKivSelectionList::DissolveAncestor(const std::wstring& pPath, const std::w
   if (List().Find(WithDelimiter(top) + L'*', index)) DeleteEntry(static_cast<int>(index), false);
 }
 
+// Each level comes in order and goes in as a whole, the highest first: the lowest, which may be large, then finds its
+// place between two entries. None goes in before all are asked for, since the entry on top covers until then.
 void TKivSelectionList::AddAllExclude(const std::wstring& pParent, const std::wstring& pExclude, std::wstring& pTop) {
-  std::vector<std::wstring> added;
+  std::vector<std::vector<std::wstring>> levels;
   std::wstring exclude = pExclude;
   pTop = WithoutStarAndDelimiter(pParent);
   while (!SameText(pTop, exclude)) {
+    std::vector<std::wstring>& added = levels.emplace_back();
     std::wstring child = WithDelimiter(pTop);
     const std::size_t prefix = child.size();
     const std::unique_ptr<IDiskSearch> search = fStates->Disk().Search(pTop);
@@ -273,8 +277,10 @@ void TKivSelectionList::AddAllExclude(const std::wstring& pParent, const std::ws
     if (!IsItemFullSelected(WithDelimiter(above) + L'*')) break;
     exclude = std::exchange(pTop, std::move(above));
   }
-  for (const std::wstring& entry : added) Changed(entry);
-  List().InsertAll(std::move(added));
+  for (const auto& level : levels) {
+    for (const std::wstring& entry : level) Changed(entry);
+  }
+  for (auto level = levels.rbegin(); level != levels.rend(); ++level) List().InsertAll(std::move(*level));
 }
 
 void TKivSelectionList::RemoveSubFolders(const std::wstring& pPath) {

@@ -106,6 +106,7 @@ public:
 #endif
 
 protected:
+  void Edit(const std::function<void()>& pChange) override;
   void AddPaths(std::vector<std::wstring> pPaths) override;
   void DeleteEntry(int pIndex, bool pUpdateSize) override;
   void Changed(const std::wstring& pPath) override;
@@ -125,7 +126,6 @@ private:
     std::size_t fSelectedFilesCounter = 0; // over file entries
   };
 
-  void Edit(const std::function<void()>& pChange);
   void Tell(std::function<void()> pEvent);
   bool AddEntry(std::wstring pPath, std::wstring& pEntry);
   void Complete(const std::wstring& pEntry);

@@ -7,7 +7,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <random>
+#include <system_error>
+
+#if defined(_WIN32)
+#include <platform/Types.h>
+#endif
 
 namespace kiv {
 
@@ -21,17 +26,23 @@ std::wstring_view Trimmed(std::wstring_view text) {
   return text.substr(first, text.find_last_not_of(Blanks) + 1 - first);
 }
 
+bool IsLineEnd(wchar_t c) {
+  return c == L'\r' || c == L'\n';
+}
+
 // The next line with what ends it; takes it from the text.
 std::wstring_view TakeLine(std::wstring_view& text) {
-  std::size_t end = text.find_first_of(L"\r\n");
-  end = end == std::wstring_view::npos ? text.size() : end + (text.substr(end).starts_with(L"\r\n") ? 2 : 1);
+  std::size_t end = 0;
+  while (end < text.size() && !IsLineEnd(text[end])) ++end;
+  if (end < text.size()) end += text.substr(end).starts_with(L"\r\n") ? 2 : 1;
   const std::wstring_view line = text.substr(0, end);
   text.remove_prefix(end);
   return line;
 }
 
 std::wstring_view WithoutLineEnd(std::wstring_view line) {
-  return line.substr(0, line.find_first_of(L"\r\n"));
+  while (!line.empty() && IsLineEnd(line.back())) line.remove_suffix(1);
+  return line;
 }
 
 bool IsHeader(std::wstring_view line) {
@@ -55,25 +66,27 @@ std::wstring_view KeyOf(std::wstring_view line) {
 }
 
 bool CanBeKey(const std::wstring& key) {
-  const std::wstring line = key + L'=';
-  return !key.empty() && key.find(L'\0') == std::wstring::npos && !IsHeader(line) && KeyOf(line) == key;
+  const auto breaks = [](wchar_t c) { return c == L'\0' || IsLineEnd(c); };
+  if (key.empty() || std::any_of(key.begin(), key.end(), breaks)) return false;
+  return key.front() != L';' && Blanks.find(key.front()) == std::wstring_view::npos;
 }
 
-bool IsUtf16(const std::string& bytes) {
-  return bytes.starts_with("\xFF\xFE");
+bool IsHighHalf(wchar_t c) {
+  const auto code = static_cast<std::uint32_t>(c);
+  return code >= 0xD800 && code < 0xDC00;
 }
 
-std::wstring FromUtf16(const std::string& bytes) {
+// `low`: where in each pair of bytes the lower one is. The first pair is the mark.
+std::wstring FromUtf16(const std::string& bytes, std::size_t low) {
   std::wstring text;
   text.reserve(bytes.size() / 2);
   for (std::size_t i = 2; i + 1 < bytes.size(); i += 2) {
-    const auto unit =
-        static_cast<std::uint32_t>(static_cast<std::uint8_t>(bytes[i]) | static_cast<std::uint8_t>(bytes[i + 1]) << 8U);
-    const bool low_half = unit >= 0xDC00 && unit < 0xE000;
+    const auto unit = static_cast<std::uint32_t>(static_cast<std::uint8_t>(bytes[i + low]) |
+                                                 static_cast<std::uint8_t>(bytes[i + 1 - low]) << 8U);
     if constexpr (sizeof(wchar_t) > 2) {
-      const auto before = text.empty() ? 0U : static_cast<std::uint32_t>(text.back());
-      if (low_half && before >= 0xD800 && before < 0xDC00) {
-        text.back() = static_cast<wchar_t>(0x10000 + ((before - 0xD800) << 10U) + (unit - 0xDC00));
+      if (unit >= 0xDC00 && unit < 0xE000 && !text.empty() && IsHighHalf(text.back())) {
+        const auto high = static_cast<std::uint32_t>(text.back()) - 0xD800;
+        text.back() = static_cast<wchar_t>(0x10000 + (high << 10U) + (unit - 0xDC00));
         continue;
       }
     }
@@ -82,12 +95,34 @@ std::wstring FromUtf16(const std::string& bytes) {
   return text;
 }
 
+// Files of old programs: what isn't UTF-8 is in the code page of the system.
+std::wstring FromCodePage(const std::string& bytes) {
+#if defined(_WIN32)
+  std::wstring text(bytes.size(), L'\0'); // never more units than bytes
+  const auto size = static_cast<int>(bytes.size());
+  text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, bytes.data(), size, text.data(), size)));
+  return text;
+#else
+  std::wstring text;
+  for (const char c : bytes) text += static_cast<wchar_t>(static_cast<unsigned char>(c));
+  return text;
+#endif
+}
+
+std::wstring Decoded(const std::string& bytes) {
+  if (bytes.starts_with("\xFF\xFE")) return FromUtf16(bytes, 0);
+  if (bytes.starts_with("\xFE\xFF")) return FromUtf16(bytes, 1);
+  const std::string rest = bytes.substr(bytes.starts_with("\xEF\xBB\xBF") ? 3 : 0);
+  std::wstring text = FromUtf8(rest);
+  return ToUtf8(text) == rest ? text : FromCodePage(rest);
+}
+
 std::string ToUtf16(std::wstring_view text) {
   std::string bytes("\xFF\xFE");
   bytes.reserve(2 * text.size() + 2);
   const auto put = [&bytes](std::uint32_t unit) {
-    bytes.push_back(static_cast<char>(unit & 0xFFU));
-    bytes.push_back(static_cast<char>(unit >> 8U & 0xFFU));
+    const char pair[] = {static_cast<char>(unit & 0xFFU), static_cast<char>(unit >> 8U & 0xFFU)};
+    bytes.append(pair, 2);
   };
   for (const wchar_t c : text) {
     const auto code = static_cast<std::uint32_t>(c);
@@ -110,12 +145,35 @@ std::filesystem::path NativePath(std::wstring path) {
 #endif
 }
 
-// Empty if there is no such file.
-std::wstring ReadAll(const std::wstring& path) {
-  std::ifstream file(NativePath(path), std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-  if (IsUtf16(bytes)) return FromUtf16(bytes);
-  return FromUtf8(bytes.starts_with("\xEF\xBB\xBF") ? std::string_view(bytes).substr(3) : bytes);
+// False for what is there and can't be read; nothing if there is no such file.
+bool ReadAll(const std::filesystem::path& path, std::wstring& text) {
+  std::ifstream file(path, std::ios::binary);
+  std::error_code error;
+  if (!file) return !std::filesystem::exists(path, error) && !error;
+  std::string bytes;
+  std::vector<char> block(std::size_t{1} << 16U);
+  do {
+    file.read(block.data(), static_cast<std::streamsize>(block.size()));
+    bytes.append(block.data(), static_cast<std::size_t>(file.gcount()));
+  } while (file);
+  text = Decoded(bytes);
+  return file.eof();
+}
+
+// In the place of the file only when it is whole: until then that stays as it was.
+bool WriteAll(const std::filesystem::path& path, const std::string& bytes) {
+  std::filesystem::path whole = path;
+  whole.replace_filename("ini" + std::to_string(std::random_device{}()) + ".tmp");
+  std::ofstream file(whole, std::ios::binary | std::ios::trunc);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  std::error_code error;
+  if (file) {
+    std::filesystem::rename(whole, path, error);
+    if (!error) return true;
+  }
+  std::filesystem::remove(whole, error);
+  return false;
 }
 
 } // namespace
@@ -162,14 +220,18 @@ std::wstring ReplaceIniSection(std::wstring_view pText, std::wstring_view pSecti
 }
 
 std::vector<std::wstring> TIniFile::ReadSection(std::wstring_view pSection) const {
-  return IniSectionKeys(ReadAll(fFileName), pSection);
+  std::wstring text;
+  if (!ReadAll(NativePath(fFileName), text)) return {};
+  return IniSectionKeys(text, pSection);
 }
 
 void TIniFile::WriteSection(std::wstring_view pSection, const std::vector<std::wstring>& pKeys) const {
-  const std::string bytes = ToUtf16(ReplaceIniSection(ReadAll(fFileName), pSection, pKeys));
-  std::ofstream file(NativePath(fFileName), std::ios::binary | std::ios::trunc);
-  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size())).flush();
-  if (!file) throw EIniFileException(L"Unable to write to " + fFileName);
+  const std::filesystem::path path = NativePath(fFileName);
+  std::wstring text;
+  if (!ReadAll(path, text)) throw EIniFileException(L"Unable to read " + fFileName);
+  if (!WriteAll(path, ToUtf16(ReplaceIniSection(text, pSection, pKeys)))) {
+    throw EIniFileException(L"Unable to write to " + fFileName);
+  }
 }
 
 } // namespace kiv

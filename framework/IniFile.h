@@ -22,7 +22,8 @@ public:
 /// sections. A section that stands in the file twice is read as one.
 ///
 /// Written is UTF-16 with a mark in front, which the platform's own functions for such files read, too, and which takes
-/// every name that a file can have. Read is besides UTF-8, with or without a mark. Nothing is kept between calls.
+/// every name that a file can have. Read are UTF-8, too, with or without a mark, and the system's code page. A file is
+/// replaced as a whole, by one that was written beside it. Nothing is kept between calls.
 class KIV_EXPORT TIniFile {
 public:
   explicit TIniFile(std::wstring pFileName) : fFileName(std::move(pFileName)) {}
@@ -31,7 +32,8 @@ public:
   /// The keys of a section, in the file's order. None if there is no such file or section.
   std::vector<std::wstring> ReadSection(std::wstring_view pSection) const;
   /// Replaces a section by keys with empty values; without keys by none. Raises EIniFileException if the file can't be
-  /// written. A key with a line end or NUL in it, or one that reads as something else, is left out.
+  /// read or replaced, and it stays as it was. A key with a line end or NUL in it, or one that reads as something else,
+  /// is left out.
   void WriteSection(std::wstring_view pSection, const std::vector<std::wstring>& pKeys) const;
 
 private:

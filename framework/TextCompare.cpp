@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #if defined(_WIN32)
 #include <platform/Types.h>
@@ -16,6 +17,15 @@ namespace {
 
 constexpr bool IsAscii(wchar_t c) {
   return static_cast<std::uint32_t>(c) < 0x80;
+}
+
+// How many units at the start are the same, case and all, in whole blocks: paths of one folder differ at their end
+// only.
+std::size_t SameBlocks(std::wstring_view a, std::wstring_view b, std::size_t common) noexcept {
+  constexpr std::size_t block = 16 / sizeof(wchar_t);
+  std::size_t at = 0;
+  while (at + block <= common && std::memcmp(a.data() + at, b.data() + at, 16) == 0) at += block;
+  return at;
 }
 
 #if defined(_WIN32)
@@ -44,7 +54,7 @@ int CompareRest(std::wstring_view a, std::wstring_view b) noexcept {
 
 int CompareText(std::wstring_view pFirst, std::wstring_view pSecond) noexcept {
   const std::size_t common = std::min(pFirst.size(), pSecond.size());
-  for (std::size_t i = 0; i < common; ++i) {
+  for (std::size_t i = SameBlocks(pFirst, pSecond, common); i < common; ++i) {
     const wchar_t a = pFirst[i];
     const wchar_t b = pSecond[i];
     if (!IsAscii(a) || !IsAscii(b)) return CompareRest(pFirst.substr(i), pSecond.substr(i));

@@ -179,6 +179,26 @@ TEST_F(SelectionList, TellsOfChangesWhenTheyAreComplete) {
   EXPECT_FALSE(doomed);
 }
 
+TEST_F(SelectionList, TellsOfWhatItTakesOverWhenItHasIt) {
+  MakeAll({L"C:\\a\\1", L"C:\\a\\2", L"C:\\b", L"C:\\c"});
+  Do({L"+C:\\a\\1", L"+C:\\b"});
+  TKivSelectionList target;
+  TTexts seen;
+  target.SetOnChange([&](TPersistent*) {
+    seen = EntriesOf(target);
+    target.SetOnChange(nullptr);
+    target.Clear(); // a handler may come back
+  });
+  target.Assign(&fList);
+  EXPECT_EQ(seen, Entries());
+  EXPECT_TRUE(target.IsEmpty());
+  auto doomed = std::make_unique<TKivSelectionList>();
+  doomed->AddPathToSelection(L"C:\\c");
+  doomed->SetOnChange([&](TPersistent*) { doomed.reset(); });
+  doomed->Assign(&fList);
+  EXPECT_FALSE(doomed);
+}
+
 TEST_F(SelectionList, KeepsInvalidPathsOnRequest) {
   fList.SetRemoveInvalidPaths(false);
   Do({L"+C:\\none\\x\\*", L"+", L"+.", L"+C:\\none\\x\\"});
@@ -189,6 +209,12 @@ TEST_F(SelectionList, KeepsInvalidPathsOnRequest) {
   Do({L"+C:\\a", L"+C:\\a\\e", L"+C:\\a\\g"});
   EXPECT_EQ(fList.GetCount(), 5);
   EXPECT_EQ(fList.IsPathSelected(L"C:\\a\\f"), ssChecked);
+  // What isn't there doesn't complete a folder that is empty.
+  MakeAll({L"C:\\empty\\"});
+  Do({L"+C:\\empty\\gone"});
+  EXPECT_EQ(fList.IsPathSelected(L"C:\\empty"), ssGrayed);
+  fList.SetPaths({L"C:\\empty\\gone"});
+  EXPECT_EQ(Entries(), TTexts{L"C:\\empty\\gone"});
 }
 
 TEST_F(SelectionList, FollowsFoldersThatAreLinks) {

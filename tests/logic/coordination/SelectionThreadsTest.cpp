@@ -1,8 +1,13 @@
 #include "SelectionFixture.h"
 
 #include <doubles/Barrier.h>
+#include <framework/Thread.h>
+#include <platform/Lifecycle.h>
+#include <platform/MainThread.h>
+#include <threading/WorkProcedures.h>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <random>
 #include <thread>
@@ -61,6 +66,82 @@ TEST_F(SelectionThreads, ReadersSeeOnlyWholeChanges) {
   done = true;
   for (std::thread& reader : readers) reader.join();
   EXPECT_EQ(wrong, 0);
+}
+
+/// Measures on the workers of the global pool.
+class TPooledSizes : public IFolderSizeSource {
+public:
+  explicit TPooledSizes(ISelectionDisk& pDisk) : fDisk(pDisk), fOuter(SetFolderSizeSource(this)) {}
+  ~TPooledSizes() override { SetFolderSizeSource(fOuter); }
+
+  void Measure(std::vector<std::wstring> pPaths, bool, ComPtr<ICancellationIndicator> pToken,
+               std::function<void(const TFolderSize&)> pDone) override {
+    for (const std::wstring& path : pPaths) {
+      ++pending;
+      TAsyncProcedure::CreateAndQueue([this, path, pToken, pDone] {
+        TFolderSize size{0, 0, 1};
+        const auto search = fDisk.Search(path);
+        for (TDiskEntry entry; search && !pToken->IsCancellationRequested() && search->Next(entry);) {
+          size.size += entry.size;
+          ++size.fileCount;
+        }
+        MainThread::Queue([this, size, pToken, pDone] {
+          if (!pToken->IsCancellationRequested()) pDone(size);
+          --pending;
+        });
+      });
+    }
+  }
+
+  int pending = 0; // main thread
+
+private:
+  ISelectionDisk& fDisk;
+  IFolderSizeSource* const fOuter;
+};
+
+// Whatever becomes of the selection while workers measure, what they report of it later counts for nothing.
+TEST_F(SelectionThreads, TotalsFollowNoOtherSelectionThanTheirOwn) {
+  MainThread::Attach();
+  const unsigned seed = std::random_device{}();
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  std::mt19937 random(seed);
+  for (int i = 0; i < 200; ++i) MakeAll({L"C:\\d" + std::to_wstring(i % 5) + L"\\" + std::to_wstring(i), L"C:\\rest"});
+  TPooledSizes sizes(fDisk);
+  auto list = std::make_unique<TKivSelectionList>();
+  for (int step = 0; step < 400; ++step) {
+    const std::wstring path = L"C:\\d" + std::to_wstring(random() % 5);
+    switch (random() % 8) {
+    case 0:
+      list->Clear();
+      break;
+    case 1:
+      fFiles.Rename(path, L"other");
+      list->PathWasRenamed(path, L"C:\\other");
+      fFiles.Rename(L"C:\\other", path.substr(3));
+      list->PathWasRenamed(L"C:\\other", path);
+      break;
+    case 2:
+      list = std::make_unique<TKivSelectionList>();
+      break;
+    case 3:
+      list->RemovePathFromSelection(path);
+      break;
+    case 4:
+      MainThread::CheckSynchronize();
+      break;
+    default:
+      list->AddPathToSelection(path);
+    }
+  }
+  list->Clear();
+  list->AddPathToSelection(L"C:\\d3");
+  while (sizes.pending > 0) MainThread::CheckSynchronize(std::chrono::milliseconds(1));
+  EXPECT_EQ(list->GetSize(), 400);
+  EXPECT_EQ(list->GetFileCount(), 40);
+  EXPECT_EQ(list->GetFolderCount(), 1);
+  Shutdown(); // ends the pool
+  EXPECT_TRUE(TThread::AwaitAllEnded(std::chrono::seconds(60)));
 }
 
 } // namespace

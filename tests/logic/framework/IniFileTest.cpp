@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -57,11 +58,24 @@ TEST(IniFile, KeepsEveryNameOnDisk) {
 #if !defined(_WIN32)
   std::replace(native.begin(), native.end(), L'\\', L'/');
 #endif
-  for (const std::string bytes : {"[s]\nC:\\\xC3\xA4=\n", "\xEF\xBB\xBF[s]\r\nC:\\\xC3\xA4=\r\n"}) {
+  using namespace std::string_literals;
+  std::vector<std::string> forms = {"[s]\n\xC3\xA4=\n"s, "\xEF\xBB\xBF[s]\r\n\xC3\xA4=\r\n"s,
+                                    "\xFE\xFF\0[\0s\0]\0\n\0\xE4\0=\0\n"s};
+#if !defined(_WIN32)
+  forms.push_back("[s]\n\xE4=\n"); // in the code page, which elsewhere is the machine's own
+#endif
+  for (const std::string& bytes : forms) {
     std::ofstream(std::filesystem::path(native), std::ios::binary) << bytes;
-    EXPECT_EQ(file.ReadSection(L"s"), TKeys{L"C:\\\x00E4"});
+    EXPECT_EQ(file.ReadSection(L"s"), TKeys{L"\x00E4"});
+    file.WriteSection(L"other", {L"k"});
+    EXPECT_EQ(file.ReadSection(L"s"), TKeys{L"\x00E4"}) << "nor is it lost in writing";
   }
   EXPECT_THROW(TIniFile(temp.PathOf(L"none\\x.ini")).WriteSection(L"s", keys), EIniFileException);
+  // A folder of that name can neither be read nor replaced, and nothing half done stays beside it.
+  temp.MakeFolder(L"folder.ini");
+  EXPECT_THROW(TIniFile(temp.PathOf(L"folder.ini")).WriteSection(L"s", keys), EIniFileException);
+  const std::filesystem::directory_iterator left(std::filesystem::path(native).parent_path());
+  EXPECT_EQ(std::distance(begin(left), end(left)), 2);
 }
 
 } // namespace
