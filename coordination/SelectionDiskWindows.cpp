@@ -43,7 +43,8 @@ public:
   bool IsDriveReady(const std::wstring& pPath) override { return kiv::IsDriveReady(pPath); }
 
   TDiskObject ObjectAt(const std::wstring& pPath) override {
-    // A drive without its delimiter would be its current folder.
+    // What a path means mustn't hang on the current folder; a drive without its delimiter would be that.
+    if (!IsAbsolutePath(pPath)) return TDiskObject::Nothing;
     const std::wstring path = IsDrive(pPath) ? pPath.substr(0, 2) + L'\\' : TPathUtils::GetUnicodeAPICallPath(pPath);
     const DWORD attributes = pPath.empty() ? INVALID_FILE_ATTRIBUTES : PathApi::FileAttributes(path);
     if (attributes == INVALID_FILE_ATTRIBUTES) return TDiskObject::Nothing;

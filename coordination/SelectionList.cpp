@@ -226,7 +226,8 @@ void TKivSelectionList::RemovePathFromSelection(const std::wstring& sFQPath) {
   if (sFQPath.empty()) return;
   Edit([&] {
     const bool linked = GetHandleShellLinks() && fStates->IsLinkedPath(sFQPath);
-    const std::wstring path = linked ? fStates->LinkTargetOf(sFQPath) : sFQPath;
+    std::wstring path = linked ? fStates->LinkTargetOf(sFQPath) : sFQPath;
+    std::replace(path.begin(), path.end(), L'/', L'\\');
     bool is_sub_item = false;
     const TKivSelectionState state = PathSelected(path, is_sub_item);
     if (state == ssGrayed) RemoveSubFolders(path);

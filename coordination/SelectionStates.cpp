@@ -67,6 +67,7 @@ bool TSelectionStates::FormatSelectionPath(std::wstring& pPath) const {
   if (pPath.empty() || IsFolderToIgnore(pPath)) return false;
   if (pPath.ends_with(L'*')) pPath.pop_back();
   const TDiskObject object = fDisk.ObjectAt(pPath);
+  if (object != TDiskObject::Nothing) std::replace(pPath.begin(), pPath.end(), L'/', L'\\');
   if (object == TDiskObject::Folder) pPath = detail::WithDelimiter(pPath) + L'*';
   return object != TDiskObject::Nothing;
 }

@@ -9,6 +9,8 @@
 
 #include <ole2.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -69,6 +71,22 @@ TEST_F(SelectionOnDisk, LeavesAllElseOfADriveSelected) {
   EXPECT_EQ(fList.IsPathSelected(file), ssUnChecked);
   fList.AddPathToSelection(file);
   EXPECT_EQ(fList.ToString(), drive + L"*\r\n") << "and back again";
+}
+
+TEST_F(SelectionOnDisk, TakesOneFormOfEachPath) {
+  const std::wstring file = fTemp.MakeFile(L"a\\b\\c.txt");
+  fTemp.MakeFile(L"a\\d.txt");
+  fTemp.MakeFile(L"beside");
+  std::wstring slashed = fTemp.PathOf(L"a");
+  std::replace(slashed.begin(), slashed.end(), L'\\', L'/');
+  fList.AddPathToSelection(slashed + L"/");
+  EXPECT_EQ(fList.ToString(), fTemp.PathOf(L"a\\*\r\n"));
+  fList.RemovePathFromSelection(slashed + L"/b/c.txt");
+  EXPECT_EQ(fList.ToString(), fTemp.PathOf(L"a\\d.txt\r\n"));
+  const std::filesystem::path current = std::filesystem::current_path();
+  std::filesystem::current_path(fTemp.Path());
+  EXPECT_EQ(fList.IsPathSelected(L"a\\d.txt"), ssDisabled) << "what it is hangs on the current folder";
+  std::filesystem::current_path(current);
 }
 
 TEST_F(SelectionOnDisk, ReachesLongPathsAndOddNames) {
