@@ -71,11 +71,6 @@ bool CanBeKey(const std::wstring& key) {
   return key.front() != L';' && Blanks.find(key.front()) == std::wstring_view::npos;
 }
 
-bool IsHighHalf(wchar_t c) {
-  const auto code = static_cast<std::uint32_t>(c);
-  return code >= 0xD800 && code < 0xDC00;
-}
-
 // `low`: where in each pair of bytes the lower one is. The first pair is the mark.
 std::wstring FromUtf16(const std::string& bytes, std::size_t low) {
   std::wstring text;
@@ -84,9 +79,9 @@ std::wstring FromUtf16(const std::string& bytes, std::size_t low) {
     const auto unit = static_cast<std::uint32_t>(static_cast<std::uint8_t>(bytes[i + low]) |
                                                  static_cast<std::uint8_t>(bytes[i + 1 - low]) << 8U);
     if constexpr (sizeof(wchar_t) > 2) {
-      if (unit >= 0xDC00 && unit < 0xE000 && !text.empty() && IsHighHalf(text.back())) {
-        const auto high = static_cast<std::uint32_t>(text.back()) - 0xD800;
-        text.back() = static_cast<wchar_t>(0x10000 + (high << 10U) + (unit - 0xDC00));
+      const std::uint32_t last = text.empty() ? 0 : static_cast<std::uint32_t>(text.back());
+      if (unit >= 0xDC00 && unit < 0xE000 && last >= 0xD800 && last < 0xDC00) { // the two halves of a character
+        text.back() = static_cast<wchar_t>(0x10000 + ((last - 0xD800) << 10U) + (unit - 0xDC00));
         continue;
       }
     }

@@ -156,7 +156,7 @@ private:
         if (!fStopped) Turn();
       } catch (const std::bad_alloc&) {
         // What couldn't be told is told as one update of everything.
-        for (auto& [number, watch] : fWatches) Survive([&] { watch->tree.TellUpdate(); });
+        for (auto& [number, watch] : fWatches) Survive([&watch = watch] { watch->tree.TellUpdate(); });
       }
     }
     fWatches.clear();
