@@ -84,6 +84,7 @@ void TWatchedTree::Close() {
   fToScan.clear();
   fEmptied.clear();
   fEmpty.clear();
+  fListAtIdle = false;
   if (fRoot) CloseNode(*fRoot);
   fRoot.reset();
   fIsOpen = false;
@@ -214,13 +215,20 @@ void TWatchedTree::Apply(TNode& pNode, const std::vector<TDirectoryChange>& pCha
 void TWatchedTree::OnOverflow(std::uint64_t pFolder) {
   const auto found = fById.find(pFolder);
   if (found == fById.end()) return;
+  ListAnew(*found->second);
+  // Reports that came before that listing may be of a folder whose name another one has by now, and only handles tell
+  // the two apart.
+  fListAtIdle = fOptions.subtree;
+  fWantsIdle = fWantsIdle || fListAtIdle;
+}
+
+void TWatchedTree::ListAnew(TNode& pNode) {
   // A folder that was made anew under its old name has another handle now.
-  TNode& node = *found->second;
-  node.pairer.Reset();
-  node.listed.clear();
-  node.unseen.clear();
-  while (!node.folders.empty()) Remove(node, std::wstring(node.folders.begin()->first));
-  ScanAll(node, false);
+  pNode.pairer.Reset();
+  pNode.listed.clear();
+  pNode.unseen.clear();
+  while (!pNode.folders.empty()) Remove(pNode, std::wstring(pNode.folders.begin()->first));
+  ScanAll(pNode, false);
   TellUpdate();
 }
 
@@ -236,6 +244,7 @@ void TWatchedTree::OnIdle() {
     found->second->pairer.Flush(changes);
     Apply(*found->second, changes);
   }
+  if (std::exchange(fListAtIdle, false) && fRoot) ListAnew(*fRoot);
   LetGoOfEmptied();
 }
 

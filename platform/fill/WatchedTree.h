@@ -140,6 +140,7 @@ private:
   void CloseNode(TNode& pNode);
   void Scan(TNode& pNode, bool pTell);
   void ScanAll(TNode& pNode, bool pTell);
+  void ListAnew(TNode& pNode);
   bool MayGo(const TNode& pNode) const;
   TLetGo LetGo(std::uint64_t pFolder);
   void LetGoOfEmptied();
@@ -161,6 +162,7 @@ private:
   std::wstring fLastWritten;        // the path of the last event, if that was a write
   bool fIsOpen = false;
   bool fWantsIdle = false;
+  bool fListAtIdle = false;
 };
 
 } // namespace kiv
