@@ -76,22 +76,39 @@ IWatchedFolders::TKind KindOfPath(const std::wstring& pPath) {
   return attributes == INVALID_FILE_ATTRIBUTES ? IWatchedFolders::TKind::None : KindOfAttributes(attributes);
 }
 
-std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles) {
-  std::vector<IWatchedFolders::TEntry> entries;
+namespace {
+
+// Until `take` says that it is enough. False if the directory can't be listed.
+template <typename F>
+bool ForEachIn(const std::wstring& path, FINDEX_SEARCH_OPS what, F&& take) {
   WIN32_FIND_DATAW data;
-  std::wstring pattern = LiteralPath(pPath);
+  std::wstring pattern = LiteralPath(path);
   pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
-  const TUniqueFind find(FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &data,
-                                          pFiles ? FindExSearchNameMatch : FindExSearchLimitToDirectories, nullptr,
-                                          FIND_FIRST_EX_LARGE_FETCH));
-  if (!find) return entries;
+  const TUniqueFind find(
+      FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &data, what, nullptr, FIND_FIRST_EX_LARGE_FETCH));
+  if (!find) return false;
   do {
     const std::wstring_view name = data.cFileName;
-    const auto kind = KindOfAttributes(data.dwFileAttributes);
-    const bool wanted = pFiles || kind != IWatchedFolders::TKind::File;
-    if (wanted && name != L"." && name != L"..") entries.push_back({std::wstring(name), kind});
+    if (name != L"." && name != L".." && !take(name, KindOfAttributes(data.dwFileAttributes))) break;
   } while (FindNextFileW(find.Get(), &data));
+  return true;
+}
+
+} // namespace
+
+std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles) {
+  std::vector<IWatchedFolders::TEntry> entries;
+  ForEachIn(pPath, pFiles ? FindExSearchNameMatch : FindExSearchLimitToDirectories,
+            [&](std::wstring_view name, IWatchedFolders::TKind kind) {
+              if (pFiles || kind != IWatchedFolders::TKind::File) entries.push_back({std::wstring(name), kind});
+              return true;
+            });
   return entries;
+}
+
+bool IsDirectoryEmpty(const std::wstring& pPath) {
+  bool empty = true;
+  return ForEachIn(pPath, FindExSearchNameMatch, [&](auto&&...) { return empty = false; }) && empty;
 }
 
 // --- the port -------------------------------------------------------------------------------------------------------
@@ -128,14 +145,25 @@ void TDirectoryPort::Dispose(TDirectoryHandle* pHandle) noexcept {
   std::erase_if(fClosed, [pHandle](const auto& handle) { return handle.get() == pHandle; });
 }
 
-TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
-  DWORD bytes = 0;
+bool TDirectoryPort::Take(DWORD pLimit, TCompletion& pNext) noexcept {
   ULONG_PTR key = 0;
   OVERLAPPED* overlapped = nullptr;
-  const BOOL done = GetQueuedCompletionStatus(fPort.Get(), &bytes, &key, &overlapped, pLimit);
-  if (!overlapped) return done ? TEvent::Nothing : TEvent::TimeOut;
-  const DWORD error = done ? ERROR_SUCCESS : GetLastError();
-  auto* const handle = CONTAINING_RECORD(overlapped, TDirectoryHandle, overlapped);
+  const BOOL done = GetQueuedCompletionStatus(fPort.Get(), &pNext.bytes, &key, &overlapped, pLimit);
+  pNext.error = done ? ERROR_SUCCESS : GetLastError();
+  pNext.handle = overlapped ? CONTAINING_RECORD(overlapped, TDirectoryHandle, overlapped) : nullptr;
+  return overlapped || done;
+}
+
+TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
+  TCompletion next;
+  if (!fKept.empty()) {
+    next = fKept.front();
+    fKept.pop_front();
+  } else if (!Take(pLimit, next)) {
+    return TEvent::TimeOut;
+  }
+  const auto [handle, bytes, error] = next;
+  if (!handle) return TEvent::Nothing;
   if (handle->closed) {
     Dispose(handle);
     return TEvent::Nothing;
@@ -154,17 +182,22 @@ TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
   return TEvent::Report;
 }
 
-void TDirectoryPort::Settle() noexcept {
+void TDirectoryPort::Settle() {
   constexpr DWORD limit = 500; // ms
-  DWORD bytes = 0;
-  ULONG_PTR key = 0;
   const ULONGLONG end = GetTickCount64() + limit;
+  std::erase_if(fKept, [this](const TCompletion& completion) {
+    const bool closed = completion.handle->closed;
+    if (closed) Dispose(completion.handle);
+    return closed;
+  });
   while (!fClosed.empty() && GetTickCount64() < end) {
-    OVERLAPPED* overlapped = nullptr;
-    if (!GetQueuedCompletionStatus(fPort.Get(), &bytes, &key, &overlapped, limit) && !overlapped) return;
-    if (!overlapped) continue;
-    auto* const handle = CONTAINING_RECORD(overlapped, TDirectoryHandle, overlapped);
-    if (handle->closed) Dispose(handle);
+    TCompletion next;
+    if (!Take(limit, next)) return;
+    if (next.handle && next.handle->closed) {
+      Dispose(next.handle);
+    } else if (next.handle) {
+      fKept.push_back(next);
+    }
   }
 }
 

@@ -5,6 +5,7 @@
 #include <platform/fill/WatchedTree.h>
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@ struct TFileIdentity {
 TFileIdentity IdentityOf(const std::wstring& pPath);
 IWatchedFolders::TKind KindOfPath(const std::wstring& pPath);
 std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles);
+bool IsDirectoryEmpty(const std::wstring& pPath);
 /// Whether one directory handle reports what happens in the folders below, those included that were there before it.
 /// Asks the platform, with files in the temporary folder. False if that can't be done.
 bool ProbeSubtrees();
@@ -56,15 +58,24 @@ public:
   void Close(TDirectoryHandle* pHandle) noexcept;
   /// The next event, at most `pLimit` milliseconds later.
   TEvent Await(DWORD pLimit, TReport& pReport);
-  /// Waits until the platform has let go of all closed handles.
-  void Settle() noexcept;
+  /// Waits until the platform has let go of all closed handles, half a second at most. What the others report stays for
+  /// Await.
+  void Settle();
   /// Any thread: ends an Await.
   void Wake() noexcept;
 
 private:
+  struct TCompletion {
+    TDirectoryHandle* handle = nullptr;
+    DWORD bytes = 0;
+    DWORD error = ERROR_SUCCESS;
+  };
+
+  bool Take(DWORD pLimit, TCompletion& pNext) noexcept;
   void Dispose(TDirectoryHandle* pHandle) noexcept;
 
   TUniqueHandle fPort;
+  std::deque<TCompletion> fKept;                          // came while something else was waited for
   std::vector<std::unique_ptr<TDirectoryHandle>> fClosed; // whose request hasn't ended
 };
 

@@ -67,12 +67,19 @@ struct TWatch final : IWatchedFolders {
     port.Close(found->second);
     handles.erase(found);
   }
+  // Handles that were closed count until the platform has let go of them.
+  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+    Close(pFolder);
+    port.Settle();
+    return Open(pFolder, pPath, false);
+  }
   bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
     const auto found = handles.find(pFolder);
     return found != handles.end() && found->second->identity == IdentityOf(pPath);
   }
   std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
+  bool IsEmpty(const std::wstring& pPath) override { return IsDirectoryEmpty(pPath); }
 
   HANDLE RootHandle() const {
     const auto root = handles.find(TWatchedTree::RootFolder);
@@ -160,7 +167,7 @@ private:
       }
     }
     fWatches.clear();
-    fPort.Settle();
+    Survive([this] { fPort.Settle(); });
   }
 
   template <typename F>
@@ -264,7 +271,8 @@ private:
     if (tree.IsOpen()) {
       // A server that doesn't answer would hold up all other watches, and its end is reported.
       if (tree.Path().starts_with(LR"(\\)")) return;
-      if (IdentityOf(tree.Path()) != pWatch.identity) Lose(pWatch);
+      if (IdentityOf(tree.Path()) != pWatch.identity) return Lose(pWatch);
+      if (pWatch.complete) tree.LetGoOfEmpty();
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;

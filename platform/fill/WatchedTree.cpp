@@ -1,10 +1,23 @@
 #include <platform/fill/WatchedTree.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace kiv {
 
 using TKind = IWatchedFolders::TKind;
+
+namespace {
+
+// Of folders that are looked at without a pause; letting one go costs as much as some looks.
+constexpr int LooksAtOnce = 256;
+constexpr int LooksToLetGo = 8;
+
+bool IsRemoval(const TDirectoryRecord& record) {
+  return record.action == TDirectoryAction::Removed || record.action == TDirectoryAction::RenamedFrom;
+}
+
+} // namespace
 
 /// A folder of the tree.
 struct TWatchedTree::TNode {
@@ -17,6 +30,8 @@ struct TWatchedTree::TNode {
   std::set<std::wstring> listed; // told by a listing, and not reported since
   std::set<std::wstring> unseen; // told as files, since they weren't there any more, or not under that path
   bool unlisted = false;         // it wasn't at its path when it was listed
+  bool silent = false;           // nothing was reported since it was seen to be empty
+  bool lost = false;             // it couldn't be opened again
   std::map<std::wstring, TNodePtr> folders;
 };
 
@@ -67,6 +82,9 @@ bool TWatchedTree::Open() {
 
 void TWatchedTree::Close() {
   fToScan.clear();
+  fEmptied.clear();
+  fEmpty.clear();
+  fListAtIdle = false;
   if (fRoot) CloseNode(*fRoot);
   fRoot.reset();
   fIsOpen = false;
@@ -106,6 +124,7 @@ bool TWatchedTree::ScanSome() {
     fToScan.pop_front();
     if (found == fById.end()) continue; // it has gone meanwhile
     Scan(*found->second, false);
+    if (MayGo(*found->second)) fEmpty.insert(found->first);
     return true;
   }
   return false;
@@ -136,7 +155,11 @@ void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
   while (!fToScan.empty()) {
     const auto found = fById.find(fToScan.front());
     fToScan.pop_front();
-    if (found != fById.end()) Scan(*found->second, pTell);
+    if (found == fById.end()) continue;
+    Scan(*found->second, pTell);
+    if (!MayGo(*found->second)) continue;
+    fEmptied.insert(found->first);
+    fWantsIdle = true;
   }
   fToScan = std::move(waiting);
 }
@@ -150,6 +173,7 @@ void TWatchedTree::Enter(const TPlace& pPlace, TKind pKind) {
 
 // What wasn't found at its path may be found now.
 void TWatchedTree::LookAgain(TNode& pNode) {
+  if (MayGo(pNode)) fEmpty.insert(pNode.id);
   if (std::exchange(pNode.unlisted, false)) ScanAll(pNode, true);
   const std::set<std::wstring> unseen = std::exchange(pNode.unseen, {});
   for (const std::wstring& name : unseen) {
@@ -172,10 +196,16 @@ void TWatchedTree::LookAgain(TNode& pNode) {
 void TWatchedTree::OnRecords(std::uint64_t pFolder, std::vector<TDirectoryRecord> pRecords) {
   const auto found = fById.find(pFolder);
   if (found == fById.end()) return;
+  TNode& node = *found->second;
+  node.silent = false;
+  if (node.parent && !fOptions.subtree && std::any_of(pRecords.begin(), pRecords.end(), &IsRemoval)) {
+    fEmptied.insert(pFolder);
+    fWantsIdle = true;
+  }
   std::vector<TDirectoryChange> changes;
-  found->second->pairer.Add(std::move(pRecords), changes);
-  fWantsIdle = fWantsIdle || found->second->pairer.IsPending();
-  Apply(*found->second, changes);
+  node.pairer.Add(std::move(pRecords), changes);
+  fWantsIdle = fWantsIdle || node.pairer.IsPending();
+  Apply(node, changes);
 }
 
 void TWatchedTree::Apply(TNode& pNode, const std::vector<TDirectoryChange>& pChanges) {
@@ -185,13 +215,20 @@ void TWatchedTree::Apply(TNode& pNode, const std::vector<TDirectoryChange>& pCha
 void TWatchedTree::OnOverflow(std::uint64_t pFolder) {
   const auto found = fById.find(pFolder);
   if (found == fById.end()) return;
+  ListAnew(*found->second);
+  // Reports that came before that listing may be of a folder whose name another one has by now, and only handles tell
+  // the two apart.
+  fListAtIdle = fOptions.subtree;
+  fWantsIdle = fWantsIdle || fListAtIdle;
+}
+
+void TWatchedTree::ListAnew(TNode& pNode) {
   // A folder that was made anew under its old name has another handle now.
-  TNode& node = *found->second;
-  node.pairer.Reset();
-  node.listed.clear();
-  node.unseen.clear();
-  while (!node.folders.empty()) Remove(node, std::wstring(node.folders.begin()->first));
-  ScanAll(node, false);
+  pNode.pairer.Reset();
+  pNode.listed.clear();
+  pNode.unseen.clear();
+  while (!pNode.folders.empty()) Remove(pNode, std::wstring(pNode.folders.begin()->first));
+  ScanAll(pNode, false);
   TellUpdate();
 }
 
@@ -206,6 +243,62 @@ void TWatchedTree::OnIdle() {
     std::vector<TDirectoryChange> changes;
     found->second->pairer.Flush(changes);
     Apply(*found->second, changes);
+  }
+  if (std::exchange(fListAtIdle, false) && fRoot) ListAnew(*fRoot);
+  LetGoOfEmptied();
+}
+
+// --- empty folders --------------------------------------------------------------------------------------------------
+
+bool TWatchedTree::MayGo(const TNode& pNode) const {
+  return pNode.open && pNode.parent && !fOptions.subtree && pNode.folders.empty();
+}
+
+// What is reported between the two handles is lost. So a folder must have been empty for a while without a report: then
+// all that was told to be in it has been told to be gone, too, and what a listing shows behind that is new.
+TWatchedTree::TLetGo TWatchedTree::LetGo(std::uint64_t pFolder) {
+  const auto found = fById.find(pFolder);
+  if (found == fById.end()) return TLetGo::NotEmpty;
+  TNode& node = *found->second;
+  const std::wstring path = PathOf(node);
+  if (!MayGo(node) || !fFolders.IsEmpty(path)) {
+    node.silent = false;
+    return TLetGo::NotEmpty;
+  }
+  // Another folder has its name, and the report of that is under way.
+  if (!fFolders.IsAt(pFolder, path)) return TLetGo::Done;
+  if (!std::exchange(node.silent, true)) return TLetGo::Soon;
+  if (fFolders.Reopen(pFolder, path)) {
+    Scan(node, true);
+    return TLetGo::Done;
+  }
+  // The folder above reports what became of it.
+  node.open = node.entered = false;
+  node.lost = true;
+  fById.erase(found);
+  return TLetGo::NotEmpty;
+}
+
+void TWatchedTree::LetGoOfEmptied() {
+  auto at = fEmptied.begin();
+  for (int left = LooksAtOnce; left > 0 && at != fEmptied.end(); left -= LooksToLetGo) {
+    const TLetGo state = LetGo(*at);
+    if (state == TLetGo::Done) fEmpty.insert(*at);
+    at = state == TLetGo::Soon ? std::next(at) : fEmptied.erase(at);
+  }
+  fWantsIdle = fWantsIdle || !fEmptied.empty();
+}
+
+void TWatchedTree::LetGoOfEmpty() {
+  LetGoOfEmptied(); // while something is reported all the time there is no other occasion
+  std::size_t count = fEmpty.size();
+  for (int left = LooksAtOnce; left > 0 && count > 0; --count) {
+    auto at = fEmpty.upper_bound(fLastEmpty);
+    if (at == fEmpty.end()) at = fEmpty.begin();
+    fLastEmpty = *at;
+    const bool empty = LetGo(fLastEmpty) != TLetGo::NotEmpty;
+    if (!empty) fEmpty.erase(fLastEmpty);
+    left -= empty ? LooksToLetGo : 1;
   }
 }
 
@@ -262,6 +355,7 @@ void TWatchedTree::OnRemoved(const TPlace& pPlace) {
 // Reports are late: a folder that was opened by its path may be another one than the report was of. What isn't there
 // any more was renamed once more, and that report follows.
 bool TWatchedTree::IsNodeAt(const TNode& pNode, const std::wstring& pPath) {
+  if (pNode.lost) return false;
   const TKind kind = fFolders.KindOf(pPath);
   if (kind == TKind::None) return true;
   return kind != TKind::File && (!pNode.open || fFolders.IsAt(pNode.id, pPath));

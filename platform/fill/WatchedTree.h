@@ -48,11 +48,15 @@ public:
   /// Opens a folder and lets it report from now on; with all below it if `pSubtree`. False if it can't be.
   virtual bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) = 0;
   virtual void Close(std::uint64_t pFolder) noexcept = 0;
+  /// Lets go of an open folder and opens it again. False if it isn't there any more; it is closed then.
+  virtual bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) = 0;
   /// Whether an open folder is what stands at a path now.
   virtual bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) = 0;
   /// What a folder holds, without "." and "..". Files may be left out if nobody asks for them.
   virtual std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) = 0;
   virtual TKind KindOf(const std::wstring& pPath) = 0;
+  /// Whether there is such a folder and nothing in it.
+  virtual bool IsEmpty(const std::wstring& pPath) = 0;
 
 protected:
   ~IWatchedFolders() = default;
@@ -67,6 +71,9 @@ protected:
 /// reports of the objects listed isn't told twice. Reports of several handles come in no order: what isn't found
 /// because a folder above it has another name by now is looked for again when that is reported. Links to folders aren't
 /// followed. Writes to one file that come straight one after the other are told once.
+///
+/// The same platforms keep a folder that was deleted until its handles are closed, and don't say that it was deleted.
+/// So handles of empty folders, the only ones that can be, are let go for a moment now and then.
 ///
 /// One thread at a time.
 class KIV_EXPORT TWatchedTree {
@@ -107,6 +114,8 @@ public:
   void OnIdle();
   /// Whether OnIdle has something to do.
   bool WantsIdle() const noexcept { return fWantsIdle; }
+  /// Lets go of some of the empty folders for a moment, in turn. To be called every few seconds.
+  void LetGoOfEmpty();
 
 private:
   struct TNode;
@@ -115,6 +124,7 @@ private:
     TNode* folder = nullptr;
     std::wstring name;
   };
+  enum class TLetGo { NotEmpty, Soon, Done };
 
   void Apply(TNode& pNode, const std::vector<TDirectoryChange>& pChanges);
   void ApplyOne(TNode& pNode, const TDirectoryChange& pChange);
@@ -130,6 +140,10 @@ private:
   void CloseNode(TNode& pNode);
   void Scan(TNode& pNode, bool pTell);
   void ScanAll(TNode& pNode, bool pTell);
+  void ListAnew(TNode& pNode);
+  bool MayGo(const TNode& pNode) const;
+  TLetGo LetGo(std::uint64_t pFolder);
+  void LetGoOfEmptied();
   std::wstring PathOf(const TNode& pNode) const;
   std::wstring PathOf(const TPlace& pPlace) const;
   void Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstring pPath2 = {});
@@ -142,9 +156,13 @@ private:
   std::map<std::uint64_t, TNode*> fById;
   std::uint64_t fLastId = RootFolder;
   std::deque<std::uint64_t> fToScan;
-  std::wstring fLastWritten; // the path of the last event, if that was a write
+  std::set<std::uint64_t> fEmptied; // since the last idle time, it may be
+  std::set<std::uint64_t> fEmpty;   // it may be, for longer
+  std::uint64_t fLastEmpty = 0;     // where the turn stands
+  std::wstring fLastWritten;        // the path of the last event, if that was a write
   bool fIsOpen = false;
   bool fWantsIdle = false;
+  bool fListAtIdle = false;
 };
 
 } // namespace kiv

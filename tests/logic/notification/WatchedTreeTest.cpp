@@ -4,10 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <optional>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,7 +30,8 @@ std::wstring NameOf(const std::wstring& path) {
 }
 
 /// Folders of a simulated disk that report as directory handles do: each its own changes, some time later, wherever it
-/// was moved meanwhile; or the root all of them.
+/// was moved meanwhile; or the root all of them. A folder with a handle of its own stays when it is deleted, unless
+/// something is in it, until the handle is closed.
 class TReportingFolders final : public IWatchedFolders {
 public:
   explicit TReportingFolders(SimulatedFileSystem& pFiles) : fFiles(pFiles) {}
@@ -39,7 +42,21 @@ public:
     if (FAILED(fFiles.IdOf(pPath, handle.node)) || KindOf(pPath) != TKind::Folder) return false;
     return fHandles.emplace(pFolder, std::move(handle)).second;
   }
-  void Close(std::uint64_t pFolder) noexcept override { fHandles.erase(pFolder); }
+  void Close(std::uint64_t pFolder) noexcept override {
+    const TNodeId node = fHandles[pFolder].node;
+    fHandles.erase(pFolder);
+    if (fDeleted.erase(node) == 0) return;
+    for (const auto& [path, object] : fFiles.Snapshot()) {
+      TNodeId id = 0;
+      if (FAILED(fFiles.IdOf(path, id)) || id != node || !IsEmpty(path)) continue;
+      fFiles.Delete(path);
+      Report(TDirectoryAction::Removed, path);
+    }
+  }
+  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+    Close(pFolder);
+    return Open(pFolder, pPath, false);
+  }
   bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
     TNodeId id = 0;
     return SUCCEEDED(fFiles.IdOf(pPath, id)) && fHandles[pFolder].node == id;
@@ -56,6 +73,25 @@ public:
     TFolderObject object;
     if (FAILED(fFiles.Find(pPath, object))) return TKind::None;
     return object.flags.Contains(TObjectFlag::Folder) ? TKind::Folder : TKind::File;
+  }
+  bool IsEmpty(const std::wstring& pPath) override {
+    return KindOf(pPath) == TKind::Folder && List(pPath, true).empty();
+  }
+
+  /// Whether a folder that is being deleted stays for now.
+  bool Keeps(const std::wstring& pPath) {
+    TNodeId id = 0;
+    if (!IsEmpty(pPath) || FAILED(fFiles.IdOf(pPath, id))) return false;
+    const bool open = std::any_of(fHandles.begin(), fHandles.end(),
+                                  [id](const auto& entry) { return entry.second.node == id && !entry.second.subtree; });
+    if (open) fDeleted.insert(id);
+    return open;
+  }
+  bool KeepsSome() const {
+    return std::any_of(fDeleted.begin(), fDeleted.end(), [this](TNodeId id) {
+      std::vector<SimulatedFileSystem::TChild> children;
+      return SUCCEEDED(fFiles.ChildrenOf(id, children)) && children.empty();
+    });
   }
 
   void Report(TDirectoryAction pAction, const std::wstring& pPath) {
@@ -106,6 +142,7 @@ private:
   };
   SimulatedFileSystem& fFiles;
   std::map<std::uint64_t, THandle> fHandles;
+  std::set<TNodeId> fDeleted;
 };
 
 /// What somebody knows of a folder who listed it once and heard of every change since.
@@ -194,12 +231,10 @@ public:
       for (auto changes = fRandom() % 4; changes > 0; --changes) Change();
       if (fLoses && fRandom() % 40 == 0) fFolders.LoseRecords();
       for (auto reports = fRandom() % 3; reports > 0; --reports) fFolders.Deliver(fTree, fRandom);
+      if (fRandom() % 8 == 0) Rest();
     }
-    for (int i = 0; i < 2; ++i) {
-      while (fFolders.Deliver(fTree, fRandom)) {
-      }
-      fTree.OnIdle();
-    }
+    for (int i = 0; i < 3 || (i < 50 && fFolders.KeepsSome()); ++i) Rest();
+    EXPECT_FALSE(fFolders.KeepsSome());
     const TListing now(fFiles, fOptions.recursive);
     EXPECT_EQ(*fListing == now, true) << "known: " << fListing->Text() << "\nthere: " << now.Text();
     fTree.Close();
@@ -207,6 +242,15 @@ public:
   }
 
 private:
+  // Until nothing is reported any more.
+  void Rest() {
+    while (fFolders.Deliver(fTree, fRandom)) {
+    }
+    fTree.OnIdle();
+    fTree.LetGoOfEmpty();
+    while (fFolders.Deliver(fTree, fRandom)) {
+    }
+  }
   // Somewhere in the tree, or beside it.
   std::wstring SomePath(bool folder) {
     std::vector<std::wstring> paths;
@@ -239,7 +283,7 @@ private:
       if (!path.empty() && SUCCEEDED(fFiles.Write(path, 1))) Report(Modified, path);
       break;
     case 4:
-      if (!path.empty() && SUCCEEDED(fFiles.Delete(path))) Report(Removed, path);
+      if (!path.empty() && !fFolders.Keeps(path) && SUCCEEDED(fFiles.Delete(path))) Report(Removed, path);
       break;
     default:
       if (!path.empty()) MoveTo(path, fRandom() % 2 == 0 ? made : ParentOf(path) + L"\\" + name);

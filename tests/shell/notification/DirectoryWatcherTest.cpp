@@ -60,6 +60,7 @@ protected:
 
 TEST_F(DirectoryWatches, TellFilesFromFolders) {
   fFolder.MakeFolder(L"old\\older");
+  const std::wstring empty = fFolder.MakeFolder(L"empty");
   ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), true, fQueue), 0U);
   const std::wstring file = fFolder.MakeFile(L"old\\older\\x");
   EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\old\\older\\x ");
@@ -71,6 +72,12 @@ TEST_F(DirectoryWatches, TellFilesFromFolders) {
   const std::wstring moved = fFolder.PathOf(L"new\\older\\x");
   EXPECT_TRUE(DeleteFileW(moved.c_str()));
   EXPECT_EQ(TellUntil(TDirectoryEvent::FileDelete, moved), L"-\\new\\older\\x ");
+  // One that was emptied before it went, one that was empty already.
+  const std::wstring emptied = fFolder.PathOf(L"new\\older");
+  for (const std::wstring& folder : {emptied, empty}) {
+    EXPECT_TRUE(RemoveDirectoryW(folder.c_str()));
+    EXPECT_EQ(TellUntil(TDirectoryEvent::FolderDelete, folder), L"--" + Short(folder) + L" ");
+  }
 }
 
 TEST_F(DirectoryWatches, StayInTheirFolderUnlessTold) {
