@@ -15,7 +15,8 @@ class IChangeSink {
 public:
   /// Whether anybody wants such an event now. What isn't wanted needs no lists.
   virtual bool Accepts(TNotificationEvent pEvent) = 0;
-  /// The second list may be nil, and for neDriveSpaceChange the first one as well.
+  /// The second list is invalid, or nil, where there is no second object. For neDriveSpaceChange the first one may be
+  /// nil.
   virtual void OnChangeArrived(TNotificationEvent pEvent, ComPtr<IItemIdList> pFirst, ComPtr<IItemIdList> pSecond) = 0;
 
 protected:

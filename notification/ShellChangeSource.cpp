@@ -1,5 +1,6 @@
 #include <notification/ShellChangeSource.h>
 
+#include <core/FileFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathFunctions.h>
 #include <core/PathUtils.h>
@@ -46,6 +47,11 @@ TNotificationEvent EventOf(TDirectoryEvent event) {
 
 ComPtr<IItemIdList> CopyOf(PCIDLIST_ABSOLUTE list) {
   return TKivItemIdList::Create(list, iloCopyMemory);
+}
+
+// In the place of a second list.
+ComPtr<IItemIdList> NoList() {
+  return TKivItemIdList::Create(nullptr, iloOwnsMemory);
 }
 
 // The shell's pair of numbers in the place of a list: the first one says which drives. Nil if it says none.
@@ -164,10 +170,10 @@ LRESULT ShellChangeSource::OnShellMessage(WPARAM wParam, LPARAM lParam) {
     const PCIDLIST_ABSOLUTE other = notification.List(1);
     if (event == neDriveSpaceChange) {
       first = DriveOf(notification.List(0));
-      second = TKivItemIdList::Create(nullptr, iloOwnsMemory);
+      second = NoList();
     } else {
       first = CopyOf(notification.List(0));
-      second = other ? CopyOf(other) : TKivItemIdList::Create(nullptr, iloOwnsMemory);
+      second = other ? CopyOf(other) : NoList();
     }
   }
   fSink.OnChangeArrived(event, std::move(first), std::move(second));
@@ -185,11 +191,13 @@ ULONG ShellChangeSource::ShellNotifyRegister(IItemIdList* pItemIdList, bool pRec
   return call(fWindow, pRecursive ? RecursiveSources : Sources, mask, ShellMessage, 1, &entry);
 }
 
-// A file is watched by its folder.
+// A file is watched by its folder. A server may take its time to tell files from folders: nobody asks it, and a file
+// there is no folder that could be watched.
 bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
   std::wstring path = pRegistration.list->Path();
   if (!IsAbsolutePath(path)) return false;
-  const DWORD attributes = PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(path));
+  const DWORD attributes =
+      IsNetworkPath(path) ? FILE_ATTRIBUTE_DIRECTORY : PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(path));
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
   bool recursive = pRegistration.recursive;
   if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
@@ -259,7 +267,7 @@ void ShellChangeSource::OnProbed(bool pShellReports) {
     }
     // What fell between the two.
     if (registration.events.Contains(neFolderUpdate)) {
-      fSink.OnChangeArrived(neFolderUpdate, registration.list, nullptr);
+      fSink.OnChangeArrived(neFolderUpdate, registration.list, NoList());
     }
   }
 }
@@ -311,7 +319,7 @@ void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
   constexpr TNotificationEvents gone = {neFileDelete, neFileRename, neFolderDelete, neFolderRename};
   ComPtr<IItemIdList> first = gone.Contains(event) ? TKivItemIdList::CreateSimpleIdListLater(notice.path1)
                                                    : TKivItemIdList::Create(notice.path1);
-  ComPtr<IItemIdList> second = notice.path2.empty() ? nullptr : TKivItemIdList::Create(notice.path2);
+  ComPtr<IItemIdList> second = notice.path2.empty() ? NoList() : TKivItemIdList::Create(notice.path2);
   fSink.OnChangeArrived(event, std::move(first), std::move(second));
 }
 

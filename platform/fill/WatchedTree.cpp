@@ -11,7 +11,7 @@ namespace {
 
 // Of folders that are looked at without a pause; letting one go costs as much as some looks.
 constexpr int LooksAtOnce = 256;
-constexpr int LooksToLetGo = 8;
+constexpr int LooksToLetGo = 4;
 
 bool IsRemoval(const TDirectoryRecord& record) {
   return record.action == TDirectoryAction::Removed || record.action == TDirectoryAction::RenamedFrom;
