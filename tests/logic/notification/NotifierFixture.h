@@ -81,6 +81,7 @@ protected:
   void SetUp() override { Application(); }
   void TearDown() override {
     fNotifier.reset();
+    fTime.SetSleepsMoveTime(false); // or the pool's patience with its workers is over at once
     Shutdown();
   }
 
