@@ -139,13 +139,10 @@ TEST_F(Style, TitleBarsAreAskedForByTheNumberOfTheBuild) {
 }
 
 TEST(BufferedPaint, ComesToTheTargetInOnePieceUnlessCancelled) {
-  for (const DWORD layout : {DWORD{0}, DWORD{LAYOUT_RTL}}) {
+  // The first round fills what is kept for all times.
+  int before = 0;
+  for (const DWORD layout : {DWORD{0}, DWORD{LAYOUT_RTL}, DWORD{0}, DWORD{LAYOUT_RTL}}) {
     const TMemoryScreen screen(40, 20);
-    const int before = [] {
-      const TMemoryScreen once(10, 10);
-      { const TBufferedPaint paint(once.Dc(), {0, 0, 5, 5}); }
-      return test::CountGdiObjects();
-    }();
     SetLayout(screen.Dc(), layout);
     {
       const TBufferedPaint paint(screen.Dc(), {10, 5, 20, 15});
@@ -166,8 +163,9 @@ TEST(BufferedPaint, ComesToTheTargetInOnePieceUnlessCancelled) {
     }
     EXPECT_EQ(screen.At(0, 0), clWhite);
     SetLayout(screen.Dc(), 0);
-    EXPECT_LE(test::CountGdiObjects(), before);
+    if (before == 0 && layout != 0) before = test::CountGdiObjects();
   }
+  EXPECT_LE(test::CountGdiObjects(), before);
 }
 
 } // namespace
