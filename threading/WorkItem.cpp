@@ -86,13 +86,19 @@ bool TBasicWorkItem::IsCancellationRequested() {
          fCancellationToken->IsCancellationRequested();
 }
 
+// Apart from the rare pause, since DoWork may ask all the time.
 bool TBasicWorkItem::Terminated() {
-  TTaskStatus status = TBasicWorkItem::GetStatus();
+  const TTaskStatus status = TBasicWorkItem::GetStatus();
+  return (status == TTaskStatus::Paused ? StatusBehindPause() : status) == TTaskStatus::Canceled;
+}
+
+TTaskStatus TBasicWorkItem::StatusBehindPause() {
+  TTaskStatus status = TTaskStatus::Paused;
   while (status == TTaskStatus::Paused) {
     ThreadApi().sleep(PauseSlice);
     status = TBasicWorkItem::GetStatus();
   }
-  return status == TTaskStatus::Canceled;
+  return status;
 }
 
 void TBasicWorkItem::Wait() {

@@ -131,6 +131,7 @@ protected:
 private:
   bool ClaimTermination() noexcept;
   void CleanUp();
+  TTaskStatus StatusBehindPause();
 
   std::atomic<TTaskStatus> fStatus{TTaskStatus::Created};
   std::atomic<bool> fTerminationClaimed{false};
