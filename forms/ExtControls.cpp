@@ -64,7 +64,12 @@ void TCustomPanel::AdjustClientRect(RECT& pRect) const {
 void TCustomPanel::Paint() {
   RECT rect = GetClientRect();
   TCanvas& canvas = GetCanvas();
-  if (fBevelOuter != TBevelCut::bvNone) {
+  if (fBevelOuter != TBevelCut::bvNone && StyleServices().IsDarkModeActive()) {
+    // The platform's edges are light.
+    canvas.GetBrush().SetColor(StyleServices().GetSystemColor(clBtnShadow));
+    canvas.FrameRect(rect);
+    InflateRect(&rect, -1, -1);
+  } else if (fBevelOuter != TBevelCut::bvNone) {
     const UINT edge =
         fBevelOuter == TBevelCut::bvRaised ? static_cast<UINT>(BDR_RAISEDINNER) : static_cast<UINT>(BDR_SUNKENOUTER);
     DrawEdge(canvas.GetHandle(), &rect, edge, BF_RECT | BF_ADJUST);
@@ -267,6 +272,7 @@ void TScrollBox::ScrollTo(int pX, int pY) {
   if ((dx == 0 && dy == 0) || !HandleAllocated()) return;
   const TAliveWatch alive(GetAliveToken());
   fPosition = wanted;
+  fUpdating = true; // while some have moved and others not the content has no size
   DisableAlign();
   const std::vector<TControl*> controls = GetControls();
   for (TControl* control : controls) {
@@ -275,7 +281,6 @@ void TScrollBox::ScrollTo(int pX, int pY) {
     control->SetBounds(control->GetLeft() + dx, control->GetTop() + dy, control->GetWidth(), control->GetHeight());
     if (!alive.IsAlive()) return;
   }
-  fUpdating = true;
   EnableAlign();
   if (!alive.IsAlive()) return;
   fUpdating = false;

@@ -1,5 +1,6 @@
 #include <forms/Menu.h>
 
+#include <forms/WinControl.h>
 #include <framework/Exceptions.h>
 #include <framework/ScaledPixels.h>
 #include <framework/TextCompare.h>
@@ -84,12 +85,8 @@ int TMenuItem::IndexOf(const TMenuItem* pItem) const noexcept {
 }
 
 TMenuItem* TMenuItem::Find(const std::wstring& pCaption) const {
-  const auto plain = [](std::wstring text) {
-    std::erase(text, L'&');
-    return text;
-  };
   for (TMenuItem* item : fItems) {
-    if (SameText(plain(item->fCaption), plain(pCaption))) return item;
+    if (SameText(StripHotkey(item->fCaption), StripHotkey(pCaption))) return item;
     if (TMenuItem* const below = item->Find(pCaption)) return below;
   }
   return nullptr;

@@ -1,12 +1,12 @@
 #include <forms/StdControls.h>
 
 #include <forms/Form.h>
+#include <framework/Application.h>
 #include <framework/ScaledPixels.h>
 #include <graphics/StyleServices.h>
 
-#include <commctrl.h>
-
 #include <algorithm>
+#include <exception>
 
 namespace kiv {
 
@@ -16,7 +16,17 @@ TLabel::TLabel(TComponent* pOwner) : TGraphicControl(pOwner) {
   StoreColor(clBtnFace);
 }
 
-TLabel::~TLabel() = default;
+TLabel::~TLabel() {
+  try {
+    SetFocusControl(nullptr);
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+}
+
+void TLabel::TellFocusControl() {
+  if (fFocusControl) fFocusControl->SetLabelText(fShowAccelChar ? StripHotkey(StoredText()) : StoredText());
+}
 
 void TLabel::SetAlignment(TAlignment pAlignment) {
   fAlignment = pAlignment;
@@ -46,10 +56,14 @@ void TLabel::SetShowAccelChar(bool pShow) {
 }
 
 void TLabel::SetFocusControl(TWinControl* pControl) {
-  if (fFocusControl) fFocusControl->RemoveFreeNotification(this);
+  if (fFocusControl) {
+    fFocusControl->RemoveFreeNotification(this);
+    fFocusControl->SetLabelText({});
+  }
   fFocusControl = pControl;
   fFocusKey = pControl;
   if (pControl) pControl->FreeNotification(this);
+  TellFocusControl();
 }
 
 void TLabel::Notification(TComponent* pComponent, TOperation pOperation) {
@@ -98,6 +112,7 @@ void TLabel::Loaded() {
 
 void TLabel::CMTextChanged(TMessage& pMessage) {
   TGraphicControl::CMTextChanged(pMessage);
+  TellFocusControl();
   AdjustSize();
 }
 
@@ -214,6 +229,45 @@ void TCheckBox::CNCommand(TMessage& pMessage) {
   if (HIWORD(pMessage.WParam) == BN_CLICKED) SetChecked(!fChecked);
 }
 
+void TCheckBox::CNNotify(TMessage& pMessage) {
+  const auto& note = *reinterpret_cast<const NMHDR*>(pMessage.LParam);
+  if (note.code != NM_CUSTOMDRAW || !StyleServices().IsDarkModeActive()) return;
+  const auto& draw = *reinterpret_cast<const NMCUSTOMDRAW*>(pMessage.LParam);
+  if (draw.dwDrawStage != CDDS_PREPAINT) return;
+  PaintDark(draw);
+  pMessage.Result = CDRF_SKIPDEFAULT;
+}
+
+// The theme's text is black whatever the window's colours are.
+void TCheckBox::PaintDark(const NMCUSTOMDRAW& pDraw) {
+  TStyleServices& style = StyleServices();
+  TCanvas canvas(pDraw.hdc);
+  canvas.FillRect(pDraw.rc, style.GetSystemColor(GetColor()));
+  const int size = ScaledPixels(13);
+  const int gap = ScaledPixels(4);
+  RECT text = pDraw.rc;
+  const int top = static_cast<int>(text.top + text.bottom - size) / 2;
+  const bool fromRight = UseRightToLeftAlignment();
+  const LONG left = fromRight ? text.right - size : text.left;
+  if (fromRight)
+    text.right -= size + gap;
+  else
+    text.left += size + gap;
+  const bool enabled = (pDraw.uItemState & CDIS_DISABLED) == 0;
+  const TThemeElement& box = fChecked ? (enabled ? tbCheckBoxCheckedNormal : tbCheckBoxCheckedDisabled)
+                                      : (enabled ? tbCheckBoxUncheckedNormal : tbCheckBoxUncheckedDisabled);
+  style.DrawElement(canvas, box, {left, top, left + size, top + size}, GetCurrentPPI());
+  canvas.GetFont() = GetFont();
+  canvas.GetFont().SetColor(style.GetSystemColor(enabled ? GetFont().GetColor() : clGrayText));
+  canvas.GetBrush().SetStyle(TBrushStyle::bsClear);
+  canvas.SetRightToLeftText(IsRightToLeft());
+  const UINT flags = DT_SINGLELINE | DT_VCENTER | static_cast<UINT>(fromRight ? DT_RIGHT : DT_LEFT) |
+                     (ShowsAccelChars() ? 0u : static_cast<UINT>(DT_HIDEPREFIX));
+  canvas.TextRect(text, GetText(), flags);
+  const bool isMarked = Focused() && (SendMessageW(GetHandle(), WM_QUERYUISTATE, 0, 0) & UISF_HIDEFOCUS) == 0;
+  if (isMarked) canvas.DrawFocusRect(text);
+}
+
 void TCheckBox::CMDialogChar(TMessage& pMessage) {
   if (!CanFocus() || !IsAccel(static_cast<wchar_t>(pMessage.WParam), GetText())) return;
   pMessage.Result = 1;
@@ -262,6 +316,10 @@ void TCustomEdit::CreateWnd() {
   if (!fTextHint.empty()) SendMessageW(window, EM_SETCUEBANNER, 0, reinterpret_cast<LPARAM>(fTextHint.c_str()));
   SendMessageW(window, EM_SETMODIFY, fModified, 0);
   SendMessageW(window, EM_SETSEL, fSelStart, static_cast<LPARAM>(fSelEnd));
+}
+
+const wchar_t* TCustomEdit::WindowTheme() const {
+  return StyleServices().IsDarkModeActive() ? L"DarkMode_CFD" : nullptr;
 }
 
 void TCustomEdit::WMDestroy(TMessage& pMessage) {

@@ -2,6 +2,8 @@
 
 #include <forms/ExtControls.h>
 
+#include <commctrl.h>
+
 namespace kiv {
 
 /// Where a text that doesn't fit is shortened.
@@ -42,6 +44,7 @@ protected:
 
 private:
   UINT TextFlags() const noexcept;
+  void TellFocusControl();
 
   TAlignment fAlignment = TAlignment::taLeftJustify;
   bool fAutoSize = true;
@@ -97,9 +100,12 @@ protected:
   void CreateParams(TCreateParams& pParams) override;
   void CreateWnd() override;
   void CNCommand(TMessage& pMessage) override;
+  void CNNotify(TMessage& pMessage) override;
   void CMDialogChar(TMessage& pMessage) override;
 
 private:
+  void PaintDark(const NMCUSTOMDRAW& pDraw);
+
   bool fChecked = false;
 };
 
@@ -138,6 +144,7 @@ protected:
   void WMDestroy(TMessage& pMessage) override;
   void CNCommand(TMessage& pMessage) override;
   virtual void Change();
+  const wchar_t* WindowTheme() const override;
 
 private:
   TBorderStyle fBorderStyle = TBorderStyle::bsSingle;

@@ -8,6 +8,7 @@
 #include <platform/ShellApi.h>
 
 #include <oleacc.h>
+#include <uxtheme.h>
 
 #include <algorithm>
 #include <exception>
@@ -79,6 +80,14 @@ void TWinControl::CreateParented(HWND pParent) {
   const TAliveWatch alive(GetAliveToken());
   SetParentWindow(pParent);
   if (alive.IsAlive()) HandleNeeded();
+}
+
+// The host has put the window into another one of its own, as those do whose panes can be docked.
+void TWinControl::FollowParentWindow(HWND pParent) {
+  if (GetWindowThreadProcessId(pParent, nullptr) != GetCurrentThreadId()) return;
+  WatchParentWindow(pParent);
+  ReleaseParentWindow();
+  fParentWindow = pParent;
 }
 
 void TWinControl::ReleaseParentWindow() noexcept {
@@ -225,10 +234,25 @@ void TWinControl::CMBiDiModeChanged(TMessage&) {
   if (alive.IsAlive()) NotifyControls(CM_PARENTBIDIMODECHANGED);
 }
 
+const wchar_t* TWinControl::WindowTheme() const {
+  return StyleServices().IsDarkModeActive() ? L"DarkMode_Explorer" : nullptr;
+}
+
+void TWinControl::ApplyLook() {
+  if (!fHandle) return;
+  StyleServices().ApplyDarkMode(fHandle, !GetParent() && !fParentWindow);
+  const wchar_t* const name = WindowTheme();
+  std::wstring wanted = name ? name : L"";
+  if (fWindowTheme == wanted) return;
+  fWindowTheme = std::move(wanted);
+  SetWindowTheme(fHandle, name, nullptr);
+}
+
 void TWinControl::CMThemeChanged(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   UpdateBrush();
-  if (fHandle) StyleServices().ApplyDarkMode(fHandle, !GetParent() && !fParentWindow);
+  ApplyLook();
+  if (!alive.IsAlive()) return;
   TControl::CMThemeChanged(pMessage);
   if (alive.IsAlive()) NotifyControls(CM_THEMECHANGED);
 }
@@ -245,9 +269,17 @@ constexpr GUID AccName = {0x608d3df8, 0x8128, 0x4aa7, {0xa4, 0x28, 0xf5, 0x5e, 0
 } // namespace
 
 void TWinControl::SetAccessibleName(std::wstring pName) {
-  if (fAccessibleName == pName) return;
-  fAccessibleName = std::move(pName);
-  if (fHandle) ApplyAccessibleName();
+  PutName(fAccessibleName, std::move(pName));
+}
+
+void TWinControl::SetLabelText(std::wstring pText) {
+  PutName(fLabelText, std::move(pText));
+}
+
+void TWinControl::PutName(std::wstring& pPart, std::wstring pName) {
+  const std::wstring former = NameToTell();
+  pPart = std::move(pName);
+  if (fHandle && NameToTell() != former) ApplyAccessibleName();
 }
 
 // A platform without the service has no name of ours; nothing else depends on it.
@@ -259,11 +291,11 @@ void TWinControl::ApplyAccessibleName() {
                               : E_FAIL;
   if (FAILED(made) || !services) return;
   const auto object = static_cast<DWORD>(OBJID_CLIENT);
-  if (fAccessibleName.empty()) {
+  if (NameToTell().empty()) {
     GUID property = AccName;
     services->ClearHwndProps(fHandle, object, CHILDID_SELF, &property, 1);
   } else {
-    services->SetHwndPropStr(fHandle, object, CHILDID_SELF, AccName, fAccessibleName.c_str());
+    services->SetHwndPropStr(fHandle, object, CHILDID_SELF, AccName, NameToTell().c_str());
   }
 }
 

@@ -117,6 +117,9 @@ public:
   /// label in front. They are told of it by "IAccPropServices".
   const std::wstring& GetAccessibleName() const noexcept { return fAccessibleName; }
   void SetAccessibleName(std::wstring pName);
+  /// What a label without a window calls this control. It is the name for assistive programs unless AccessibleName is
+  /// set: the platform finds labels that are windows only.
+  void SetLabelText(std::wstring pText);
 
   /// Marked letters are underlined here. The platform hides them, and the marks of the focus, in dialogs that nobody
   /// has used the keyboard in ("WM_CHANGEUISTATE").
@@ -203,6 +206,9 @@ protected:
   virtual void CMRecreateWnd(TMessage& pMessage);
   virtual void CMShowingChanged(TMessage& pMessage);
   virtual void WMPrintClient(TMessage& pMessage);
+  /// The set of themes that a window of a platform class draws itself with ("SetWindowTheme"); null for the class's
+  /// own. By default those of dark windows while dark mode is active.
+  virtual const wchar_t* WindowTheme() const;
   virtual void WMGetObject(TMessage& pMessage);
   /// Navigation keys that nobody wanted; each control of the tree is asked.
   virtual void CMDialogKey(TMessage& pMessage);
@@ -301,6 +307,10 @@ private:
   void Broadcast(TMessage& pMessage);
   void Navigate(TMessage& pMessage);
   void ApplyAccessibleName();
+  void PutName(std::wstring& pPart, std::wstring pName);
+  const std::wstring& NameToTell() const noexcept { return fAccessibleName.empty() ? fLabelText : fAccessibleName; }
+  void ApplyLook();
+  void FollowParentWindow(HWND pParent);
   void HandleWheel(TMessage& pMessage);
   void HandleMouseLeave(TMessage& pMessage);
   void HandleLookChange(TMessage& pMessage);
@@ -331,6 +341,8 @@ private:
   bool fAligning = false;
   bool fRealigning = false;
   std::wstring fAccessibleName;
+  std::wstring fLabelText;
+  std::wstring fWindowTheme; // as it was set last
   TNotifyEvent fOnEnter;
   TNotifyEvent fOnExit;
   TKeyEvent fOnKeyDown;
@@ -345,5 +357,7 @@ KIV_EXPORT TWinControl* NearestControl(HWND pWindow) noexcept;
 
 /// True if a character is the one that a caption has marked with "&". Case doesn't count.
 KIV_EXPORT bool IsAccel(wchar_t pCharacter, const std::wstring& pCaption);
+/// A caption without its marks.
+KIV_EXPORT std::wstring StripHotkey(const std::wstring& pCaption);
 
 } // namespace kiv

@@ -72,8 +72,9 @@ void TWinControl::CreateWindowHandle(const TCreateParams& pParams) {
   if (!TWindowLink::Create(*this, pParams)) throw EOSError(GetLastError(), L"The window of a control can't be made");
   if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
   UpdateBrush();
-  StyleServices().ApplyDarkMode(fHandle, !GetParent() && !fParentWindow);
-  if (!fAccessibleName.empty()) ApplyAccessibleName();
+  ApplyLook();
+  if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
+  if (!NameToTell().empty()) ApplyAccessibleName();
   StoreWindowBounds();
   if (alive.IsAlive()) AdoptWindowPPI();
   if (alive.IsAlive()) ApplyFont();
@@ -177,11 +178,13 @@ void TWinControl::DestroyWindowHandle() noexcept {
 
 void TWinControl::WMDestroy(TMessage& pMessage) {
   StoreText(GetText());
-  if (!fAccessibleName.empty()) {
+  if (!NameToTell().empty()) {
     // The service keeps it for the window's number otherwise.
     const std::wstring name = std::exchange(fAccessibleName, {});
+    const std::wstring label = std::exchange(fLabelText, {});
     ApplyAccessibleName();
     fAccessibleName = name;
+    fLabelText = label;
   }
   DefaultHandler(pMessage);
 }
@@ -190,6 +193,7 @@ void TWinControl::WindowGone() noexcept {
   fHandle = nullptr;
   fLink = nullptr;
   fWindowFont.reset();
+  fWindowTheme.clear();
   fShowing = false;
   fIsMouseInside = false;
 }

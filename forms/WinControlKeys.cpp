@@ -168,6 +168,15 @@ bool TWinControl::SelectNext(TWinControl* pCurrent, bool pForward, bool pTabStop
   return true;
 }
 
+std::wstring StripHotkey(const std::wstring& pCaption) {
+  std::wstring text;
+  for (std::size_t i = 0; i < pCaption.size(); ++i) {
+    if (pCaption[i] == L'&' && ++i == pCaption.size()) break;
+    text += pCaption[i];
+  }
+  return text;
+}
+
 bool IsAccel(wchar_t pCharacter, const std::wstring& pCaption) {
   for (std::size_t i = 0; i + 1 < pCaption.size(); ++i) {
     if (pCaption[i] != L'&') continue;

@@ -56,6 +56,7 @@ void TWinControl::StoreWindowBounds() {
   const bool isChild = (GetWindowLongW(fHandle, GWL_STYLE) & WS_CHILD) != 0;
   const HWND parent = isChild ? GetAncestor(fHandle, GA_PARENT) : nullptr;
   if (parent) MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&rect), 2);
+  if (parent && fParentWindow && parent != fParentWindow) FollowParentWindow(parent);
   StoreBounds(BoxOf(rect));
 }
 

@@ -221,6 +221,9 @@ void TWinControl::HandleLookChange(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   DefaultHandler(pMessage);
   if (!alive.IsAlive() || GetParent()) return;
+  const bool isFont = pMessage.Msg == WM_SETTINGCHANGE && pMessage.WParam == SPI_SETNONCLIENTMETRICS;
+  if (isFont && IsParentFont()) TakeSystemFont();
+  if (!alive.IsAlive()) return;
   const TStyleChange change = StyleServices().HandleMessage(pMessage.Msg, pMessage.WParam, pMessage.LParam);
   if (change != TStyleChange::scNone) Perform(CM_THEMECHANGED);
 }
@@ -238,8 +241,11 @@ bool TWinControl::IsControlMouseMessage(TMessage& pMessage) {
     target = ControlAtPos(point, false);
   }
   if (!target) return false;
+  const TAliveWatch alive(GetAliveToken());
   const LPARAM inside = MAKELPARAM(point.x - target->GetLeft(), point.y - target->GetTop());
   pMessage.Result = target->Perform(pMessage.Msg, pMessage.WParam, inside);
+  // Only the window's own procedure makes the wish for a menu of it.
+  if (pMessage.Msg == WM_RBUTTONUP && alive.IsAlive()) DefaultHandler(pMessage);
   return true;
 }
 

@@ -2,6 +2,9 @@
 // class, its own message loop.
 //
 //   controls [--dpi N] [--rtl] [--dark] [--form] [--menu]
+//
+// --dpi N shows all windows as on a monitor of N dots per inch. --dark shows the library's dark colours also where the
+// platform has no dark controls.
 
 #include <forms/CheckListBox.h>
 #include <forms/Form.h>
@@ -13,6 +16,7 @@
 #include <platform/DpiAwareness.h>
 #include <platform/Lifecycle.h>
 #include <platform/MainThread.h>
+#include <platform/ShellApi.h>
 
 #include <ole2.h>
 
@@ -79,7 +83,7 @@ public:
     form.SetPosition(TFormPosition::poOwnerFormCenter);
     form.SetText(L"A modal form");
     form.SetBiDiMode(GetBiDiMode());
-    form.ScaleForPPI(GetCurrentPPI());
+    form.HandleNeeded(); // lengths count in pixels of its monitor
     form.SetClientSize(ScaledPixels(260), ScaledPixels(110));
     Place<TLabel>(form, L"&Name:", 12, 15, 60, 17)->SetFocusControl(Place<TEdit>(form, L"New Folder", 80, 12, 168, 23));
     auto* const ok = Place<TButton>(form, L"OK", 88, 72, 75, 25);
@@ -96,6 +100,10 @@ public:
   }
 
 protected:
+  void ChangeScale(int pM, int pD, bool pKeepPlace) override {
+    fImages->ChangeScale(pM, pD);
+    TCustomPanel::ChangeScale(pM, pD, pKeepPlace);
+  }
   void CMBiDiModeChanged(TMessage& pMessage) override {
     fMenu->SetRightToLeft(IsRightToLeft());
     TCustomPanel::CMBiDiModeChanged(pMessage);
@@ -214,7 +222,24 @@ HWND CreateHost(HINSTANCE instance, const TOptions& options) {
                          MulDiv(480, dpi, 96), MulDiv(380, dpi, 96), nullptr, nullptr, instance, nullptr);
 }
 
+// The platform as the options want it.
+class ScopedPlatform {
+public:
+  explicit ScopedPlatform(const TOptions& options) {
+    gDpi = static_cast<UINT>(options.dpi);
+    if (gDpi > 0) fApi->GetDpiForWindow = [](HWND) { return gDpi; };
+    if (!options.dark || IsDarkModeSupported()) return;
+    fApi->AllowDarkModeForWindow = [](HWND, bool) { return true; };
+    fApi->ShouldAppsUseDarkMode = [] { return true; };
+  }
+
+private:
+  static inline UINT gDpi = 0;
+  ScopedShellApi fApi;
+};
+
 void Run(HINSTANCE instance, int show, const TOptions& options) {
+  const ScopedPlatform platform(options);
   Application();
   if (options.dark) StyleServices().SetDarkMode(TDarkMode::dmDark);
   const HWND host = CreateHost(instance, options);
@@ -223,7 +248,6 @@ void Run(HINSTANCE instance, int show, const TOptions& options) {
   GetClientRect(host, &client);
   TPage page;
   page.SetParentWindow(host);
-  if (options.dpi > 0) page.ScaleForPPI(options.dpi);
   page.SetBounds(0, 0, client.right, client.bottom);
   if (options.rtl) {
     page.SetBiDiMode(TBiDiMode::bdRightToLeft);
