@@ -42,6 +42,12 @@ TEST(Layout, EdgesAreServedInOrderAndTheRestIsTheClients) {
       {{{alLeft, {0, 0, 150, 1}, {}}, {alClient, {0, 0, 5, 5}, {}}},
        {{0, 0, 150, 100}, {100, 0, 0, 100}},
        {100, 0, 0, 100}},
+      // Room around a control is taken from the area, and from the control where that decides its size.
+      {{{alTop, {0, 0, 1, 10}, {}, {1, 2, 3, 4}},
+        {alRight, {0, 0, 20, 1}, {}, {5, 6, 7, 8}},
+        {alClient, {}, {}, {9, 9, 9, 9}}},
+       {{1, 2, 96, 10}, {73, 22, 20, 70}, {9, 25, 50, 66}},
+       {0, 16, 68, 84}},
       // Constraints count against the alignment.
       {{{alTop, {0, 0, 1, 90}, {0, 0, 40, 30}}, {alClient, {0, 0, 1, 1}, {200, 0, 0, 20}}},
        {{0, 0, 40, 30}, {0, 30, 200, 20}},

@@ -1,11 +1,14 @@
 #include "TestControls.h"
 
 #include <doubles/GuiDriver.h>
+#include <forms/ExtControls.h>
+#include <framework/Application.h>
 #include <framework/Exceptions.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace kiv::test {
 namespace {
@@ -93,6 +96,10 @@ TEST(Control, TheMouseComesToWindowsAndToWhatStandsInThem) {
   watch(*mark, L"mark");
   ClickMouse(PointOf(panel.GetHandle(), 10, 11));
   EXPECT_EQ(std::exchange(log, {}), (TLog{L"panel in", L"panel down 0 10 11", L"panel click"}));
+  Screen().SetCursor(crHourGlass); // without a move
+  EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_WAIT));
+  Screen().SetCursor(crDefault);
+  EXPECT_EQ(GetCursor(), LoadCursorW(nullptr, IDC_ARROW));
   MoveMouse(PointOf(panel.GetHandle(), 51, 43));
   PressMouse(TShiftStateFlag::ssRight);
   ReleaseMouse(TShiftStateFlag::ssRight);
@@ -131,6 +138,70 @@ TEST(Control, FocusIsToldFromTheInnermostOutAndFromTheOutermostIn) {
   left.SetEnabled(false);
   EXPECT_FALSE(inner.CanFocus());
   EXPECT_THROW(inner.SetFocus(), EInvalidOperation);
+}
+
+TEST(Control, WhatAPressHasBegunEndsWithTheLossOfTheMouse) {
+  THostWindow host;
+  TNotedControl panel;
+  panel.SetBounds(0, 0, 200, 100);
+  auto mark = std::make_unique<TMark>(nullptr);
+  mark->SetParent(&panel);
+  mark->SetBounds(50, 40, 20, 20);
+  auto* const side = new TNotedControl(&panel);
+  side->SetParent(&panel);
+  side->SetWidth(40);
+  side->SetAlign(TAlign::alLeft);
+  auto* const splitter = new TSplitter(&panel);
+  splitter->SetLeft(41);
+  splitter->SetParent(&panel);
+  TPlatformControl button(nullptr, L"BUTTON");
+  button.SetBounds(210, 10, 100, 30);
+  button.CreateParented(host.Get());
+  panel.CreateParented(host.Get());
+  int clicks = 0;
+  mark->SetOnClick([&](TPersistent*) { ++clicks; });
+  const auto pressAt = [&](int x, int y) {
+    MoveMouse(PointOf(panel.GetHandle(), x, y));
+    PressMouse();
+    EXPECT_EQ(GetCapture(), panel.GetHandle());
+    SendMessageW(panel.GetHandle(), WM_CANCELMODE, 0, 0); // a dialog comes up
+    EXPECT_EQ(GetCapture(), nullptr);
+  };
+  pressAt(60, 50);
+  ReleaseMouse();
+  EXPECT_EQ(clicks, 0);
+  pressAt(splitter->GetLeft() + 1, 50);
+  MoveMouse(PointOf(panel.GetHandle(), splitter->GetLeft() + 2, 60));
+  EXPECT_EQ(side->GetWidth(), 40);
+  ReleaseMouse();
+  // The one that lost it has gone when a window of the platform's takes it.
+  pressAt(60, 50);
+  mark.reset();
+  ReleaseMouse();
+  MoveMouse(MiddleOf(button.GetHandle()));
+  PressMouse();
+  EXPECT_EQ(GetCaptureControl(), &button);
+  ReleaseMouse();
+}
+
+TEST(Control, TheKeyboardGoesOnWhenItsControlIsDisabledOrHidden) {
+  THostWindow host;
+  TNotedControl panel;
+  panel.SetBounds(0, 0, 300, 200);
+  std::vector<TPlatformControl*> edits;
+  for (int i = 0; i < 3; ++i) {
+    edits.push_back(new TPlatformControl(&panel, L"EDIT"));
+    edits.back()->SetParent(&panel);
+    edits.back()->SetTop(40 * i);
+  }
+  panel.CreateParented(host.Get());
+  edits[0]->SetFocus();
+  edits[0]->SetEnabled(false);
+  EXPECT_TRUE(edits[1]->Focused());
+  edits[1]->SetVisible(false);
+  EXPECT_TRUE(edits[2]->Focused());
+  edits[2]->SetEnabled(false);
+  EXPECT_EQ(GetFocus(), panel.GetHandle());
 }
 
 TEST(Control, TheParentsLookIsTakenOverUntilItIsSet) {

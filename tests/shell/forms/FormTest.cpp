@@ -58,6 +58,17 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   EXPECT_EQ(log, (TLog{L"show", L"disabled", L"edit", L"1", L"query", L"query", L"hide"}));
   EXPECT_TRUE(IsWindowEnabled(host.Get()));
   EXPECT_EQ(Screen().GetModalLevel(), 0);
+  // In front of the window that is active now, with the same window.
+  THostWindow second;
+  const HWND former = form.GetHandle();
+  HWND owner = nullptr;
+  form.SetOnShow([&](TPersistent*) {
+    owner = GetWindow(form.GetHandle(), GW_OWNER);
+    form.SetModalResult(mrYes);
+  });
+  EXPECT_EQ(form.ShowModal(), mrYes);
+  EXPECT_EQ(owner, second.Get());
+  EXPECT_EQ(form.GetHandle(), former);
   form.SetOnShow(nullptr);
   form.SetVisible(true);
   EXPECT_THROW(form.ShowModal(), EInvalidOperation);

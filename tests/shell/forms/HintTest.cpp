@@ -3,6 +3,7 @@
 #include <doubles/GuiDriver.h>
 #include <forms/CustomControl.h>
 #include <forms/Hint.h>
+#include <forms/StdControls.h>
 #include <forms/Timer.h>
 #include <framework/Application.h>
 #include <platform/ShellApi.h>
@@ -61,6 +62,42 @@ TEST(Hint, ComesWhereThePointerRestsAndGoesWithIt) {
   mark.reset();
   CancelHint();
   EXPECT_EQ(ShownHint(), L"");
+}
+
+/// Has a hint for each half, and none of its own.
+class TTwoHints : public TNotedControl {
+protected:
+  void CMHintShow(TMessage& pMessage) override {
+    auto& hint = *reinterpret_cast<THintInfo*>(pMessage.LParam);
+    POINT point;
+    GetCursorPos(&point);
+    const bool isRight = ScreenToClient(point).x >= 100;
+    hint.text = isRight ? L"right" : L"left";
+    hint.area = {isRight ? 100 : 0, 0, isRight ? 200 : 100, 100};
+  }
+};
+
+TEST(Hint, IsAskedForAnewWhereAnotherAreaBegins) {
+  THostWindow host;
+  TTwoHints control;
+  control.SetBounds(0, 0, 200, 100);
+  control.SetShowHint(true);
+  MoveMouse(PointOf(host.Get(), 300, 250));
+  control.CreateParented(host.Get());
+  MoveMouse(PointOf(control.GetHandle(), 50, 50));
+  EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"left"; }));
+  MoveMouse(PointOf(control.GetHandle(), 90, 60)); // still in the same
+  EXPECT_EQ(ShownHint(), L"left");
+  MoveMouse(PointOf(control.GetHandle(), 150, 50));
+  EXPECT_EQ(ShownHint(), L"");
+  EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"right"; }));
+  PressMouse();
+  ReleaseMouse();
+  MoveMouse(PointOf(control.GetHandle(), 152, 52));
+  EXPECT_EQ(ShownHint(), L"");
+  MoveMouse(PointOf(control.GetHandle(), 50, 50)); // away from the click
+  EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"left"; }));
+  CancelHint();
 }
 
 TEST(Timer, MayGoInItsOwnEvent) {
@@ -139,8 +176,13 @@ TEST(AccessibleName, IsAnnotatedForAsLongAsTheWindowStands) {
     panel.CreateParented(host.Get());
     panel.RecreateWnd();
     panel.SetAccessibleName(L"Folders");
+    TLabel label;
+    label.SetText(L"&Places && more");
+    label.SetFocusControl(&panel); // has a name of its own
+    panel.SetAccessibleName(L"");
+    label.SetFocusControl(nullptr);
   }
-  EXPECT_EQ(fake.log, (TLog{L"Files", L"-", L"Files", L"Folders", L"-"}));
+  EXPECT_EQ(fake.log, (TLog{L"Files", L"-", L"Files", L"Folders", L"Places & more", L"-"}));
   EXPECT_EQ(fake.references, 0u);
 }
 

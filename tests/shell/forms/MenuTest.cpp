@@ -2,6 +2,7 @@
 
 #include <doubles/GuiDriver.h>
 #include <forms/PopupMenu.h>
+#include <forms/StdControls.h>
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
 #include <platform/MainThread.h>
@@ -44,6 +45,42 @@ TEST(Menu, ItemsBelongToOneMenuAndGoWithIt) {
   root.Remove(file);
   EXPECT_EQ(root.GetCount(), 0);
   EXPECT_EQ(kept->GetOwner(), nullptr);
+}
+
+// What opens a level is looked up when the platform tells of it: it may have gone.
+TEST(Menu, LevelsAndLettersOfAnOpenMenuAreFound) {
+  TPopupMenu menu;
+  menu.SetOwnerDraw(true);
+  auto* const file = AddItem(menu.GetItems(), L"&File");
+  file->SetHint(L"short|the files");
+  AddItem(*file, L"&Open");
+  AddItem(menu.GetItems(), L"&Edit");
+  AddItem(menu.GetItems(), L"For&mat");
+  AddItem(menu.GetItems(), L"&Export");
+  const HMENU handle = menu.CreateHandle(96);
+  const HMENU below = GetSubMenu(handle, 0);
+  const auto found = [&] { return menu.FindItem(reinterpret_cast<std::uintptr_t>(below), TFindItemKind::fkHandle); };
+  EXPECT_EQ(found(), file);
+  EXPECT_EQ(menu.FindItem(file->GetCommand(), TFindItemKind::fkCommand), file);
+  EXPECT_EQ(menu.FindItem(reinterpret_cast<std::uintptr_t>(handle), TFindItemKind::fkHandle), nullptr);
+  const auto tell = [&](UINT message, WPARAM what, HMENU level) {
+    TMessage told{message, what, reinterpret_cast<LPARAM>(level), 0};
+    EXPECT_TRUE(menu.HandleMessage(told) || message == WM_MENUCHAR);
+    return told.Result;
+  };
+  tell(WM_MENUSELECT, MAKEWPARAM(0, MF_POPUP), handle);
+  EXPECT_EQ(Application().GetHint(), L"the files");
+  tell(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(below), nullptr);
+  EXPECT_EQ(GetMenuItemCount(below), 1);
+  EXPECT_EQ(tell(WM_MENUCHAR, MAKEWPARAM(L'm', MF_POPUP), handle), MAKELRESULT(2, MNC_EXECUTE));
+  EXPECT_EQ(tell(WM_MENUCHAR, MAKEWPARAM(L'E', MF_POPUP), handle), MAKELRESULT(1, MNC_SELECT));
+  EXPECT_EQ(tell(WM_MENUCHAR, MAKEWPARAM(L'x', MF_POPUP), handle), 0);
+  delete file;
+  EXPECT_EQ(found(), nullptr);
+  tell(WM_INITMENUPOPUP, reinterpret_cast<WPARAM>(below), nullptr);
+  tell(WM_MENUSELECT, MAKEWPARAM(0, 0xFFFF), nullptr);
+  EXPECT_EQ(Application().GetHint(), L"");
+  DestroyMenu(handle);
 }
 
 TEST(Menu, OneOfARadioGroupIsCheckedAndOneOfAllIsTheDefault) {
@@ -91,7 +128,7 @@ TEST(Menu, ThePlatformGetsStatesAndPictures) {
   wchar_t text[80] = {};
   MENUITEMINFOW info{};
   info.cbSize = sizeof(info);
-  info.fMask = MIIM_STATE | MIIM_STRING | MIIM_BITMAP;
+  info.fMask = MIIM_STATE | MIIM_STRING | MIIM_BITMAP | MIIM_FTYPE;
   info.dwTypeData = text;
   info.cch = 80;
   EXPECT_TRUE(GetMenuItemInfoW(handle, first->GetCommand(), FALSE, &info));
@@ -181,6 +218,16 @@ TEST_F(MenuLoop, AControlShowsItsOwnAndTheRestIsTheParents) {
   ClickMouse(MiddleOf(child->GetHandle()), TShiftStateFlag::ssRight);
   EXPECT_TRUE(PumpUntil([this] { return !log.empty(); }));
   EXPECT_EQ(menu->GetPopupComponent(), &panel);
+  // Without a window, and all the same its own.
+  auto* const label = new TLabel(&panel);
+  label->SetParent(&panel);
+  label->SetText(L"label");
+  label->SetPopupMenu(menu.get());
+  panel.SetPopupMenu(nullptr);
+  log.clear();
+  ClickMouse(PointOf(panel.GetHandle(), 3, 3), TShiftStateFlag::ssRight);
+  EXPECT_TRUE(PumpUntil([this] { return !log.empty(); }));
+  EXPECT_EQ(menu->GetPopupComponent(), label);
   child->SetOnContextPopup([this](TPersistent*, POINT point, bool& handled) {
     log.push_back(std::to_wstring(point.x) + L" " + std::to_wstring(point.y));
     handled = true;
