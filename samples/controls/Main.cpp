@@ -276,6 +276,8 @@ int WINAPI wWinMain(HINSTANCE pInstance, HINSTANCE, wchar_t*, int pShow) {
     if (argument == L"--menu") options.menu = true;
     if (argument == L"--dpi" && i + 1 < __argc) options.dpi = static_cast<int>(std::wcstol(__wargv[++i], nullptr, 10));
   }
+  // What a manifest would say as well.
+  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
   OleInitialize(nullptr);
   Run(pInstance, pShow, options);
   Shutdown();
