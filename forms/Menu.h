@@ -118,7 +118,7 @@ public:
 
 protected:
   friend class TMenu;
-  /// The default draws image, text and short cut in the platform's colours.
+  /// The default draws check mark or image, text and short cut in the platform's colours.
   virtual void DrawItem(TCanvas& pCanvas, const RECT& pRect, TOwnerDrawState pState, int pDpi);
   virtual void MeasureItem(TCanvas& pCanvas, int& pWidth, int& pHeight, int pDpi);
   void Notification(TComponent* pComponent, TOperation pOperation) override;
@@ -126,6 +126,8 @@ protected:
 private:
   TCustomImageList* Images() const noexcept;
   TBitmap Picture() const;
+  int MarkWidth(int pDpi) const;
+  void DrawPicture(TCanvas& pCanvas, const RECT& pRect, bool pGray) const;
 
   TMenuItem* fParent = nullptr;
   TMenu* fMenu = nullptr; // of the root item

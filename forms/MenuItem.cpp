@@ -5,6 +5,7 @@
 #include <framework/ScaledPixels.h>
 #include <framework/TextCompare.h>
 #include <graphics/StyleServices.h>
+#include <platform/DpiAwareness.h>
 
 #include <algorithm>
 #include <bitset>
@@ -155,22 +156,49 @@ TBitmap TMenuItem::Picture() const {
   return images && fImageIndex >= 0 ? images->GetBitmap(fImageIndex) : TBitmap();
 }
 
+namespace {
+
+// A mark by the platform's own font for them ("Marlett").
+void DrawMark(TCanvas& canvas, const RECT& rect, bool isRadio) {
+  const TFont font = canvas.GetFont();
+  canvas.GetFont().SetFontName(L"Marlett");
+  canvas.GetFont().SetCharset(SYMBOL_CHARSET);
+  canvas.GetFont().SetStyle({});
+  canvas.TextRect(rect, isRadio ? L"h" : L"a", DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX);
+  canvas.GetFont() = font;
+}
+
+} // namespace
+
+// Of the column that marks and pictures share.
+int TMenuItem::MarkWidth(int pDpi) const {
+  TCustomImageList* const images = Images();
+  return std::max({GetSystemMetric(SM_CXMENUCHECK, pDpi), images ? images->GetWidth() : 0, fBitmap.GetWidth()});
+}
+
 void TMenuItem::MeasureItem(TCanvas& pCanvas, int& pWidth, int& pHeight, int pDpi) {
   const auto scaled = [pDpi](int pixels) { return ScaledPixels(pixels, pDpi); };
+  if (fDefault) pCanvas.GetFont().SetStyle({TFontStyle::fsBold});
   if (IsLine()) {
     pHeight = scaled(7);
   } else {
     const SIZE text = pCanvas.TextExtent(fCaption, 0x7FFF, DT_SINGLELINE);
     const std::wstring keys = ShortCutToText(fShortCut);
-    pWidth = text.cx + scaled(20) + (keys.empty() ? 0 : pCanvas.TextWidth(keys) + scaled(24));
-    pHeight = text.cy;
-    if (TCustomImageList* const images = Images()) {
-      pWidth += images->GetWidth();
-      pHeight = std::max(pHeight, images->GetHeight());
-    }
-    pHeight += scaled(6);
+    pWidth = text.cx + MarkWidth(pDpi) + scaled(20) + (keys.empty() ? 0 : pCanvas.TextWidth(keys) + scaled(24));
+    TCustomImageList* const images = Images();
+    pHeight = std::max({static_cast<int>(text.cy), images ? images->GetHeight() : 0, fBitmap.GetHeight()}) + scaled(6);
   }
   static_cast<void>(FireEvent(GetAliveToken(), fOnMeasureItem, this, pCanvas, pWidth, pHeight));
+}
+
+void TMenuItem::DrawPicture(TCanvas& pCanvas, const RECT& pRect, bool pGray) const {
+  const auto placed = [&pRect](int height) { return static_cast<int>(pRect.top + pRect.bottom - height) / 2; };
+  const int left = static_cast<int>(pRect.left);
+  TCustomImageList* const images = Images();
+  if (!fBitmap.IsEmpty())
+    pCanvas.Draw(left, placed(fBitmap.GetHeight()), fBitmap, pGray ? 128 : 255);
+  else if (images && fImageIndex >= 0)
+    images->Draw(pCanvas, left, placed(images->GetHeight()), fImageIndex, !pGray);
 }
 
 void TMenuItem::DrawItem(TCanvas& pCanvas, const RECT& pRect, TOwnerDrawState pState, int pDpi) {
@@ -192,14 +220,15 @@ void TMenuItem::DrawItem(TCanvas& pCanvas, const RECT& pRect, TOwnerDrawState pS
     return;
   }
   InflateRect(&rect, -scaled(4), 0);
-  TCustomImageList* const images = Images();
-  if (images) {
-    const int y = static_cast<int>(rect.top + rect.bottom - images->GetHeight()) / 2;
-    if (fImageIndex >= 0) images->Draw(pCanvas, static_cast<int>(rect.left), y, fImageIndex, !isGray);
-    rect.left += images->GetWidth() + scaled(6);
-  }
   pCanvas.GetFont().SetColor(style.GetSystemColor(isGray ? clGrayText : isLit ? clHighlightText : clMenuText));
   pCanvas.GetBrush().SetStyle(TBrushStyle::bsClear);
+  const RECT mark{rect.left, rect.top, rect.left + MarkWidth(pDpi), rect.bottom};
+  rect.left = mark.right + scaled(6);
+  if (pState.Contains(TOwnerDrawStateFlag::odChecked))
+    DrawMark(pCanvas, mark, fRadioItem);
+  else
+    DrawPicture(pCanvas, mark, isGray);
+  if (fDefault) pCanvas.GetFont().SetStyle({TFontStyle::fsBold});
   const UINT flags = DT_SINGLELINE | DT_VCENTER |
                      (pState.Contains(TOwnerDrawStateFlag::odNoAccel) ? static_cast<UINT>(DT_HIDEPREFIX) : 0u);
   pCanvas.TextRect(rect, fCaption, flags | DT_LEFT);

@@ -7,6 +7,8 @@
 
 #include <windowsx.h>
 
+#include <algorithm>
+
 namespace kiv {
 
 namespace {
@@ -216,10 +218,18 @@ void TWinControl::CNCtlColor(TMessage& pMessage) {
   pMessage.Result = reinterpret_cast<LRESULT>(fBrush.GetHandle());
 }
 
-// Each window of a tree gets these; the root tells all that stands in it.
+// Top-level windows only get the most of these: windows of platform classes hear them from what they stand in
+// ("WM_SYSCOLORCHANGE"). The root tells all controls in it what has changed.
 void TWinControl::HandleLookChange(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   DefaultHandler(pMessage);
+  const std::vector<TWinControl*> children =
+      alive.IsAlive() && pMessage.Msg != WM_THEMECHANGED ? fTabList : std::vector<TWinControl*>{};
+  for (TWinControl* child : children) {
+    if (std::find(fTabList.begin(), fTabList.end(), child) == fTabList.end() || !child->fHandle) continue;
+    SendMessageW(child->fHandle, pMessage.Msg, pMessage.WParam, pMessage.LParam);
+    if (!alive.IsAlive()) return;
+  }
   if (!alive.IsAlive() || GetParent()) return;
   const bool isFont = pMessage.Msg == WM_SETTINGCHANGE && pMessage.WParam == SPI_SETNONCLIENTMETRICS;
   if (isFont && IsParentFont()) TakeSystemFont();
