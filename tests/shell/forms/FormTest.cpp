@@ -74,6 +74,16 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   EXPECT_THROW(form.ShowModal(), EInvalidOperation);
 }
 
+TEST(Form, AModalOneMayGoWhileItIsUp) {
+  THostWindow host;
+  auto form = std::make_unique<TForm>();
+  form->SetOnShow([&](TPersistent*) { MainThread::Queue([&] { form.reset(); }); });
+  EXPECT_EQ(form->ShowModal(), mrCancel);
+  EXPECT_EQ(form, nullptr);
+  EXPECT_TRUE(IsWindowEnabled(host.Get()));
+  EXPECT_EQ(Screen().GetModalLevel(), 0);
+}
+
 TEST(Form, ClosesAsItIsToldTo) {
   auto form = std::make_unique<TForm>();
   TCloseAction wanted = TCloseAction::caNone;

@@ -118,6 +118,16 @@ const TCase Cases[] = {
        s.button->SetOnClick(Notify(bad));
        ClickMouse(MiddleOf(s.button->GetHandle()));
      }},
+    {"click on what paints itself", &Of<&TScene::tricky>,
+     [](TScene& s, TAction bad) {
+       s.tricky->SetOnClick(Notify(bad));
+       ClickMouse(MiddleOf(s.tricky->GetHandle()));
+     }},
+    {"click on what has no window", &Of<&TScene::label>,
+     [](TScene& s, TAction bad) {
+       s.label->SetOnClick(Notify(bad));
+       ClickMouse(PointOf(s.form->GetHandle(), 205, 65));
+     }},
     {"key down", &Of<&TScene::edit>,
      [](TScene& s, TAction bad) {
        s.edit->SetOnKeyDown([bad](TPersistent*, WORD&, TShiftState) { bad(); });

@@ -139,6 +139,29 @@ TEST_F(Look, TheUsersChangeToDarkRepaintsAllInIt) {
   EXPECT_EQ(CountPixels(panel.GetHandle(), RGB(0x20, 0x20, 0x20)), 0);
 }
 
+/// As a control of the platform's that keeps colours.
+class TListening : public TNotedControl {
+public:
+  using TNotedControl::TNotedControl;
+  int told = 0;
+
+protected:
+  void WndProc(TMessage& pMessage) override {
+    if (pMessage.Msg == WM_SYSCOLORCHANGE) ++told;
+    TNotedControl::WndProc(pMessage);
+  }
+};
+
+TEST_F(Look, ChangesThatTopLevelWindowsGetReachAllLevels) {
+  auto* const inner = new TPanel(&panel);
+  inner->SetParent(&panel);
+  auto* const listening = new TListening(inner);
+  listening->SetParent(inner);
+  panel.CreateParented(host.Get());
+  SendMessageW(host.Get(), WM_SYSCOLORCHANGE, 0, 0);
+  EXPECT_EQ(listening->told, 1);
+}
+
 TEST_F(Look, TheHostMayPutItIntoAnotherOfItsWindows) {
   panel.CreateParented(host.Get());
   THostWindow other;

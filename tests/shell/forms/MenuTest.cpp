@@ -83,6 +83,53 @@ TEST(Menu, LevelsAndLettersOfAnOpenMenuAreFound) {
   DestroyMenu(handle);
 }
 
+// As the platform asks for it.
+TEST(Menu, ItemsThatDrawThemselvesShowMarksPicturesAndTheDefault) {
+  TPopupMenu menu;
+  menu.SetOwnerDraw(true);
+  auto* const item = AddItem(menu.GetItems(), L"Item");
+  const auto measured = [&] {
+    MEASUREITEMSTRUCT measure{ODT_MENU, 0, item->GetCommand(), 0, 0, 0};
+    TMessage message{WM_MEASUREITEM, 0, reinterpret_cast<LPARAM>(&measure), 0};
+    EXPECT_TRUE(menu.HandleMessage(message));
+    return static_cast<int>(measure.itemWidth);
+  };
+  // Pixels in the column of the marks, and in that of the text.
+  const auto drawn = [&](UINT state, TPixel wanted) {
+    TBitmap picture(120, 24);
+    DRAWITEMSTRUCT draw{};
+    draw.CtlType = ODT_MENU;
+    draw.itemID = item->GetCommand();
+    draw.itemState = state;
+    draw.hDC = picture.GetCanvas().GetHandle();
+    draw.rcItem = {0, 0, 120, 24};
+    TMessage message{WM_DRAWITEM, 0, reinterpret_cast<LPARAM>(&draw), 0};
+    EXPECT_TRUE(menu.HandleMessage(message));
+    std::pair<int, int> counts;
+    for (int i = 0; const TPixel pixel : picture.Pixels()) {
+      const bool isMark = i++ % 120 < 4 + GetSystemMetrics(SM_CXMENUCHECK);
+      if ((pixel & 0xFFFFFF) == wanted) ++(isMark ? counts.first : counts.second);
+    }
+    return counts;
+  };
+  const auto text = static_cast<TPixel>(ColorToRGB(clMenuText));
+  const int plain = measured();
+  const auto [none, letters] = drawn(0, text);
+  EXPECT_EQ(none, 0);
+  EXPECT_GT(letters, 0);
+  const int check = drawn(ODS_CHECKED, text).first;
+  item->SetRadioItem(true);
+  const int dot = drawn(ODS_CHECKED, text).first;
+  EXPECT_TRUE(check > 0 && dot > 0 && check != dot) << check << ' ' << dot;
+  TBitmap red(8, 8);
+  red.GetCanvas().FillRect({0, 0, 8, 8}, clRed);
+  item->SetBitmap(std::move(red));
+  EXPECT_EQ(drawn(0, 0xFF0000).first, 64);
+  EXPECT_EQ(drawn(ODS_CHECKED, 0xFF0000).first, 0); // the mark takes its place
+  item->SetDefault(true);
+  EXPECT_GT(measured(), plain);
+}
+
 TEST(Menu, OneOfARadioGroupIsCheckedAndOneOfAllIsTheDefault) {
   TPopupMenu menu;
   std::vector<TMenuItem*> items;
