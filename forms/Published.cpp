@@ -5,7 +5,10 @@
 #include <forms/PopupMenu.h>
 #include <forms/StdControls.h>
 #include <forms/Timer.h>
+#include <framework/Exceptions.h>
 #include <framework/PropertyRegistry.h>
+
+#include <sstream>
 
 namespace kiv {
 
@@ -37,7 +40,31 @@ struct TEnumNames<TFormPosition> {
                                                         {TFormPosition::poOwnerFormCenter, L"poOwnerFormCenter"}};
 };
 
+template <>
+struct TEnumNames<TEllipsisPosition> {
+  static constexpr TEnumName<TEllipsisPosition> Values[] = {{TEllipsisPosition::epNone, L"epNone"},
+                                                            {TEllipsisPosition::epPathEllipsis, L"epPathEllipsis"},
+                                                            {TEllipsisPosition::epEndEllipsis, L"epEndEllipsis"},
+                                                            {TEllipsisPosition::epWordEllipsis, L"epWordEllipsis"}};
+};
+
 namespace {
+
+// Margins are saved as four numbers: left, top, right, bottom.
+std::wstring MarginsToText(const TMargins& margins) {
+  std::wostringstream text;
+  text << margins.left << L' ' << margins.top << L' ' << margins.right << L' ' << margins.bottom;
+  return text.str();
+}
+
+TMargins MarginsFromText(const std::wstring& text) {
+  TMargins margins;
+  std::wistringstream numbers(text);
+  numbers >> margins.left >> margins.top >> margins.right >> margins.bottom;
+  std::wstring rest;
+  if (!numbers || numbers >> rest) throw EPropertyError(L"margins are four numbers: left, top, right, bottom.");
+  return margins;
+}
 
 TFont& FontOf(TControl& control) {
   return control.GetFont();
@@ -45,6 +72,7 @@ TFont& FontOf(TControl& control) {
 
 void PublishControls() {
   const TAnchors corner{TAnchorKind::akLeft, TAnchorKind::akTop};
+  const TStyleElements allElements{TStyleElement::seFont, TStyleElement::seClient, TStyleElement::seBorder};
   PublishClass<TControl>(L"TControl", L"Everything that is seen.")
       .Property(L"Parent", &TControl::GetParent, &TControl::SetParent, L"Where the control is shown.")
       .Property(L"Left", &TControl::GetLeft, &TControl::SetLeft, L"In the parent, in pixels.")
@@ -54,6 +82,15 @@ void PublishControls() {
       .Property(L"Align", &TControl::GetAlign, &TControl::SetAlign, TAlign::alNone, L"The edge that it stands along.")
       .Property(L"Anchors", &TControl::GetAnchors, &TControl::SetAnchors, corner,
                 L"The edges of the parent that it keeps its distance from.")
+      .Property(L"AlignWithMargins", &TControl::IsAlignWithMargins, &TControl::SetAlignWithMargins, false,
+                L"Room stays free around it where it is aligned.")
+      .Property(
+          L"Margins", [](const TControl& control) { return MarginsToText(control.GetMargins()); },
+          [](TControl& control, const std::wstring& text) { control.SetMargins(MarginsFromText(text)); },
+          L"How much: left, top, right, bottom, in pixels.")
+      .StoredIf([](const TControl& control) { return control.IsAlignWithMargins(); })
+      .Property(L"StyleElements", &TControl::GetStyleElements, &TControl::SetStyleElements, allElements,
+                L"What of it styles draw.")
       .Property(L"Caption", &TControl::GetText, &TControl::SetText, L"", L"The text that it shows.")
       .Property(L"Visible", &TControl::IsVisible, &TControl::SetVisible, true, L"It is shown, with its parent.")
       .Property(L"Enabled", &TControl::IsEnabled, &TControl::SetEnabled, true, L"It takes input.")
@@ -73,6 +110,10 @@ void PublishControls() {
       .Property(L"PopupMenu", &TControl::GetPopupMenu, &TControl::SetPopupMenu, L"Comes up by the right button.");
   PublishClass<TWinControl, TControl>(L"TWinControl", L"A control with a window.")
       .Property(L"TabStop", &TWinControl::IsTabStop, &TWinControl::SetTabStop, L"The Tab key leads to it.")
+      .Property(
+          L"Padding", [](const TWinControl& control) { return MarginsToText(control.GetPadding()); },
+          [](TWinControl& control, const std::wstring& text) { control.SetPadding(MarginsFromText(text)); }, L"0 0 0 0",
+          L"Room inside of it that aligned controls leave free: left, top, right, bottom, in pixels.")
       .Property(L"DoubleBuffered", &TWinControl::IsDoubleBuffered, &TWinControl::SetDoubleBuffered, false,
                 L"It is painted in one piece.")
       .Property(L"AccessibleName", &TWinControl::GetAccessibleName, &TWinControl::SetAccessibleName, L"",
@@ -109,6 +150,8 @@ void PublishStdControls() {
       .Property(L"Alignment", &TLabel::GetAlignment, &TLabel::SetAlignment, TAlignment::taLeftJustify, L"Of the text.")
       .Property(L"AutoSize", &TLabel::IsAutoSize, &TLabel::SetAutoSize, true, L"The size follows the text.")
       .Property(L"WordWrap", &TLabel::IsWordWrap, &TLabel::SetWordWrap, false, L"The text has several lines.")
+      .Property(L"EllipsisPosition", &TLabel::GetEllipsisPosition, &TLabel::SetEllipsisPosition,
+                TEllipsisPosition::epNone, L"Where a text that doesn't fit is shortened.")
       .Property(L"ShowAccelChar", &TLabel::GetShowAccelChar, &TLabel::SetShowAccelChar, true, L"\"&\" marks a letter.")
       .Property(L"FocusControl", &TLabel::GetFocusControl, &TLabel::SetFocusControl, L"What the letter leads to.");
   PublishClass<TButton, TWinControl>(L"TButton", L"A button.")
@@ -135,6 +178,7 @@ void PublishComponents() {
       .Property(L"Enabled", &TMenuItem::IsEnabled, &TMenuItem::SetEnabled, true, L"It can be chosen.")
       .Property(L"Visible", &TMenuItem::IsVisible, &TMenuItem::SetVisible, true, L"It is shown.")
       .Property(L"Checked", &TMenuItem::IsChecked, &TMenuItem::SetChecked, false, L"It has its mark.")
+      .Property(L"AutoCheck", &TMenuItem::IsAutoCheck, &TMenuItem::SetAutoCheck, false, L"A click changes its mark.")
       .Property(L"RadioItem", &TMenuItem::IsRadioItem, &TMenuItem::SetRadioItem, false, L"One of a group is marked.")
       .Property(L"GroupIndex", &TMenuItem::GetGroupIndex, &TMenuItem::SetGroupIndex, 0, L"The group's number.")
       .Property(L"Default", &TMenuItem::IsDefault, &TMenuItem::SetDefault, false, L"Drawn in bold.")
