@@ -19,6 +19,10 @@ TEST(Published, AFormComesBackFromItsText) {
   panel->SetName(L"Panel");
   panel->SetParent(&form);
   panel->SetAlign(TAlign::alTop);
+  panel->SetAlignWithMargins(true);
+  panel->SetMargins({1, 2, 3, -4});
+  panel->SetPadding({5, 6, 7, 8});
+  panel->SetStyleElements({TStyleElement::seFont});
   auto* const edit = new TEdit(&form);
   edit->SetName(L"Edit");
   edit->SetParent(panel);
@@ -43,6 +47,9 @@ TEST(Published, AFormComesBackFromItsText) {
   ASSERT_TRUE(newPanel && newEdit && newLabel);
   EXPECT_EQ(newPanel->GetParent(), &copy);
   EXPECT_EQ(newPanel->GetWidth(), panel->GetWidth());
+  EXPECT_EQ(newPanel->GetMargins(), (TMargins{1, 2, 3, -4}));
+  EXPECT_EQ(newPanel->GetPadding(), (TMargins{5, 6, 7, 8}));
+  EXPECT_EQ(newPanel->GetStyleElements(), TStyleElements{TStyleElement::seFont});
   EXPECT_EQ(newEdit->GetParent(), newPanel);
   EXPECT_EQ(newEdit->GetText(), L"text");
   EXPECT_EQ(newEdit->GetLeft(), 10);
