@@ -1,5 +1,6 @@
 #include <forms/Form.h>
 
+#include <forms/Hint.h>
 #include <forms/PreTranslate.h>
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
@@ -96,7 +97,7 @@ void TForm::CreateParams(TCreateParams& pParams) {
     pParams.exStyle |= WS_EX_TOOLWINDOW;
     break;
   }
-  if (fPosition == TFormPosition::poDefault) pParams.x = pParams.y = CW_USEDEFAULT;
+  if (fPosition == TFormPosition::poDefault && !IsRecreating()) pParams.x = pParams.y = CW_USEDEFAULT;
   pParams.wndParent = WindowBehind();
   // The frame is the platform's, and says the language's direction itself.
   if (UseRightToLeftAlignment()) pParams.exStyle &= ~static_cast<DWORD>(WS_EX_RIGHT);
@@ -140,6 +141,9 @@ void TForm::WndProc(TMessage& pMessage) {
   case WM_ACTIVATE:
     HandleActivate(pMessage);
     return;
+  case WM_ACTIVATEAPP:
+    if (pMessage.WParam == FALSE) CancelHint();
+    break;
   case WM_DPICHANGED:
     HandleDpiChanged(pMessage);
     return;

@@ -179,6 +179,12 @@ bool TWinControl::HandleFocusOrKeys(TMessage& pMessage) {
   case WM_SYSKEYUP:
     if (!DoKeyUp(pMessage)) DefaultHandler(pMessage);
     return true;
+  case WM_UPDATEUISTATE:
+    HandleCues(pMessage);
+    return true;
+  case WM_CONTEXTMENU: // of the mouse, too
+    WMContextMenu(pMessage);
+    return true;
   case WM_CHAR:
     if (!DoKeyPress(pMessage)) DefaultHandler(pMessage);
     return true;

@@ -163,14 +163,8 @@ bool TWinControl::HandleWindowMessage(TMessage& pMessage) {
   case WM_MOUSEWHEEL:
     HandleWheel(pMessage);
     return true;
-  case WM_UPDATEUISTATE:
-    HandleCues(pMessage);
-    return true;
   case WM_CAPTURECHANGED:
     WMCaptureChanged(pMessage);
-    return true;
-  case WM_CONTEXTMENU:
-    WMContextMenu(pMessage);
     return true;
   default:
     break;

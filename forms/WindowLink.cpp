@@ -1,5 +1,6 @@
 #include <forms/WindowLink.h>
 
+#include <forms/Hint.h>
 #include <framework/Application.h>
 #include <platform/ActivationContext.h>
 #include <platform/ThisModule.h>
@@ -125,6 +126,7 @@ LRESULT CALLBACK ParentWindowProc(HWND window, UINT message, WPARAM wParam, LPAR
   const TCommonControlsApi& api = CommonControlsApi();
   if (message == WM_NCDESTROY) api.RemoveWindowSubclass(window, &ParentWindowProc, SubclassId);
   TMessage reflected{message, wParam, lParam, 0};
+  if (message == WM_ACTIVATEAPP && wParam == FALSE) CancelHint(); // it would stand in front of the other program
   if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) PassOn(window, reflected);
   try {
     if (ReflectMessage(window, reflected)) return reflected.Result;
