@@ -74,6 +74,17 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   EXPECT_THROW(form.ShowModal(), EInvalidOperation);
 }
 
+// The platform's place is asked for once.
+TEST(Form, StaysWhereItIsWithAnotherWindow) {
+  TForm form;
+  form.SetPosition(TFormPosition::poDefault);
+  form.SetVisible(true);
+  form.SetBounds(123, 45, 200, 100);
+  form.SetBorderStyle(TFormBorderStyle::fbDialog);
+  EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 323, 145}));
+  EXPECT_TRUE(IsWindowVisible(form.GetHandle()));
+}
+
 TEST(Form, AModalOneMayGoWhileItIsUp) {
   THostWindow host;
   auto form = std::make_unique<TForm>();
