@@ -4,7 +4,6 @@
 #include <forms/CustomControl.h>
 #include <forms/Hint.h>
 #include <forms/StdControls.h>
-#include <forms/Timer.h>
 #include <framework/Application.h>
 #include <platform/ShellApi.h>
 
@@ -99,17 +98,6 @@ TEST(Hint, IsAskedForAnewWhereAnotherAreaBegins) {
   EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"left"; }));
   SendMessageW(host.Get(), WM_ACTIVATEAPP, FALSE, 0);
   EXPECT_EQ(ShownHint(), L"");
-}
-
-TEST(Timer, MayGoInItsOwnEvent) {
-  auto timer = std::make_unique<TTimer>();
-  int fired = 0;
-  timer->SetInterval(1);
-  timer->SetOnTimer([&](TPersistent*) {
-    if (++fired == 2) timer.reset();
-  });
-  EXPECT_TRUE(PumpUntil([&] { return !timer; }));
-  EXPECT_EQ(fired, 2);
 }
 
 /// Notes what would be annotated.
