@@ -13,6 +13,8 @@ TControl::TControl(TComponent* pOwner) : TComponent(pOwner), fCurrentPPI(GetSyst
   using enum TControlStyleFlag;
   fControlStyle = {csCaptureMouse, csClickEvents, csSetCaption, csDoubleClicks};
   fFont.ScaleForDpi(fCurrentPPI);
+  const int margin = ScaledPixels(3);
+  fMargins = {margin, margin, margin, margin};
   fFont.SetOnChange([this](TPersistent*) { FontChanged(); });
 }
 
@@ -21,6 +23,7 @@ TControl::~TControl() {
   fFont.SetOnChange(nullptr);
   try {
     if (GetCaptureControl() == this) SetMouseCapture(false);
+    ForgetCapture();
     if (fParent) fParent->RemoveControl(this);
   } catch (...) {
     ReportException(std::current_exception());

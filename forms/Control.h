@@ -20,7 +20,7 @@ struct THintInfo {
   TControl* control = nullptr;
   std::wstring text;
   POINT position{}; ///< of the hint window, on the screen
-  RECT area{};      ///< of the control: the hint stays while the pointer is in it
+  RECT area{};      ///< of the control's client area: the hint stays while the pointer is in it, then it is asked anew
   int maxWidth = 0; ///< the text is broken there; 0 for one line
 };
 
@@ -69,6 +69,12 @@ public:
   virtual void SetAlign(TAlign pAlign);
   TAnchors GetAnchors() const noexcept { return fAnchors; }
   void SetAnchors(TAnchors pAnchors);
+  /// Room that an aligned control leaves free around itself, if AlignWithMargins is set; 3 pixels at 96 dots per inch
+  /// at first. Scaled with the control.
+  const TMargins& GetMargins() const noexcept { return fMargins; }
+  void SetMargins(const TMargins& pMargins);
+  bool IsAlignWithMargins() const noexcept { return fAlignWithMargins; }
+  void SetAlignWithMargins(bool pAlignWithMargins);
   const TSizeConstraints& GetConstraints() const noexcept { return fConstraints; }
   void SetConstraints(const TSizeConstraints& pConstraints);
   void BringToFront() { SetZOrder(true); }
@@ -109,6 +115,9 @@ public:
   /// The font is the parent's. True at first.
   bool IsParentFont() const noexcept { return fParentFont; }
   virtual void SetParentFont(bool pParentFont);
+  /// What of the control a style other than the platform's may draw. All at first.
+  TStyleElements GetStyleElements() const noexcept { return fStyleElements; }
+  void SetStyleElements(TStyleElements pElements);
   TColor GetColor() const noexcept { return fColor; }
   /// Ends ParentColor.
   void SetColor(TColor pColor);
@@ -221,6 +230,9 @@ protected:
   virtual void MouseMove(TShiftState pShift, int pX, int pY);
   virtual void MouseUp(TMouseButton pButton, TShiftState pShift, int pX, int pY);
   virtual void DblClick();
+  /// The mouse that SetMouseCapture held was taken away, by a dialog, a menu or another program: what a press had begun
+  /// is over without its release.
+  virtual void CaptureLost();
   /// True if the turn of the wheel is used up here; else it goes to the parent.
   virtual bool DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen);
   /// A menu is wanted. Fires OnContextPopup.
@@ -229,6 +241,8 @@ protected:
   virtual void Resize();
   /// All pixel sizes of the control times `pM` / `pD`; its place as well unless `pKeepPlace`.
   virtual void ChangeScale(int pM, int pD, bool pKeepPlace);
+  /// StyleElements have changed. Repaints; overrides pass them on to what they are made of.
+  virtual void UpdateStyleElements() { Invalidate(); }
   /// Where the alignment's user may change what the parent wants; no by default.
   virtual void AdjustSize() {}
 
@@ -262,13 +276,17 @@ private:
   bool IgnoresMouseWhileDesigning(const TMessage& pMessage);
   void InvalidateInParent();
   bool HasHintAbove() const noexcept;
+  void ForgetCapture() noexcept;
   void FontChanged();
 
   TWinControl* fParent = nullptr;
   TLayoutBox fBox;
   TAnchorBase fAnchorBase;
   TSizeConstraints fConstraints;
+  TMargins fMargins;
   TAlign fAlign = TAlign::alNone;
+  bool fAlignWithMargins = false;
+  TStyleElements fStyleElements{TStyleElement::seFont, TStyleElement::seClient, TStyleElement::seBorder};
   TAnchors fAnchors{TAnchorKind::akLeft, TAnchorKind::akTop};
   bool fVisible = true;
   bool fEnabled = true;

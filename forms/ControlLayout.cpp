@@ -61,6 +61,18 @@ void TControl::SetAnchors(TAnchors pAnchors) {
   UpdateAnchorBase();
 }
 
+void TControl::SetMargins(const TMargins& pMargins) {
+  if (fMargins == pMargins) return;
+  fMargins = pMargins;
+  if (fAlignWithMargins) RequestAlign();
+}
+
+void TControl::SetAlignWithMargins(bool pAlignWithMargins) {
+  if (fAlignWithMargins == pAlignWithMargins) return;
+  fAlignWithMargins = pAlignWithMargins;
+  RequestAlign();
+}
+
 void TControl::SetConstraints(const TSizeConstraints& pConstraints) {
   fConstraints = pConstraints;
   SetBounds(fBox.left, fBox.top, fBox.width, fBox.height);
@@ -120,6 +132,7 @@ void TControl::ChangeScale(int pM, int pD, bool pKeepPlace) {
   const auto scale = [&](int value) { return MulDivRounded(value, pM, pD); };
   fConstraints = {scale(fConstraints.minWidth), scale(fConstraints.minHeight), scale(fConstraints.maxWidth),
                   scale(fConstraints.maxHeight)};
+  fMargins = {scale(fMargins.left), scale(fMargins.top), scale(fMargins.right), scale(fMargins.bottom)};
   // The right edge is scaled, not the width: neighbours stay neighbours.
   const auto scaleBox = [&](const TLayoutBox& box) {
     const int left = scale(box.left);

@@ -54,6 +54,12 @@ void TControl::SetParentColor(bool pParentColor) {
   if (fParent && !IsLoading()) Perform(CM_PARENTCOLORCHANGED);
 }
 
+void TControl::SetStyleElements(TStyleElements pElements) {
+  if (fStyleElements == pElements) return;
+  fStyleElements = pElements;
+  UpdateStyleElements();
+}
+
 void TControl::SetBiDiMode(TBiDiMode pMode) {
   if (!fFollowsParent) fParentBiDiMode = false;
   if (fBiDiMode == pMode) return;

@@ -6,6 +6,8 @@
 
 #include <windowsx.h>
 
+#include <utility>
+
 namespace kiv {
 
 namespace {
@@ -51,10 +53,29 @@ bool TControl::GetMouseCapture() const {
   return GetCaptureControl() == this;
 }
 
+void TControl::ForgetCapture() noexcept {
+  if (gCapture == this) gCapture = nullptr;
+}
+
+void TWinControl::WMCaptureChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  const auto next = reinterpret_cast<HWND>(pMessage.LParam);
+  TControl* const former = next != fHandle ? std::exchange(gCapture, nullptr) : nullptr;
+  // Whose window it was; a parent tells a child that has none.
+  const bool isOurs = former && (former == this || former->GetParent() == this);
+  if (isOurs) former->CaptureLost();
+  if (alive.IsAlive()) DefaultHandler(pMessage);
+}
+
+void TControl::CaptureLost() {
+  PutControlState(TControlStateFlag::csLButtonDown, false);
+  PutControlState(TControlStateFlag::csClicked, false);
+}
+
 void TControl::SetMouseCapture(bool pCapture) {
   if (GetMouseCapture() == pCapture) return;
   if (!pCapture) {
-    gCapture = nullptr;
+    gCapture = nullptr; // given back: nobody loses it
     ReleaseCapture();
     return;
   }
@@ -64,6 +85,8 @@ void TControl::SetMouseCapture(bool pCapture) {
   const HWND window = holder->GetHandle();
   // What the former one hears of its loss is foreign code.
   const TAliveWatch alive(GetAliveToken());
+  if (GetCapture() == window && gCapture) std::exchange(gCapture, nullptr)->CaptureLost();
+  if (!alive.IsAlive()) return;
   SetCapture(window);
   if (alive.IsAlive()) gCapture = this;
 }
@@ -75,7 +98,7 @@ bool TControl::IgnoresMouseWhileDesigning(const TMessage& pMessage) {
 
 bool TControl::HasHintAbove() const noexcept {
   const TControl* control = this;
-  while (control && control->fHint.empty()) control = control->GetParent();
+  while (control && control->fHint.empty() && !control->fShowHint) control = control->GetParent();
   return control != nullptr;
 }
 
@@ -156,6 +179,14 @@ void TControl::HandleButtonUp(TMessage& pMessage, TMouseButton pButton) {
     }
   }
   MouseUp(pButton, KeysToShiftState(pMessage.WParam), point.x, point.y);
+}
+
+void TWinControl::WMContextMenu(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  const POINT screen = MessagePoint(pMessage);
+  TControl* const child = screen.x == -1 && screen.y == -1 ? nullptr : ControlAtPos(ScreenToClient(screen), false);
+  if (child) pMessage.Result = child->Perform(WM_CONTEXTMENU, pMessage.WParam, pMessage.LParam);
+  if (alive.IsAlive() && pMessage.Result == 0) TControl::WndProc(pMessage);
 }
 
 void TControl::HandleContextMenu(TMessage& pMessage) {

@@ -37,6 +37,10 @@ using TControlState = TSet<TControlStateFlag>;
 /// Direction of reading: whether text, scroll bar and order are those of scripts from right to left.
 enum class TBiDiMode { bdLeftToRight, bdRightToLeft, bdRightToLeftNoAlign, bdRightToLeftReadingOnly };
 
+/// A part of a control that styles draw.
+enum class TStyleElement { seFont, seClient, seBorder };
+using TStyleElements = TSet<TStyleElement>;
+
 enum class TBorderStyle { bsNone, bsSingle };
 
 using TMouseEvent = TEvent<TPersistent*, TMouseButton, TShiftState, int, int>;
@@ -63,6 +67,12 @@ struct TEnumNames<TAnchorKind> {
                                                       {TAnchorKind::akTop, L"akTop"},
                                                       {TAnchorKind::akRight, L"akRight"},
                                                       {TAnchorKind::akBottom, L"akBottom"}};
+};
+template <>
+struct TEnumNames<TStyleElement> {
+  static constexpr TEnumName<TStyleElement> Values[] = {{TStyleElement::seFont, L"seFont"},
+                                                        {TStyleElement::seClient, L"seClient"},
+                                                        {TStyleElement::seBorder, L"seBorder"}};
 };
 template <>
 struct TEnumNames<TBorderStyle> {

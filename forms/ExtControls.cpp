@@ -171,6 +171,11 @@ void TSplitter::MouseUp(TMouseButton pButton, TShiftState pShift, int pX, int pY
   if (wasMoved && alive.IsAlive()) static_cast<void>(FireEvent(GetAliveToken(), fOnMoved, this));
 }
 
+void TSplitter::CaptureLost() {
+  fResized = nullptr;
+  TGraphicControl::CaptureLost();
+}
+
 void TSplitter::Notification(TComponent* pComponent, TOperation pOperation) {
   if (pOperation == TOperation::opRemove && pComponent == fResizedKey) {
     fResized = nullptr;
@@ -277,6 +282,22 @@ void TScrollBox::ScrollTo(int pX, int pY) {
   SetScrollPos(GetHandle(), SB_HORZ, static_cast<int>(wanted.x), TRUE);
   SetScrollPos(GetHandle(), SB_VERT, static_cast<int>(wanted.y), TRUE);
   Invalidate();
+}
+
+// The children's places are scaled, and so what they have been moved by.
+void TScrollBox::ChangeScale(int pM, int pD, bool pKeepPlace) {
+  const TAliveWatch alive(GetAliveToken());
+  fUpdating = true;
+  TWinControl::ChangeScale(pM, pD, pKeepPlace);
+  if (!alive.IsAlive()) return;
+  fUpdating = false;
+  fPosition = {MulDivRounded(static_cast<int>(fPosition.x), pM, pD),
+               MulDivRounded(static_cast<int>(fPosition.y), pM, pD)};
+  UpdateScrollBars();
+}
+
+void TScrollBox::CMChildFocused(TMessage& pMessage) {
+  ScrollInView(*reinterpret_cast<const TControl*>(pMessage.LParam));
 }
 
 void TScrollBox::ScrollInView(const TControl& pControl) {

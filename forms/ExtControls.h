@@ -68,6 +68,7 @@ protected:
   void MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) override;
   void MouseMove(TShiftState pShift, int pX, int pY) override;
   void MouseUp(TMouseButton pButton, TShiftState pShift, int pX, int pY) override;
+  void CaptureLost() override;
   void Notification(TComponent* pComponent, TOperation pOperation) override;
   void Paint() override;
 
@@ -104,6 +105,8 @@ protected:
   void WndProc(TMessage& pMessage) override;
   void AlignControls(TControl* pControl) override;
   bool DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen) override;
+  void ChangeScale(int pM, int pD, bool pKeepPlace) override;
+  void CMChildFocused(TMessage& pMessage) override;
 
 private:
   SIZE ContentSize() const;

@@ -97,10 +97,24 @@ void TForm::CreateParams(TCreateParams& pParams) {
     break;
   }
   if (fPosition == TFormPosition::poDefault) pParams.x = pParams.y = CW_USEDEFAULT;
-  pParams.wndParent = fPopupParent ? fPopupParent : Application().GetHandle();
-  if (!IsWindow(pParams.wndParent)) pParams.wndParent = nullptr;
+  pParams.wndParent = WindowBehind();
   // The frame is the platform's, and says the language's direction itself.
   if (UseRightToLeftAlignment()) pParams.exStyle &= ~static_cast<DWORD>(WS_EX_RIGHT);
+}
+
+HWND TForm::WindowBehind() const {
+  for (const HWND window : {fPopupParent, fModalOwner, static_cast<HWND>(Application().GetHandle())}) {
+    if (IsWindow(window) && window != AllocatedHandle()) return window;
+  }
+  return nullptr;
+}
+
+void TForm::StandInFrontOfActive() {
+  fModalOwner = GetActiveWindow();
+  // A window from an earlier time has another owner.
+  if (HandleAllocated()) {
+    SetWindowLongPtrW(GetHandle(), GWLP_HWNDPARENT, reinterpret_cast<LONG_PTR>(WindowBehind()));
+  }
 }
 
 void TForm::SetBorderStyle(TFormBorderStyle pStyle) {
@@ -310,7 +324,7 @@ int TForm::ShowModal() {
   CancelCapture();
   const TAliveWatch alive(GetAliveToken());
   fModalResult = mrNone;
-  if (!fPopupParent && !HandleAllocated()) fPopupParent = GetActiveWindow();
+  StandInFrontOfActive();
   HandleNeeded();
   const TScreen::ScopedModal scope;
   ScopedModalWindows others(GetHandle());

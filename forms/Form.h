@@ -55,7 +55,8 @@ public:
   void SetBorderStyle(TFormBorderStyle pStyle);
   TFormPosition GetPosition() const noexcept { return fPosition; }
   void SetPosition(TFormPosition pPosition) noexcept { fPosition = pPosition; }
-  /// The window that this one stays in front of; the application's if none is set.
+  /// The window that this one stays in front of. If none is set: for a modal form the one that is active when it comes
+  /// up, else the application's.
   void SetPopupParent(HWND pWindow);
   HWND GetPopupParent() const noexcept { return fPopupParent; }
 
@@ -111,6 +112,8 @@ private:
   void HandleActivate(TMessage& pMessage);
   void HandleDpiChanged(TMessage& pMessage);
   void HandleMinMaxInfo(TMessage& pMessage);
+  HWND WindowBehind() const;
+  void StandInFrontOfActive();
   void PlaceForShow();
   void FocusInside();
   void RunModalLoop();
@@ -119,6 +122,7 @@ private:
   TFormBorderStyle fBorderStyle = TFormBorderStyle::fbSizeable;
   TFormPosition fPosition = TFormPosition::poDesigned;
   HWND fPopupParent = nullptr;
+  HWND fModalOwner = nullptr;
   TWinControl* fActiveControl = nullptr;
   const TComponent* fActiveKey = nullptr;
   bool fModal = false;

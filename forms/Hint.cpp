@@ -6,6 +6,7 @@
 #include <platform/Lifecycle.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
 
 namespace kiv {
@@ -33,6 +34,7 @@ public:
       // A click or a key means that the user knows what he wants.
       Cancel();
       fQuiet = &control;
+      GetCursorPos(&fPoint);
     }
   }
 
@@ -50,6 +52,7 @@ public:
     fWindow.ReleaseHint();
     fWatch.reset();
     fControl = nullptr;
+    fShown = false;
     if (fOwnHint) Application().SetHint({});
     fOwnHint = false;
   }
@@ -60,38 +63,60 @@ private:
     fTimer.SetOnTimer([this](TPersistent*) { Elapsed(); });
   }
 
-  static TControl* HintControl(TControl* control) {
+  // Whose hint the application shows in its status bar.
+  static std::wstring HintOf(const TControl* control) {
     while (control && control->GetHint().empty()) control = control->GetParent();
-    return control;
+    return control ? control->GetHint() : std::wstring();
   }
 
   void Move(TControl& under) {
-    TControl* const control = HintControl(&under);
-    const bool isAlive = fWatch && fWatch->IsAlive();
-    if (control == fControl && isAlive) {
-      POINT point;
-      GetCursorPos(&point);
-      if (fShown && !PtInRect(&fArea, point)) fWindow.ReleaseHint();
+    POINT point;
+    GetCursorPos(&point);
+    if (fControl == &under && fWatch && fWatch->IsAlive()) {
+      MoveInside(point);
       return;
     }
-    if (!control || control == fQuiet) {
+    if (&under == fQuiet && IsNear(point)) {
       if (fControl) Cancel();
       return;
     }
     const bool shownBefore = fShown && IsWindowVisible(fWindow.AllocatedHandle());
     Cancel();
     fQuiet = nullptr;
-    fControl = control;
-    fWatch = std::make_unique<TAliveWatch>(control->GetAliveToken());
-    fOwnHint = true;
-    Application().SetHint(GetLongHint(control->GetHint()));
-    fShown = false;
-    // From one to the next it goes quicker.
-    const int pause = static_cast<int>(GetDoubleClickTime());
-    Wait(shownBefore ? pause / 5 : pause);
+    fControl = &under;
+    fWatch = std::make_unique<TAliveWatch>(under.GetAliveToken());
+    fPoint = point;
+    const std::wstring hint = HintOf(&under);
+    fOwnHint = !hint.empty();
+    if (fOwnHint) Application().SetHint(GetLongHint(hint));
+    Wait(shownBefore);
   }
 
-  void Wait(int milliseconds) {
+  // Of where the click was: a control may be large.
+  bool IsNear(POINT point) const {
+    const int reach = GetSystemMetrics(SM_CYSMICON);
+    return std::abs(point.x - fPoint.x) <= reach && std::abs(point.y - fPoint.y) <= reach;
+  }
+
+  // A control may have several hints, each for an area of its own (CM_HINTSHOW).
+  void MoveInside(POINT point) {
+    if (point.x == fPoint.x && point.y == fPoint.y) return;
+    fPoint = point;
+    if (fShown && PtInRect(&fArea, point)) return;
+    const bool shownBefore = fShown && IsWindowVisible(fWindow.AllocatedHandle());
+    fWindow.ReleaseHint();
+    fShown = false;
+    Wait(shownBefore);
+  }
+
+  // From one to the next it goes quicker.
+  void Wait(bool shownBefore) {
+    const int pause = static_cast<int>(GetDoubleClickTime());
+    StartTimer(shownBefore ? pause / 5 : pause);
+  }
+
+  void StartTimer(int milliseconds) {
+    fTimer.SetEnabled(false);
     fTimer.SetInterval(milliseconds);
     fTimer.SetEnabled(true);
   }
@@ -102,11 +127,19 @@ private:
       fWindow.ReleaseHint();
       return;
     }
-    Show(*fControl);
+    const TAliveWatch alive = *fWatch;
+    // Who has nothing to say leaves it to its parent.
+    for (TControl* control = fControl; control; control = control->GetParent()) {
+      const TAliveWatch shower(control->GetAliveToken());
+      const TAnswer answer = Show(*control);
+      if (answer != TAnswer::Nothing || !alive.IsAlive() || !shower.IsAlive()) return;
+    }
   }
 
-  void Show(TControl& control) {
-    if (!control.GetShowHint() || !control.IsShowing()) return;
+  enum class TAnswer { Nothing, Shown, Refused };
+
+  TAnswer Show(TControl& control) {
+    if (!control.GetShowHint() || !control.IsShowing()) return TAnswer::Nothing;
     POINT point;
     GetCursorPos(&point);
     THintInfo info;
@@ -114,20 +147,23 @@ private:
     info.text = GetShortHint(control.GetHint());
     // Below the pointer.
     info.position = {point.x, point.y + GetSystemMetrics(SM_CYCURSOR) * 2 / 3};
-    const POINT corner = control.ClientToScreen({0, 0});
-    const RECT client = control.GetClientRect();
-    info.area = {corner.x, corner.y, corner.x + client.right, corner.y + client.bottom};
-    const TAliveWatch alive = *fWatch;
+    info.area = control.GetClientRect();
+    const TAliveWatch alive(control.GetAliveToken());
+    const TControl* const asked = fControl;
     const bool refused = control.Perform(CM_HINTSHOW, 0, reinterpret_cast<LPARAM>(&info)) != 0;
-    if (refused || !alive.IsAlive() || fControl != &control || info.text.empty()) return;
+    if (refused || !alive.IsAlive() || fControl != asked) return TAnswer::Refused;
+    if (info.text.empty()) return TAnswer::Nothing;
     fWindow.ScaleForPPI(control.GetCurrentPPI());
     RECT rect = fWindow.CalcHintRect(info.maxWidth, info.text);
     OffsetRect(&rect, info.position.x, info.position.y);
+    const POINT corner = control.ClientToScreen({0, 0});
     fArea = info.area;
+    OffsetRect(&fArea, corner.x, corner.y);
     fShown = true;
     fWindow.SetBiDiMode(control.GetBiDiMode());
     fWindow.ActivateHint(rect, info.text);
-    Wait(static_cast<int>(GetDoubleClickTime()) * 10);
+    StartTimer(static_cast<int>(GetDoubleClickTime()) * 10);
+    return TAnswer::Shown;
   }
 
   static inline std::unique_ptr<THintController> fInstance;
@@ -135,9 +171,10 @@ private:
   TTimer fTimer;
   THintWindow fWindow;
   TControl* fControl = nullptr;
-  const TControl* fQuiet = nullptr; // was clicked: no hint until the pointer has been elsewhere
+  const TControl* fQuiet = nullptr; // was clicked: no hint until the pointer is elsewhere
   std::unique_ptr<TAliveWatch> fWatch;
-  RECT fArea{};
+  RECT fArea{}; // on the screen
+  POINT fPoint{-1, -1};
   bool fShown = false;
   bool fOwnHint = false;
 };

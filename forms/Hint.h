@@ -32,8 +32,9 @@ KIV_EXPORT std::wstring GetShortHint(const std::wstring& pHint);
 KIV_EXPORT std::wstring GetLongHint(const std::wstring& pHint);
 
 /// A control tells of a mouse message of its own: moves, buttons, and that the pointer left. Controls that host foreign
-/// windows call it for these. Shows the hint of the control, or of the nearest parent that has one, once the pointer
-/// has rested for the time of a double click, and takes it away again.
+/// windows call it for these. Once the pointer has rested for the time of a double click, the control is asked for its
+/// hint (CM_HINTSHOW, with GetHint as the text) if it shows hints, then its parents until one has a text. The hint goes
+/// when the pointer leaves the area that it is for.
 KIV_EXPORT void HintMouseMessage(TControl& pControl, const TMessage& pMessage);
 /// Takes the hint away and forgets what was about to be shown.
 KIV_EXPORT void CancelHint() noexcept;

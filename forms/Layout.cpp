@@ -25,21 +25,24 @@ int Distance(const TLayoutItem& item) noexcept {
 
 void PlaceBox(TLayoutBox& area, TLayoutItem& item) noexcept {
   const bool isAcross = item.align == TAlign::alTop || item.align == TAlign::alBottom;
-  int width = isAcross || item.align == TAlign::alClient ? area.width : item.box.width;
-  int height = isAcross ? item.box.height : area.height;
+  const TMargins& free = item.margins;
+  const int freeAcross = free.left + free.right;
+  const int freeDown = free.top + free.bottom;
+  int width = isAcross || item.align == TAlign::alClient ? area.width - freeAcross : item.box.width;
+  int height = isAcross ? item.box.height : area.height - freeDown;
   item.constraints.Apply(width, height);
-  TLayoutBox box{area.left, area.top, width, height};
-  if (item.align == TAlign::alRight) box.left = area.Right() - width;
-  if (item.align == TAlign::alBottom) box.top = area.Bottom() - height;
+  TLayoutBox box{area.left + free.left, area.top + free.top, width, height};
+  if (item.align == TAlign::alRight) box.left = area.Right() - free.right - width;
+  if (item.align == TAlign::alBottom) box.top = area.Bottom() - free.bottom - height;
   item.box = box;
   if (item.align == TAlign::alClient) return;
   // What is wider than the area still leaves an area, of nothing.
   if (isAcross) {
-    height = std::min(height, area.height);
+    height = std::min(height + freeDown, area.height);
     if (item.align == TAlign::alTop) area.top += height;
     area.height -= height;
   } else {
-    width = std::min(width, area.width);
+    width = std::min(width + freeAcross, area.width);
     if (item.align == TAlign::alLeft) area.left += width;
     area.width -= width;
   }

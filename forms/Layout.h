@@ -45,11 +45,21 @@ struct TSizeConstraints {
   KIV_EXPORT void Apply(int& pWidth, int& pHeight) const noexcept;
 };
 
+/// Room on the four sides of something, in pixels.
+struct TMargins {
+  int left = 0;
+  int top = 0;
+  int right = 0;
+  int bottom = 0;
+  friend bool operator==(const TMargins&, const TMargins&) = default;
+};
+
 /// One control for AlignBoxes.
 struct TLayoutItem {
   TAlign align = TAlign::alNone;
   TLayoutBox box;
   TSizeConstraints constraints;
+  TMargins margins; ///< stay free around it
 };
 
 /// Lays out what is aligned: first all at the top, then those at the bottom, left, right, and last those that take what

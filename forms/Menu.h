@@ -28,6 +28,12 @@ enum class TMenuBreak {
   mbBarBreak ///< the same, behind a line
 };
 
+/// What TMenu::FindItem is given.
+enum class TFindItemKind {
+  fkCommand, ///< TMenuItem::GetCommand
+  fkHandle   ///< the platform's handle of the menu that an item opens
+};
+
 /// One entry of a menu, with the entries below it if it opens another menu. Its caption "-" makes it a line.
 ///
 /// An item without an owner belongs to the item that it is added to. Changes show when the menu opens the next time.
@@ -64,7 +70,7 @@ public:
   void SetBreak(TMenuBreak pBreak) noexcept { fBreak = pBreak; }
   TShortCut GetShortCut() const noexcept { return fShortCut; }
   void SetShortCut(TShortCut pShortCut) noexcept { fShortCut = pShortCut; }
-  /// In the images of the menu, or of the parent item's SubMenuImages; -1 for none.
+  /// In the images of the menu, or of the parent item's SubMenuImages; -1 for none. A check mark takes its place.
   int GetImageIndex() const noexcept { return fImageIndex; }
   void SetImageIndex(int pIndex) noexcept { fImageIndex = pIndex; }
   /// A picture of its own.
@@ -164,8 +170,9 @@ public:
   bool IsRightToLeft() const noexcept { return fRightToLeft; }
   void SetRightToLeft(bool pRightToLeft) noexcept { fRightToLeft = pRightToLeft; }
 
-  /// By the platform's number; null if it is none of this menu's.
-  TMenuItem* FindCommand(WORD pCommand) const;
+  /// By what the platform's messages name an item with; null if it is none of this menu's.
+  TMenuItem* FindItem(std::uintptr_t pValue, TFindItemKind pKind) const;
+  TMenuItem* FindCommand(WORD pCommand) const { return FindItem(pCommand, TFindItemKind::fkCommand); }
   /// An enabled item whose short cut is a key message is clicked; false if there is none.
   bool IsShortCut(const TMessage& pMessage);
   /// A platform menu of the items as they are now, which the caller destroys before this menu.
@@ -179,14 +186,20 @@ protected:
 private:
   void Fill(HMENU pHandle, const TMenuItem& pItem);
   void AppendItem(HMENU pHandle, TMenuItem& pItem, UINT pPosition);
+  void SetPicture(MENUITEMINFOW& pInfo, TMenuItem& pItem);
+  bool IsDrawn(const TMenuItem& pItem) const;
   bool HandleInit(HMENU pHandle);
-  void HandleSelect(WPARAM pWhat);
+  void HandleSelect(const TMessage& pMessage);
+  bool HandleMeasure(TMessage& pMessage);
+  bool HandleDraw(TMessage& pMessage);
+  bool HandleChar(TMessage& pMessage);
 
   TMenuItem fItems;
   TCustomImageList* fImages = nullptr;
   const TComponent* fImagesKey = nullptr;
-  std::map<HMENU, TMenuItem*> fLevels;     // of the platform's menu that was made last
+  std::map<HMENU, WORD> fLevels;           // of the platform's menu that was made last: what opens each
   std::map<WORD, TUniqueBitmap> fPictures; // which it shows
+  HMENU fTopLevel = nullptr;
   int fDpi = USER_DEFAULT_SCREEN_DPI;
   bool fOwnerDraw = false;
   bool fRightToLeft = false;

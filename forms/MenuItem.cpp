@@ -6,26 +6,42 @@
 #include <graphics/StyleServices.h>
 
 #include <algorithm>
+#include <bitset>
 
 namespace kiv {
 
 namespace {
 
 // The platform's numbers have 16 bits; small ones are left to hosts.
-WORD NextCommand() noexcept {
-  static WORD last = 0x0FFF;
-  last = static_cast<WORD>(last < 0xEFFF ? last + 1 : 0x1000);
-  return last;
+constexpr WORD FirstCommand = 0x1000;
+constexpr WORD LastCommand = 0xEFFF;
+
+std::bitset<LastCommand + 1>& UsedCommands() noexcept {
+  static std::bitset<LastCommand + 1> used;
+  return used;
+}
+
+// The one that was given back the longest time ago, more or less.
+WORD TakeCommand() {
+  static WORD last = LastCommand;
+  for (int i = FirstCommand; i <= LastCommand; ++i) {
+    last = static_cast<WORD>(last < LastCommand ? last + 1 : FirstCommand);
+    if (UsedCommands()[last]) continue;
+    UsedCommands()[last] = true;
+    return last;
+  }
+  throw EInvalidOperation(L"There are too many menu items");
 }
 
 } // namespace
 
-TMenuItem::TMenuItem(TComponent* pOwner) : TComponent(pOwner), fCommand(NextCommand()) {}
+TMenuItem::TMenuItem(TComponent* pOwner) : TComponent(pOwner), fCommand(TakeCommand()) {}
 
 TMenuItem::~TMenuItem() {
   BeginDestruction();
   if (fParent) fParent->Remove(this);
   for (TMenuItem* item : fItems) item->fParent = nullptr;
+  UsedCommands()[fCommand] = false;
 }
 
 TMenuItem* TMenuItem::GetItem(int pIndex) const {

@@ -42,6 +42,7 @@ enum : UINT {
   CM_DIALOGCHAR,     ///< WParam: a character pressed with Alt; Result other than 0: it is used up
   CM_WANTSPECIALKEY, ///< WParam: a navigation key; Result other than 0: the control wants it for itself
   CM_CHILDKEY,       ///< WParam: a key for a control below, LParam: that control; Result other than 0: used up
+  CM_CHILDFOCUSED,   ///< LParam: a control below that has got the focus
   CM_THEMECHANGED,   ///< the platform's themes or colours changed
   CM_RECREATEWND,
   CM_INVALIDATE

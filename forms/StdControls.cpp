@@ -34,6 +34,11 @@ void TLabel::SetWordWrap(bool pWordWrap) {
   Invalidate();
 }
 
+void TLabel::SetEllipsisPosition(TEllipsisPosition pPosition) {
+  fEllipsis = pPosition;
+  Invalidate();
+}
+
 void TLabel::SetShowAccelChar(bool pShow) {
   fShowAccelChar = pShow;
   AdjustSize();
@@ -61,8 +66,9 @@ UINT TLabel::TextFlags() const noexcept {
     alignment = alignment == TAlignment::taLeftJustify ? TAlignment::taRightJustify : TAlignment::taLeftJustify;
   }
   static constexpr UINT sides[] = {DT_LEFT, DT_RIGHT, DT_CENTER};
-  return sides[static_cast<int>(alignment)] | DT_EXPANDTABS | (fWordWrap ? static_cast<UINT>(DT_WORDBREAK) : 0u) |
-         (fShowAccelChar ? 0u : static_cast<UINT>(DT_NOPREFIX));
+  static constexpr UINT ellipses[] = {0, DT_PATH_ELLIPSIS, DT_END_ELLIPSIS, DT_WORD_ELLIPSIS};
+  return sides[static_cast<int>(alignment)] | ellipses[static_cast<int>(fEllipsis)] | DT_EXPANDTABS |
+         (fWordWrap ? static_cast<UINT>(DT_WORDBREAK) : 0u) | (fShowAccelChar ? 0u : static_cast<UINT>(DT_NOPREFIX));
 }
 
 void TLabel::AdjustSize() {
@@ -114,7 +120,8 @@ void TLabel::Paint() {
   if (!IsParentColor()) canvas.FillRect(rect, StyleServices().GetSystemColor(GetColor()));
   canvas.GetBrush().SetStyle(TBrushStyle::bsClear);
   canvas.GetFont().SetColor(StyleServices().GetSystemColor(IsEnabled() ? GetFont().GetColor() : clGrayText));
-  canvas.TextRect(rect, StoredText(), TextFlags());
+  const bool hides = fShowAccelChar && GetParent() && !GetParent()->ShowsAccelChars();
+  canvas.TextRect(rect, StoredText(), TextFlags() | (hides ? static_cast<UINT>(DT_HIDEPREFIX) : 0u));
 }
 
 // --- TButton --------------------------------------------------------------------------------------------------------

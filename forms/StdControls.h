@@ -4,6 +4,9 @@
 
 namespace kiv {
 
+/// Where a text that doesn't fit is shortened.
+enum class TEllipsisPosition { epNone, epPathEllipsis, epEndEllipsis, epWordEllipsis };
+
 /// A text without a window. A letter that it marks with "&" gives the focus to FocusControl.
 class KIV_EXPORT TLabel : public TGraphicControl {
 public:
@@ -18,6 +21,9 @@ public:
   void SetAutoSize(bool pAutoSize);
   bool IsWordWrap() const noexcept { return fWordWrap; }
   void SetWordWrap(bool pWordWrap);
+  /// For a label whose size doesn't follow its text.
+  TEllipsisPosition GetEllipsisPosition() const noexcept { return fEllipsis; }
+  void SetEllipsisPosition(TEllipsisPosition pPosition);
   /// "&" marks a letter. True at first.
   bool GetShowAccelChar() const noexcept { return fShowAccelChar; }
   void SetShowAccelChar(bool pShow);
@@ -39,6 +45,7 @@ private:
 
   TAlignment fAlignment = TAlignment::taLeftJustify;
   bool fAutoSize = true;
+  TEllipsisPosition fEllipsis = TEllipsisPosition::epNone;
   bool fWordWrap = false;
   bool fShowAccelChar = true;
   TWinControl* fFocusControl = nullptr;

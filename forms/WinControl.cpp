@@ -270,7 +270,10 @@ void TWinControl::ApplyAccessibleName() {
 // --- state of the window --------------------------------------------------------------------------------------------
 
 void TWinControl::CMEnabledChanged(TMessage&) {
-  if (fHandle) EnableWindow(fHandle, IsEnabled() || IsDesigning());
+  const TAliveWatch alive(GetAliveToken());
+  const bool takesInput = IsEnabled() || IsDesigning();
+  if (!takesInput) GiveFocusAway();
+  if (alive.IsAlive() && fHandle) EnableWindow(fHandle, takesInput);
 }
 
 void TWinControl::CMVisibleChanged(TMessage&) {

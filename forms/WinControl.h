@@ -74,6 +74,9 @@ public:
   bool ContainsControl(const TControl* pControl) const noexcept;
   /// The foremost child at a point of the client area. Null if there is none.
   TControl* ControlAtPos(POINT pPoint, bool pAllowDisabled, bool pAllowWinControls = false) const;
+  /// Room inside the edges that aligned children leave free, in pixels. Scaled with the control.
+  const TMargins& GetPadding() const noexcept { return fPadding; }
+  void SetPadding(const TMargins& pPadding);
   /// While the count of disables isn't 0 children stay where they are.
   void DisableAlign() noexcept { ++fAlignLevel; }
   void EnableAlign();
@@ -114,6 +117,10 @@ public:
   /// label in front. They are told of it by "IAccPropServices".
   const std::wstring& GetAccessibleName() const noexcept { return fAccessibleName; }
   void SetAccessibleName(std::wstring pName);
+
+  /// Marked letters are underlined here. The platform hides them, and the marks of the focus, in dialogs that nobody
+  /// has used the keyboard in ("WM_CHANGEUISTATE").
+  bool ShowsAccelChars() const noexcept;
 
   bool IsDoubleBuffered() const noexcept { return fDoubleBuffered; }
   void SetDoubleBuffered(bool pDoubleBuffered);
@@ -181,6 +188,8 @@ protected:
   virtual void WMSetFocus(TMessage& pMessage);
   virtual void WMKillFocus(TMessage& pMessage);
   virtual void WMSetCursor(TMessage& pMessage);
+  void WMCaptureChanged(TMessage& pMessage);
+  void WMContextMenu(TMessage& pMessage);
   virtual void WMNotify(TMessage& pMessage);
   virtual void WMCommand(TMessage& pMessage);
   virtual void WMParentNotify(TMessage& pMessage) { DefaultHandler(pMessage); }
@@ -200,6 +209,7 @@ protected:
   void CMDialogChar(TMessage& pMessage) override;
   virtual void CMWantSpecialKey(TMessage& pMessage) { static_cast<void>(pMessage); }
   virtual void CMChildKey(TMessage& pMessage);
+  virtual void CMChildFocused(TMessage& pMessage) { static_cast<void>(pMessage); }
   virtual void CMEnter(TMessage&) { DoEnter(); }
   virtual void CMExit(TMessage&) { DoExit(); }
   void CMEnabledChanged(TMessage& pMessage) override;
@@ -210,6 +220,11 @@ protected:
   void CMBiDiModeChanged(TMessage& pMessage) override;
   void CMThemeChanged(TMessage& pMessage) override;
 
+  /// What a key message of the window does: OnKeyDown and the others, of a root that previews keys first. True if the
+  /// key is used up or the control has gone. For controls that host a foreign window, with its messages.
+  bool DoKeyDown(TMessage& pMessage);
+  bool DoKeyPress(TMessage& pMessage);
+  bool DoKeyUp(TMessage& pMessage);
   // --- keys; each fires its event. Set the key to 0 to use it up. ---
   virtual void KeyDown(WORD& pKey, TShiftState pShift);
   virtual void KeyPress(wchar_t& pKey);
@@ -269,6 +284,8 @@ private:
   void ApplyFont();
   void UpdateBrush();
   void ForgetFocus() noexcept;
+  void GiveFocusAway();
+  void ShowCues(WORD pWhich);
   void DestroyWindowHandle() noexcept;
   void ReleaseParentWindow() noexcept;
   bool HandleFocusOrKeys(TMessage& pMessage);
@@ -284,12 +301,11 @@ private:
   void Broadcast(TMessage& pMessage);
   void Navigate(TMessage& pMessage);
   void ApplyAccessibleName();
-  bool DoKeyDown(TMessage& pMessage);
-  bool DoKeyPress(TMessage& pMessage);
-  bool DoKeyUp(TMessage& pMessage);
   void HandleWheel(TMessage& pMessage);
   void HandleMouseLeave(TMessage& pMessage);
   void HandleLookChange(TMessage& pMessage);
+  void HandleCues(TMessage& pMessage);
+  static void ApplyScreenCursor();
   void PaintAll(HDC pDC);
   bool PreviewKey(const std::function<void(TWinControl&)>& pShow);
   static void MoveFocus(TWinControl* pTo);
@@ -304,6 +320,7 @@ private:
   std::vector<TControl*> fControls;
   std::vector<TWinControl*> fTabList;
   TControl* fMouseControl = nullptr; // child without a window that the pointer is on
+  TMargins fPadding;
   int fAlignLevel = 0;
   bool fAlignNeeded = false;
   bool fShowing = false;

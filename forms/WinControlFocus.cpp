@@ -1,5 +1,6 @@
 #include <forms/WinControl.h>
 
+#include <forms/Hint.h>
 #include <forms/WindowLink.h>
 #include <framework/Application.h>
 #include <framework/Exceptions.h>
@@ -89,10 +90,28 @@ TWinControl::ScopedFocusKept::~ScopedFocusKept() {
   }
 }
 
+// Before it is disabled or hidden: otherwise nobody has the keyboard, and the Tab key leads nowhere.
+void TWinControl::GiveFocusAway() {
+  const HWND focused = fHandle ? ::GetFocus() : nullptr;
+  const bool isHere = focused && (focused == fHandle || IsChild(fHandle, focused));
+  if (!isHere || (GetWindowLongW(fHandle, GWL_STYLE) & WS_CHILD) == 0) return;
+  const HWND above = GetAncestor(fHandle, GA_PARENT);
+  if (!Root().SelectNext(this, true, true, true)) ::SetFocus(above);
+}
+
 void TWinControl::WMSetFocus(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   DefaultHandler(pMessage);
-  if (alive.IsAlive()) MoveFocus(this);
+  if (!alive.IsAlive()) return;
+  const bool isNew = gFocused != this;
+  MoveFocus(this);
+  if (!isNew || !alive.IsAlive() || !Focused()) return;
+  for (TWinControl* above = GetParent(); above;) {
+    const TAliveWatch aboveAlive(above->GetAliveToken());
+    above->Perform(CM_CHILDFOCUSED, 0, reinterpret_cast<LPARAM>(static_cast<TControl*>(this)));
+    if (!alive.IsAlive() || !aboveAlive.IsAlive()) return;
+    above = above->GetParent();
+  }
 }
 
 void TWinControl::WMKillFocus(TMessage& pMessage) {
@@ -171,6 +190,7 @@ bool TWinControl::HandleFocusOrKeys(TMessage& pMessage) {
 // True if the key is used up, or the control has gone.
 bool TWinControl::DoKeyDown(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
+  CancelHint();
   auto key = static_cast<WORD>(pMessage.WParam);
   if (PreviewKey([&](TWinControl& root) { root.KeyDown(key, KeyboardShiftState()); })) return true;
   if (key != 0) KeyDown(key, KeyboardShiftState());

@@ -67,6 +67,7 @@ void TWinControl::CreateWnd() {
 void TWinControl::CreateWindowHandle(const TCreateParams& pParams) {
   Application(); // the first to ask makes its thread the main thread
   if (!MainThread::IsCurrent()) throw EInvalidOperation(L"Windows of controls are made by the main thread only");
+  TScreen::SetCursorHook(&TWinControl::ApplyScreenCursor);
   const TAliveWatch alive(GetAliveToken());
   if (!TWindowLink::Create(*this, pParams)) throw EOSError(GetLastError(), L"The window of a control can't be made");
   if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
@@ -228,6 +229,9 @@ void TWinControl::UpdateShowing() {
 }
 
 void TWinControl::CMShowingChanged(TMessage&) {
+  const TAliveWatch alive(GetAliveToken());
+  if (!fShowing) GiveFocusAway();
+  if (!alive.IsAlive() || !fHandle) return;
   SetWindowPos(fHandle, nullptr, 0, 0, 0, 0,
                SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | (fShowing ? SWP_SHOWWINDOW : SWP_HIDEWINDOW));
 }

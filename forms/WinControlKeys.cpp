@@ -61,11 +61,14 @@ void TWinControl::CNKey(TMessage& pMessage) {
   if (IsDesigning()) {
     pMessage.Result = 0;
   } else if (isDown) {
-    if (IsShortCutUsed(pMessage) || !alive.IsAlive()) return;
+    if (pMessage.WParam == VK_MENU) ShowCues(UISF_HIDEACCEL | UISF_HIDEFOCUS);
+    if (!alive.IsAlive() || IsShortCutUsed(pMessage) || !alive.IsAlive()) return;
     if (Perform(CM_CHILDKEY, pMessage.WParam, reinterpret_cast<LPARAM>(this)) != 0 || !alive.IsAlive()) return;
     const LRESULT wish = WishFor(pMessage.WParam);
-    const bool isFree = wish != 0 && Perform(CM_WANTSPECIALKEY, pMessage.WParam) == 0 &&
-                        (Perform(WM_GETDLGCODE, pMessage.WParam) & (wish | DLGC_WANTALLKEYS)) == 0;
+    bool isFree = wish != 0 && Perform(CM_WANTSPECIALKEY, pMessage.WParam) == 0;
+    if (!alive.IsAlive()) return;
+    isFree = isFree && (Perform(WM_GETDLGCODE, pMessage.WParam) & (wish | DLGC_WANTALLKEYS)) == 0;
+    if (!alive.IsAlive()) return;
     if (isFree && Root().Perform(CM_DIALOGKEY, pMessage.WParam, pMessage.LParam) != 0) return;
     pMessage.Result = 0;
   } else if (pMessage.Msg == CN_SYSCHAR) {
@@ -77,6 +80,15 @@ void TWinControl::CNKey(TMessage& pMessage) {
   } else {
     pMessage.Result = 0;
   }
+}
+
+bool TWinControl::ShowsAccelChars() const noexcept {
+  return !fHandle || (SendMessageW(fHandle, WM_QUERYUISTATE, 0, 0) & UISF_HIDEACCEL) == 0;
+}
+
+// The user has come to the keyboard.
+void TWinControl::ShowCues(WORD pWhich) {
+  if (fHandle) SendMessageW(fHandle, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, pWhich), 0);
 }
 
 void TWinControl::CMChildKey(TMessage& pMessage) {
@@ -110,6 +122,7 @@ void TWinControl::Navigate(TMessage& pMessage) {
   if (!focused || !ContainsControl(focused) || KeyboardShiftState().Contains(TShiftStateFlag::ssAlt)) return;
   const bool isShift = KeyboardShiftState().Contains(TShiftStateFlag::ssShift);
   const WPARAM key = pMessage.WParam;
+  const TAliveWatch alive(GetAliveToken());
   if (key == VK_TAB) {
     if (KeyboardShiftState().Contains(TShiftStateFlag::ssCtrl)) return;
     pMessage.Result = SelectNext(focused, !isShift, true, WrapsTabOrder());
@@ -119,6 +132,7 @@ void TWinControl::Navigate(TMessage& pMessage) {
     TWinControl* const group = focused->GetParent();
     if (group) pMessage.Result = group->SelectNext(focused, isForward, false, true);
   }
+  if (pMessage.Result != 0 && alive.IsAlive()) ShowCues(UISF_HIDEFOCUS);
 }
 
 void TWinControl::GetTabOrderList(std::vector<TWinControl*>& pList) const {

@@ -2,6 +2,7 @@
 
 #include <forms/WindowLink.h>
 #include <framework/Exceptions.h>
+#include <framework/ScaledPixels.h>
 
 #include <algorithm>
 
@@ -72,6 +73,12 @@ void TWinControl::WMSize(TMessage& pMessage) {
   if (alive.IsAlive() && pMessage.WParam != SIZE_MINIMIZED) Realign();
 }
 
+void TWinControl::SetPadding(const TMargins& pPadding) {
+  if (fPadding == pPadding) return;
+  fPadding = pPadding;
+  Realign();
+}
+
 void TWinControl::EnableAlign() {
   if (fAlignLevel > 0) --fAlignLevel;
   if (fAlignLevel == 0 && fAlignNeeded) Realign();
@@ -92,13 +99,16 @@ void TWinControl::AlignControls(TControl*) {
   const int parentWidth = client.right;
   const int parentHeight = client.bottom;
   AdjustClientRect(client);
+  client = {client.left + fPadding.left, client.top + fPadding.top, client.right - fPadding.right,
+            client.bottom - fPadding.bottom};
   std::vector<TControl*> controls;
   std::vector<TLayoutItem> items;
   for (TControl* control : fControls) {
     if (!control->IsVisible() && !control->IsDesigning()) continue;
     const TLayoutBox box{control->GetLeft(), control->GetTop(), control->GetWidth(), control->GetHeight()};
     controls.push_back(control);
-    items.push_back({control->GetAlign(), box, control->GetConstraints()});
+    const TMargins margins = control->IsAlignWithMargins() ? control->GetMargins() : TMargins{};
+    items.push_back({control->GetAlign(), box, control->GetConstraints(), margins});
   }
   TLayoutBox area = BoxOf(client);
   area.width = std::max(0, area.width);
@@ -159,6 +169,8 @@ void TWinControl::ChangeScale(int pM, int pD, bool pKeepPlace) {
     control->ScaleForPPI(GetCurrentPPI());
     if (!alive.IsAlive()) return;
   }
+  const auto scale = [&](int value) { return MulDivRounded(value, pM, pD); };
+  fPadding = {scale(fPadding.left), scale(fPadding.top), scale(fPadding.right), scale(fPadding.bottom)};
   TControl::ChangeScale(pM, pD, pKeepPlace);
   if (alive.IsAlive()) EnableAlign();
 }

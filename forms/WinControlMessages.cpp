@@ -66,6 +66,9 @@ bool TWinControl::HandleOwnMessage(TMessage& pMessage) {
   case CM_CHILDKEY:
     CMChildKey(pMessage);
     return true;
+  case CM_CHILDFOCUSED:
+    CMChildFocused(pMessage);
+    return true;
   case CM_TABSTOPCHANGED:
     return true;
   default:
@@ -158,6 +161,15 @@ bool TWinControl::HandleWindowMessage(TMessage& pMessage) {
   case WM_MOUSEWHEEL:
     HandleWheel(pMessage);
     return true;
+  case WM_UPDATEUISTATE:
+    HandleCues(pMessage);
+    return true;
+  case WM_CAPTURECHANGED:
+    WMCaptureChanged(pMessage);
+    return true;
+  case WM_CONTEXTMENU:
+    WMContextMenu(pMessage);
+    return true;
   default:
     break;
   }
@@ -174,7 +186,22 @@ void TWinControl::WMCommand(TMessage& pMessage) {
 }
 
 void TWinControl::WMPrintClient(TMessage& pMessage) {
+  const auto dc = reinterpret_cast<HDC>(pMessage.WParam);
+  if (HasState(TControlStateFlag::csCustomPaint)) {
+    PaintAll(dc);
+    return;
+  }
+  const TAliveWatch alive(GetAliveToken());
   DefaultHandler(pMessage);
+  if (alive.IsAlive()) PaintControls(dc);
+}
+
+// Letters are underlined and the focus is marked from now on.
+void TWinControl::HandleCues(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  DefaultHandler(pMessage);
+  if (!alive.IsAlive()) return;
+  if (HasState(TControlStateFlag::csCustomPaint) || HasGraphicControls()) Invalidate();
 }
 
 void TWinControl::WMGetObject(TMessage& pMessage) {
@@ -254,6 +281,15 @@ void TWinControl::HandleWheel(TMessage& pMessage) {
   const TShiftState shift = KeysToShiftState(GET_KEYSTATE_WPARAM(pMessage.WParam));
   const bool isUsed = DoMouseWheel(shift, GET_WHEEL_DELTA_WPARAM(pMessage.WParam), screen);
   if (!isUsed && alive.IsAlive()) DefaultHandler(pMessage);
+}
+
+// The window under the pointer asks again, as after a move.
+void TWinControl::ApplyScreenCursor() {
+  POINT point;
+  const HWND window = GetCursorPos(&point) ? WindowFromPoint(point) : nullptr;
+  if (!NearestControl(window)) return;
+  const LRESULT hit = SendMessageW(window, WM_NCHITTEST, 0, MAKELPARAM(point.x, point.y));
+  SendMessageW(window, WM_SETCURSOR, reinterpret_cast<WPARAM>(window), MAKELPARAM(hit, WM_MOUSEMOVE));
 }
 
 void TWinControl::WMSetCursor(TMessage& pMessage) {

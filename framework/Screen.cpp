@@ -9,6 +9,22 @@ namespace kiv {
 TScreen::TScreen() = default;
 TScreen::~TScreen() = default;
 
+namespace {
+
+void (*gCursorHook)() = nullptr;
+
+} // namespace
+
+void TScreen::SetCursorHook(void (*pHook)()) noexcept {
+  gCursorHook = pHook;
+}
+
+void TScreen::SetCursor(TCursor pCursor) {
+  if (fCursor == pCursor) return;
+  fCursor = pCursor;
+  if (gCursorHook) gCursorHook();
+}
+
 TScreen& Screen() {
   return Application().GetScreen();
 }
@@ -22,10 +38,12 @@ TScreen::ScopedModal::~ScopedModal() {
 }
 
 TScreen::ScopedCursor::ScopedCursor(TCursor pCursor)
-    : fScreen(Screen()), fWatch(fScreen.fAlive), fOuter(std::exchange(fScreen.fCursor, pCursor)) {}
+    : fScreen(Screen()), fWatch(fScreen.fAlive), fOuter(fScreen.fCursor) {
+  fScreen.SetCursor(pCursor);
+}
 
 TScreen::ScopedCursor::~ScopedCursor() {
-  if (fWatch.IsAlive()) fScreen.fCursor = fOuter;
+  if (fWatch.IsAlive()) fScreen.SetCursor(fOuter);
 }
 
 } // namespace kiv

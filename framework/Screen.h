@@ -23,7 +23,9 @@ public:
 
   /// The pointer over all windows, unless it is crDefault.
   TCursor GetCursor() const noexcept { return fCursor; }
-  void SetCursor(TCursor pCursor) noexcept { fCursor = pCursor; }
+  void SetCursor(TCursor pCursor);
+  /// What brings a changed pointer to the screen at once, without a move of the mouse. Windows set it.
+  static void SetCursorHook(void (*pHook)()) noexcept;
 
   /// How many modal loops the library has entered and not left. Work that must not run behind a dialog's back asks it.
   int GetModalLevel() const noexcept { return fModalLevel; }

@@ -45,6 +45,8 @@ public:
 
   /// A font of the user's choice in the size for `pDpi` dots per inch ("NONCLIENTMETRICS").
   static TFont System(TSystemFont pWhich, int pDpi);
+  /// True if the system has fonts of a name. Case doesn't count.
+  static bool IsInstalled(const std::wstring& pName);
 
   std::wstring ClassName() const override { return L"TFont"; }
   void Assign(const TPersistent* pSource) override;

@@ -49,4 +49,22 @@ TFont TFont::System(TSystemFont pWhich, int pDpi) {
   return made;
 }
 
+bool TFont::IsInstalled(const std::wstring& pName) {
+  if (pName.empty() || pName.size() >= LF_FACESIZE) return false;
+  LOGFONTW wanted{};
+  wanted.lfCharSet = DEFAULT_CHARSET;
+  pName.copy(wanted.lfFaceName, LF_FACESIZE - 1);
+  const HDC screen = GetDC(nullptr);
+  bool found = false;
+  EnumFontFamiliesExW(
+      screen, &wanted,
+      [](const LOGFONTW*, const TEXTMETRICW*, DWORD, LPARAM result) -> int {
+        *reinterpret_cast<bool*>(result) = true;
+        return 0;
+      },
+      reinterpret_cast<LPARAM>(&found), 0);
+  ReleaseDC(nullptr, screen);
+  return found;
+}
+
 } // namespace kiv
