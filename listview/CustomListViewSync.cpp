@@ -34,7 +34,7 @@ LRESULT TCustomListView::Send(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
 
 LRESULT TCustomListView::Query(UINT pMessage, WPARAM pWParam, LPARAM pLParam) const {
   const TWriteScope scope(const_cast<TCustomListView&>(*this));
-  return SendMessageW(AllocatedHandle(), pMessage, pWParam, pLParam);
+  return CallWindowClass(pMessage, pWParam, pLParam);
 }
 
 // --- what is noted ---------------------------------------------------------------------------------------------------
@@ -236,8 +236,7 @@ void TCustomListView::EndWriting() {
 }
 
 void TCustomListView::PutCount(int pCount) {
-  SendMessageW(AllocatedHandle(), LVM_SETITEMCOUNT, static_cast<WPARAM>(pCount),
-               LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+  Query(LVM_SETITEMCOUNT, static_cast<WPARAM>(pCount), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void TCustomListView::PutItemState(int pIndex, UINT pState, UINT pMask) {
@@ -250,7 +249,7 @@ void TCustomListView::PutItemState(int pIndex, UINT pState, UINT pMask) {
   LVITEMW item{};
   item.state = pState;
   item.stateMask = pMask;
-  SendMessageW(AllocatedHandle(), LVM_SETITEMSTATE, static_cast<WPARAM>(pIndex), reinterpret_cast<LPARAM>(&item));
+  Query(LVM_SETITEMSTATE, static_cast<WPARAM>(pIndex), reinterpret_cast<LPARAM>(&item));
 }
 
 void TCustomListView::PutSelected(int pIndex, bool pSelected) {
@@ -270,7 +269,7 @@ void TCustomListView::PutFocused(int pFormer, int pIndex) {
 }
 
 void TCustomListView::PutAnchor(int pIndex) {
-  SendMessageW(AllocatedHandle(), LVM_SETSELECTIONMARK, 0, pIndex);
+  Query(LVM_SETSELECTIONMARK, 0, pIndex);
 }
 
 void TCustomListView::RedrawLooks() {
@@ -281,7 +280,7 @@ void TCustomListView::RedrawLooks() {
   }
   for (const TListItem* item : std::exchange(fLooks, {})) {
     const auto index = static_cast<WPARAM>(item->GetIndex());
-    SendMessageW(AllocatedHandle(), LVM_REDRAWITEMS, index, static_cast<LPARAM>(index));
+    Query(LVM_REDRAWITEMS, index, static_cast<LPARAM>(index));
   }
 }
 
