@@ -69,6 +69,7 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
     fTopRow = RowAt(index + 1 < fItems->GetCount() ? index + 1 : index - 1);
   }
   if (fDropTarget == &pItem) fDropTarget = nullptr;
+  if (fHotBox == &pItem) fHotBox = nullptr;
   std::erase(fLooks, &pItem);
   std::erase(fWanted, &pItem);
 }
@@ -76,6 +77,7 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
 void TCustomListView::AllRowsLeaving() noexcept {
   fTopRow = nullptr;
   fDropTarget = nullptr;
+  fHotBox = nullptr;
   fLooks.clear();
   fWanted.clear();
 }
@@ -104,10 +106,17 @@ void TCustomListView::WndProc(TMessage& pMessage) {
     HandleWakeUp();
     return;
   }
+  const UINT message = pMessage.Msg;
+  const bool isPress = message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN;
+  if (isPress) fHasSeenRelease = false;
+  if (message == WM_LBUTTONUP || message == WM_RBUTTONUP) fHasSeenRelease = true;
+  const TAliveWatch alive(GetAliveToken());
   TWinControl::WndProc(pMessage);
+  if (isPress && alive.IsAlive()) ReleaseSwallowedButton(message);
 }
 
 void TCustomListView::DefaultHandler(TMessage& pMessage) {
+  if (std::exchange(fIsReleaseTaken, false)) return;
   if (fWriting > 0 || !fIsReady) {
     TWinControl::DefaultHandler(pMessage);
     return;
@@ -151,6 +160,7 @@ void TCustomListView::HandleWakeUp() {
   Settle(WM_NULL);
   if (alive.IsAlive()) RunActions();
   if (alive.IsAlive() && fIsReady) FetchDetails();
+  if (alive.IsAlive() && fIsReady) MakeWantedImages();
 }
 
 void TCustomListView::RunActions() {
@@ -200,6 +210,27 @@ void TCustomListView::FetchDetails() {
     if (!alive.IsAlive() || !fIsReady) return;
     CatchUp();
   }
+}
+
+// What lists that make their images one by one lacked when rows were painted.
+void TCustomListView::MakeWantedImages() {
+  if (fWantedImages.empty()) return;
+  const TAliveWatch alive(GetAliveToken());
+  const auto end = std::chrono::steady_clock::now() + FetchTime;
+  while (!fWantedImages.empty() && std::chrono::steady_clock::now() < end) {
+    const auto [kind, image] = fWantedImages.back();
+    fWantedImages.pop_back();
+    TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
+    if (images == nullptr || images->IsReady(image)) continue;
+    try {
+      images->Require(image);
+    } catch (...) {
+      ReportException(std::current_exception());
+    }
+    if (!alive.IsAlive()) return;
+  }
+  fLooksDirty = true;
+  WakeUp();
 }
 
 // --- in step ---------------------------------------------------------------------------------------------------------
