@@ -51,8 +51,7 @@ TExplorer::TExplorer() {
   };
   fLink.SetOnChange([all](TPersistent*, IItemIdList*) { all(&TExplorerForm::UpdateButtons); });
   fLink.GetSelectionList()->SetOnChange([all](TPersistent*) { all(&TExplorerForm::UpdateSelection); });
-  fLink.GetSelectionList()->SetOnCompletedCalculateFiles(
-      [all](TPersistent*) { all(&TExplorerForm::UpdateSelection); });
+  fLink.GetSelectionList()->SetOnCompletedCalculateFiles([all](TPersistent*) { all(&TExplorerForm::UpdateSelection); });
 }
 
 TExplorer::~TExplorer() {
@@ -109,6 +108,7 @@ TExplorerForm::TExplorerForm(TExplorer& pExplorer) : fExplorer(pExplorer) {
   BuildStatus();
   BuildView();
   BuildMenu();
+  LayOutBar();
   SetActiveControl(fView);
   UpdateButtons();
   UpdateSelection();
@@ -207,7 +207,7 @@ void TExplorerForm::LayOutBar() {
   int right = fBar->GetWidth() - gap - new_width;
   Button(TGlyph::NewFolder).SetBounds(right, top, new_width, height);
   right -= gap + filter_width;
-  const int edit_height = ScaledPixels(23);
+  const int edit_height = ScaledPixels(21);
   const int edit_top = (fBar->GetHeight() - edit_height) / 2;
   fFilter->SetBounds(right, edit_top, filter_width, edit_height);
   fPath->SetBounds(left, edit_top, std::max(right - gap - left, ScaledPixels(60)), edit_height);
@@ -271,8 +271,10 @@ void TExplorerForm::BuildMenu() {
 void TExplorerForm::Move(int pSteps) {
   TKivShellLink& link = fExplorer.Link();
   if (!link.IsMovePossible(pSteps)) return;
-  if (pSteps < 0) link.MoveBack(1);
-  else link.MoveForward(1);
+  if (pSteps < 0)
+    link.MoveBack(1);
+  else
+    link.MoveForward(1);
 }
 
 // --- what is shown ---------------------------------------------------------------------------------------------------

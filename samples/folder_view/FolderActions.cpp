@@ -75,9 +75,8 @@ TFailure OpenObject(const ComPtr<IItemIdList>& pObject, const std::wstring& pNam
   info.lpIDList = const_cast<ITEMIDLIST_ABSOLUTE*>(pObject->WindowsPointer());
   info.nShow = SW_SHOWNORMAL;
   const auto execute = ShellApi().ShellExecuteExW;
-  const HRESULT hr = !execute ? E_NOTIMPL : GuardedCall([&] {
-    return execute(&info) ? S_OK : HRESULT_FROM_WIN32(GetLastError());
-  });
+  const HRESULT hr =
+      !execute ? E_NOTIMPL : GuardedCall([&] { return execute(&info) ? S_OK : HRESULT_FROM_WIN32(GetLastError()); });
   return {Quoted(pName) + L" can't be opened.", hr};
 }
 

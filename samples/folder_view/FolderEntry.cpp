@@ -63,7 +63,8 @@ void SortByType(TEntries& entries, bool descending) {
     if (order != 0) return descending ? order > 0 : order < 0;
     return CompareNames(first.name, second.name) < 0;
   });
-  std::transform(typed.begin(), typed.end(), entries.begin(), [](auto& entry) { return std::move(std::get<1>(entry)); });
+  std::transform(typed.begin(), typed.end(), entries.begin(),
+                 [](auto& entry) { return std::move(std::get<1>(entry)); });
 }
 
 } // namespace

@@ -22,14 +22,12 @@ struct TFolderEntry {
   TObjectFlags flags;
   std::int64_t size = TFolderObject::UnknownSize;
   TFileTime changed = 0;
-  int image = -1;    ///< in the system's image lists; known at once for the first page only
-  std::wstring type; ///< as above
+  int image = -1;                    ///< in the system's image lists; known at once for the first page only
+  std::wstring type;                 ///< as above
   mutable TFolderRow* row = nullptr; ///< the main thread's
 
   /// Listed before the files. An archive, though it can be opened like a folder, is a file.
-  bool IsFolder() const noexcept {
-    return flags.Contains(TObjectFlag::Folder) && !flags.Contains(TObjectFlag::Stream);
-  }
+  bool IsFolder() const noexcept { return flags.Contains(TObjectFlag::Folder) && !flags.Contains(TObjectFlag::Stream); }
   bool IsOnDisk() const noexcept { return flags.Contains(TObjectFlag::FileSystem); }
 };
 using TEntry = std::shared_ptr<const TFolderEntry>;

@@ -9,8 +9,8 @@
 
 namespace kiv::sample {
 
-/// A row of the view. Its texts come from its entry, so painting asks nobody; icon, type and state of the check box come
-/// when it is seen, by a work item that goes with the row's token.
+/// A row of the view. Its texts come from its entry, so painting asks nobody; icon, type and state of the check box
+/// come when it is seen, by a work item that goes with the row's token.
 class TFolderRow : public TListItem {
 public:
   TFolderRow(TListItems* pOwner, TEntry pEntry);

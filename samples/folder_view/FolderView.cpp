@@ -57,9 +57,13 @@ void TFolderView::ChangeScale(int pM, int pD, bool pKeepPlace) {
 }
 
 void TFolderView::PutImageLists() {
-  SetSmallImages(TKivSystemImageList::GetInstance(ScaledPixels(16)));
-  if (fBoxes && fBoxes->GetWidth() == ScaledPixels(16)) return;
-  auto boxes = MakeCheckImages(ScaledPixels(16), GetCurrentPPI());
+  // The platform's own list where its size is right: it needs no scaling.
+  const int width = ScaledPixels(16);
+  const bool fits = TKivImageListSizeHelper::GetSize(TKivImageListSize::si_Small) == width;
+  SetSmallImages(fits ? TKivSystemImageList::GetInstance(TKivImageListSize::si_Small)
+                      : TKivSystemImageList::GetInstance(width));
+  if (fBoxes && fBoxes->GetWidth() == width) return;
+  auto boxes = MakeCheckImages(width, GetCurrentPPI());
   SetStateImages(boxes.get());
   fBoxes = std::move(boxes);
 }
@@ -214,8 +218,10 @@ void TFolderView::ToggleSelected() {
   }
   selection->BeginUpdate();
   for (const std::wstring& path : paths) {
-    if (add) selection->AddPathToSelection(path);
-    else selection->RemovePathFromSelection(path);
+    if (add)
+      selection->AddPathToSelection(path);
+    else
+      selection->RemovePathFromSelection(path);
   }
   selection->EndUpdate();
   fLink->Refresh(TRefreshLevel::rfCheckboxes);
@@ -230,13 +236,20 @@ void TFolderView::KeyDown(WORD& pKey, TShiftState pShift) {
   const bool ctrl = pShift.Contains(TShiftStateFlag::ssCtrl);
   const WORD key = pKey;
   pKey = 0;
-  if (key == VK_RETURN && !ctrl) OpenFocused();
-  else if (key == VK_BACK && !ctrl) GoUp();
-  else if (key == VK_F2) RenameFocused();
-  else if (key == VK_F5) Reload();
-  else if (key == VK_DELETE && !ctrl) DeleteSelectedObjects();
-  else if (key == L'A' && ctrl) SelectAll();
-  else if (alive.IsAlive()) pKey = key;
+  if (key == VK_RETURN && !ctrl)
+    OpenFocused();
+  else if (key == VK_BACK && !ctrl)
+    GoUp();
+  else if (key == VK_F2)
+    RenameFocused();
+  else if (key == VK_F5)
+    Reload();
+  else if (key == VK_DELETE && !ctrl)
+    DeleteSelectedObjects();
+  else if (key == L'A' && ctrl)
+    SelectAll();
+  else if (alive.IsAlive())
+    pKey = key;
 }
 
 void TFolderView::KeyUp(WORD& pKey, TShiftState pShift) {

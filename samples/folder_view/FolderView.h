@@ -27,15 +27,16 @@ using TFailureEvent = TEvent<TPersistent*, const std::wstring&>;
 ///   1. Main thread: the old rows go, and the link is told. Nothing is asked of the new folder here.
 ///   2. A worker opens it (OpenFolder). Back comes how it is called, or why it can't be shown.
 ///   3. Main thread: it is watched, so that no change is missed from here on, and
-///   4. a worker lists it (ListFolder): binds it anew in its own apartment, reads, sorts, and delivers about ten times a
+///   4. a worker lists it (ListFolder): binds it anew in its own apartment, reads, sorts, and delivers about ten times
+///   a
 ///      second all that is known so far.
 ///   5. Main thread: entries become rows (ShowRows). A row that is painted asks for its icon, type and check box, by a
 ///      work item of its own.
 /// A folder that never answers holds its worker, and nothing else.
 ///
 /// Changes on the disk come as names. What has become of a name is read by a worker, so that late, doubled and
-/// shuffled reports do no harm; too many names, and reports of more than names, list the folder again, and the result is
-/// merged by identity: rows stay, with selection, focus, place on the screen. Nothing of it happens while a label is
+/// shuffled reports do no harm; too many names, and reports of more than names, list the folder again, and the result
+/// is merged by identity: rows stay, with selection, focus, place on the screen. Nothing of it happens while a label is
 /// edited; it is made up for afterwards.
 ///
 /// Main thread only.
@@ -167,10 +168,10 @@ private:
   TEntries fEntries;             // in order
   unsigned fVersion = 0;         // of fEntries
   bool fListing = false;
-  bool fAgain = false;    // the listing that runs is of the folder that is shown
-  bool fSorting = false;  // a worker does
-  bool fReading = false;  // a worker reads names again
-  std::wstring fMessage;  // in the place of rows
+  bool fAgain = false;   // the listing that runs is of the folder that is shown
+  bool fSorting = false; // a worker does
+  bool fReading = false; // a worker reads names again
+  std::wstring fMessage; // in the place of rows
   TFolderOrder fOrder;
   std::wstring fFilterText;
   TNameFilter fFilter;
@@ -179,7 +180,7 @@ private:
   bool fTold = false; // the link told us, and isn't told back
 
   TTimer fChangeTimer;
-  std::set<std::wstring> fNames; // to be read again
+  std::set<std::wstring> fNames;                 // to be read again
   std::map<std::wstring, std::wstring> fRenamed; // from key to key
   std::map<std::wstring, std::wstring> fMoved;   // those that the worker's answer will tell of
   bool fRelist = false;

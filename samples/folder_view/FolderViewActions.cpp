@@ -42,14 +42,19 @@ void TFolderView::OpenFocused() {
     TFailure failure;
   };
   const auto answer = std::make_shared<TAnswer>();
-  const auto open = [answer, object, name = row->Entry()->name, is_link = row->Entry()->flags.Contains(TObjectFlag::Link)] {
+  const auto open = [answer, object, name = row->Entry()->name,
+                     is_link = row->Entry()->flags.Contains(TObjectFlag::Link)] {
     const ComPtr<IItemIdList> target = is_link ? object->LinkTarget() : nullptr;
-    if (target && target->IsFolder()) answer->folder = target;
-    else answer->failure = OpenObject(object, name);
+    if (target && target->IsFolder())
+      answer->folder = target;
+    else
+      answer->failure = OpenObject(object, name);
   };
   Run(open, [this, answer] {
-    if (answer->folder) GoTo(answer->folder);
-    else Fail(answer->failure.Text());
+    if (answer->folder)
+      GoTo(answer->folder);
+    else
+      Fail(answer->failure.Text());
   });
 }
 

@@ -131,8 +131,10 @@ void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
     } else if (!answer->second) {
       gone.emplace(entry->key, entry);
     } else {
-      if (IsSameFact(*entry, *answer->second)) answer->second = entry;
-      else if (entry->row) entry->row->SetEntry(answer->second);
+      if (IsSameFact(*entry, *answer->second))
+        answer->second = entry;
+      else if (entry->row)
+        entry->row->SetEntry(answer->second);
     }
   }
   for (const auto& [from, to] : fMoved) {
@@ -147,9 +149,9 @@ void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
       entries.push_back(entry);
       continue;
     }
-    const auto place = std::upper_bound(entries.begin(), entries.end(), entry, [this](const TEntry& a, const TEntry& b) {
-      return StandsBefore(*a, *b, fOrder);
-    });
+    const auto place =
+        std::upper_bound(entries.begin(), entries.end(), entry,
+                         [this](const TEntry& a, const TEntry& b) { return StandsBefore(*a, *b, fOrder); });
     entries.insert(place, entry);
   }
   fEntries = std::move(entries);

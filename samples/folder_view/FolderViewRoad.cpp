@@ -38,8 +38,8 @@ void TFolderView::GoToText(const std::wstring& pText) {
       GoTo(opened->list);
     }
   };
-  FolderWorkers().AddWorkItem(
-      TAsyncProcedure::Create([opened, pText] { *opened = OpenFolder(pText); }, fTyped, done), TPriority::Highest);
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create([opened, pText] { *opened = OpenFolder(pText); }, fTyped, done),
+                              TPriority::Highest);
 }
 
 void TFolderView::Leave() {
@@ -116,8 +116,10 @@ void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOr
     fEntries = std::move(pEntries);
   }
   ++fVersion;
-  if (pOrder == fOrder) ShowRows();
-  else SortLater();
+  if (pOrder == fOrder)
+    ShowRows();
+  else
+    SortLater();
 }
 
 void TFolderView::EndListing(const TFailure& pFailure) {

@@ -54,7 +54,8 @@ void TFolderView::KeepFocusNear() {
   if (!focused || focused->rank != LeavingRank) return;
   const int count = GetItems().GetCount();
   TFolderRow* next = nullptr;
-  for (int i = focused->GetIndex(); i < count && !next; ++i) next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
+  for (int i = focused->GetIndex(); i < count && !next; ++i)
+    next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
   for (int i = focused->GetIndex(); i >= 0 && !next; --i) next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
   if (next) SetItemFocused(next);
 }
@@ -163,8 +164,8 @@ void TFolderView::GetImageIndex(TListItem* pItem) {
   if (row->HasLook() && !wants_state) return;
   const std::shared_ptr<ISelectionStateSource> states = wants_state ? Selection()->GetStateSource() : nullptr;
   const auto look = std::make_shared<TLook>();
-  const auto ask = [look, states, entry = row->Entry(), folder = fFolder.list,
-                    path = PathOf(*row->Entry()), known = row->HasLook()] {
+  const auto ask = [look, states, entry = row->Entry(), folder = fFolder.list, path = PathOf(*row->Entry()),
+                    known = row->HasLook()] {
     if (!known) {
       look->image = ImageOf(*entry, folder.Get());
       look->type = TypeOf(*entry);

@@ -126,9 +126,8 @@ private:
     if (fListing.order.column == TFolderColumn::Type) {
       SortEntries(fAll, fListing.order);
     } else {
-      std::inplace_merge(fAll.begin(), fAll.begin() + known, fAll.end(), [this](const TEntry& a, const TEntry& b) {
-        return StandsBefore(*a, *b, fListing.order);
-      });
+      std::inplace_merge(fAll.begin(), fAll.begin() + known, fAll.end(),
+                         [this](const TEntry& a, const TEntry& b) { return StandsBefore(*a, *b, fListing.order); });
     }
     if (known == 0) LookAtFirstPage();
     if (!fWithdrawn.IsCancellationRequested()) fDeliver(fAll, complete);

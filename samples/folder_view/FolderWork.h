@@ -11,7 +11,8 @@
 
 namespace kiv::sample {
 
-// What workers do for the view. Each of these binds the folder anew, in its own thread's apartment, and lets it go there.
+// What workers do for the view. Each of these binds the folder anew, in its own thread's apartment, and lets it go
+// there.
 
 /// Why something can't be done, for people: what was tried, and the platform's text.
 struct TFailure {
