@@ -59,7 +59,7 @@ struct TLayoutItem {
   TAlign align = TAlign::alNone;
   TLayoutBox box;
   TSizeConstraints constraints;
-  TMargins margins; ///< stay free around it
+  TMargins margins{}; ///< stay free around it
 };
 
 /// Lays out what is aligned: first all at the top, then those at the bottom, left, right, and last those that take what
