@@ -176,6 +176,10 @@ void TWinControl::DestroyWindowHandle() noexcept {
   PutControlState(TControlStateFlag::csDestroyingHandle, false);
 }
 
+LRESULT TWinControl::CallWindowClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) const {
+  return fLink ? fLink->CallClass(pMessage, pWParam, pLParam) : 0;
+}
+
 void TWinControl::WMDestroy(TMessage& pMessage) {
   StoreText(GetText());
   if (!NameToTell().empty()) {

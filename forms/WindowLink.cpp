@@ -6,9 +6,11 @@
 #include <platform/ThisModule.h>
 
 #include <array>
+#include <atomic>
 #include <cwchar>
 #include <exception>
 #include <memory>
+#include <unordered_map>
 
 namespace kiv {
 
@@ -27,11 +29,21 @@ struct TCreation {
 };
 TCreation* gCreation = nullptr; // controls belong to one thread
 
+/// The links by their windows: each notification asks for one, and the platform's own memory of them is slow to ask
+/// ("GetWindowSubclass"). Of the one thread that makes controls; others see none.
+std::unordered_map<HWND, TWindowLink*>& Links() {
+  static auto& links = *new std::unordered_map<HWND, TWindowLink*>; // windows may outlive every static
+  return links;
+}
+std::atomic<DWORD> gLinksThread = 0;
+
 void Attach(TWindowLink& link, HWND window) {
   if (!CommonControlsApi().SetWindowSubclass(window, &WindowLinkProc, SubclassId, reinterpret_cast<DWORD_PTR>(&link))) {
     return;
   }
   link.window = window;
+  gLinksThread = GetCurrentThreadId();
+  Links()[window] = &link;
 }
 
 LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
@@ -145,19 +157,23 @@ LRESULT CALLBACK WindowLinkProc(HWND window, UINT message, WPARAM wParam, LPARAM
   if (isLast) CommonControlsApi().RemoveWindowSubclass(window, &WindowLinkProc, SubclassId);
   const LRESULT result = link->Deliver({message, wParam, lParam, 0});
   if (isLast) {
+    Links().erase(window);
     link->window = nullptr;
     if (link->control) link->control->WindowGone();
     link->control = nullptr;
   }
-  if (link->depth == 0 && !link->control) {
-    const HWND left = link->window;
-    // Its own last message deletes the link.
-    if (left)
-      DestroyWindow(left);
-    else
-      delete link;
-  }
+  link->LetGo();
   return result;
+}
+
+// A message has been handled: a window whose control has gone goes now, if it was the outermost one.
+void TWindowLink::LetGo() {
+  if (depth > 0 || control) return;
+  // Its own last message deletes the link.
+  if (window)
+    DestroyWindow(window);
+  else
+    delete this;
 }
 
 TWindowLink* TWindowLink::Create(TWinControl& pControl, const TCreateParams& pParams) {
@@ -214,6 +230,16 @@ LRESULT TWindowLink::CallDefault(const TMessage& pMessage) const {
   return CommonControlsApi().DefSubclassProc(window, pMessage.Msg, pMessage.WParam, pMessage.LParam);
 }
 
+LRESULT TWindowLink::CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
+  if (!window) return 0;
+  const auto procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
+  ++depth;
+  const LRESULT result = CallWindowProcW(procedure, window, pMessage, pWParam, pLParam);
+  --depth;
+  LetGo();
+  return result;
+}
+
 LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
   ++depth;
   TMessage message = pMessage;
@@ -231,9 +257,9 @@ LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
 }
 
 TWindowLink* TWindowLink::Of(HWND pWindow) noexcept {
-  DWORD_PTR data = 0;
-  if (!pWindow || !CommonControlsApi().GetWindowSubclass(pWindow, &WindowLinkProc, SubclassId, &data)) return nullptr;
-  return reinterpret_cast<TWindowLink*>(data);
+  if (!pWindow || gLinksThread != GetCurrentThreadId()) return nullptr;
+  const auto found = Links().find(pWindow);
+  return found == Links().end() ? nullptr : found->second;
 }
 
 void WatchParentWindow(HWND pParent) {

@@ -22,12 +22,15 @@ struct TWindowLink {
   void Abandon() noexcept;
   /// The next procedure of the window: the class's, or that of whoever stands between.
   LRESULT CallDefault(const TMessage& pMessage) const;
+  /// The class's procedure, past all that stand between. The link may be gone after.
+  LRESULT CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam);
 
   static TWindowLink* Of(HWND pWindow) noexcept;
 
 private:
   friend LRESULT CALLBACK WindowLinkProc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
   LRESULT Deliver(const TMessage& pMessage);
+  void LetGo();
 };
 
 /// For a control in a window of the host's: sees to it that the notifications that the window gets about this control

@@ -170,8 +170,12 @@ void TThread::Suspend() noexcept {
   if (fCore->thread) fCore->held = true;
 }
 
+bool TThread::IsHeld() const noexcept {
+  return fCore->held.load(std::memory_order_relaxed);
+}
+
 void TThread::CheckSuspended() {
-  if (!fCore->held.load(std::memory_order_relaxed)) return;
+  if (!IsHeld()) return;
   std::unique_lock guard(fCore->lock);
   fCore->released.wait(guard, [this] { return !fCore->held.load(); });
 }

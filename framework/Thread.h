@@ -91,6 +91,8 @@ protected:
 
   /// For Execute and what it calls: waits here while the thread is held.
   void CheckSuspended();
+  /// Whether CheckSuspended would hold it.
+  bool IsHeld() const noexcept;
   /// For destructors of derived classes: Terminate, and wait for the end. Nothing on the thread itself.
   void Finish() noexcept;
   /// Ends the thread by force. True: it is dead, and the object may be deleted; the destructor won't wait. False: the

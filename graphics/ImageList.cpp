@@ -265,6 +265,10 @@ void TCustomImageList::Overlay(int pIndex, int pOverlay) {
 
 void TCustomImageList::Require(int) {}
 
+bool TCustomImageList::IsReady(int) const {
+  return true;
+}
+
 void TCustomImageList::Assign(const TPersistent* pSource) {
   // Reading an image list may make its handle, but changes nothing that can be seen.
   auto* const source = const_cast<TCustomImageList*>(dynamic_cast<const TCustomImageList*>(pSource));

@@ -194,21 +194,23 @@ void TCustomListView::BeginItemDrag(TListItem* pItem, TMouseButton pButton) {
 
 // --- on the screen ---------------------------------------------------------------------------------------------------
 
-TListItem* TCustomListView::GetItemAt(int pX, int pY) {
-  LVHITTESTINFO hit{};
-  hit.pt = {pX, pY};
+LVHITTESTINFO TCustomListView::HitTest(int pX, int pY) {
   HandleNeeded();
   CatchUp();
-  const int index = static_cast<int>(Send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit)));
-  return (hit.flags & LVHT_ONITEM) != 0 ? RowAt(index) : nullptr;
+  LVHITTESTINFO hit{};
+  hit.pt = {pX, pY};
+  hit.iItem = -1;
+  Query(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+  return hit;
+}
+
+TListItem* TCustomListView::GetItemAt(int pX, int pY) {
+  const LVHITTESTINFO hit = HitTest(pX, pY);
+  return (hit.flags & LVHT_ONITEM) != 0 ? RowAt(hit.iItem) : nullptr;
 }
 
 THitTests TCustomListView::GetHitTestInfoAt(int pX, int pY) {
-  LVHITTESTINFO hit{};
-  hit.pt = {pX, pY};
-  HandleNeeded();
-  CatchUp();
-  Send(LVM_HITTEST, 0, reinterpret_cast<LPARAM>(&hit));
+  const LVHITTESTINFO hit = HitTest(pX, pY);
   using enum THitTest;
   THitTests hits;
   // One of the marks of an item has the same bit as "above"; it is given with no other.

@@ -19,6 +19,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kiv {
@@ -143,7 +144,8 @@ public:
   /// Sub-items can have images (TListItem::SetSubItemImage). At first off.
   void SetSubItemImages(bool pSubItemImages);
   bool IsCheckBoxes() const noexcept { return fCheckBoxes; }
-  /// Each row has a check box in front. State images of the application's take its place.
+  /// Each row has a check box in front, which shows Checked, CheckMixed and CheckEnabled. State images of the
+  /// application's take its place.
   void SetCheckBoxes(bool pCheckBoxes);
   /// Not owned; null for none.
   TCustomImageList* GetLargeImages() const noexcept { return fImages[LVSIL_NORMAL].images; }
@@ -276,8 +278,11 @@ protected:
   /// Of the header.
   void WMNotify(TMessage& pMessage) override;
   void MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) override;
+  void MouseMove(TShiftState pShift, int pX, int pY) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void CMHintShow(TMessage& pMessage) override;
+  void CMMouseLeave(TMessage& pMessage) override;
+  void CMEnabledChanged(TMessage& pMessage) override;
   void CMColorChanged(TMessage& pMessage) override;
   void CMThemeChanged(TMessage& pMessage) override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
@@ -337,10 +342,12 @@ private:
   void ReadSelection();
   void RunActions();
   void FetchDetails();
+  void MakeWantedImages();
   void NoteTop() noexcept;
   void RestoreTop();
   void PlaceEdit();
   int FirstVisible() const;
+  LVHITTESTINFO HitTest(int pX, int pY);
   RECT RowBounds(int pIndex, int pPart = LVIR_BOUNDS) const;
   void EndWriting();
   void WriteColumns();
@@ -357,12 +364,19 @@ private:
   void PostDrag(int pIndex, TMouseButton pButton);
   LRESULT BeginLabelEdit(int pIndex);
   void EndLabelEdit(const wchar_t* pText);
+  std::wstring EditText();
+  void ReopenEdit(TListItem& pItem);
   LRESULT FindRow(const NMLVFINDITEMW& pFind);
   LRESULT HandleCustomDraw(NMLVCUSTOMDRAW& pDraw);
   LRESULT DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget, TCustomDrawStage pStage);
   LRESULT NextStages(TCustomDrawTarget pTarget);
   bool HandleHeader(TMessage& pMessage);
   bool RefusesHeader(const NMHEADERW& pHeader);
+  bool RefusesWidth(TListColumn& pColumn, int pWidth);
+  void ReleaseSwallowedButton(UINT pPressed);
+  void ApplyHeaderMode();
+  void PutIconSpacing();
+  LRESULT DrawHeader(const NMCUSTOMDRAW& pDraw) const;
   void ReadHeaderOrder();
 
   // images
@@ -373,7 +387,14 @@ private:
   };
   void UseImages(int pKind, TCustomImageList* pImages);
   void PutImages(int pKind);
+
+  // check boxes
   void MakeBoxImages();
+  void BoxesChanged();
+  int BoxImageOf(const TListItem& pItem) const noexcept;
+  TListItem* BoxAt(int pX, int pY);
+  void SetHotBox(TListItem* pItem) noexcept;
+  void Tick(TListItem& pItem);
 
   std::unique_ptr<TListItems> fItems;
   std::unique_ptr<TListColumns> fColumns;
@@ -397,7 +418,11 @@ private:
   std::vector<TListItem*> fLooks;
   std::deque<TListItem*> fWanted;
   std::deque<std::function<void()>> fActions;
+  std::vector<std::pair<int, int>> fWantedImages; // kind of list and number, of what was painted before it was made
   TListItem* fDropTarget = nullptr;
+  TListItem* fHotBox = nullptr;       // the pointer is on its box
+  bool fHasSeenRelease = false;       // since the last press of a button
+  bool fIsReleaseTaken = false;       // the window class has had the message at hand
   std::array<std::wstring, 8> fTexts; // that the control was given and may still read
   std::size_t fNextText = 0;
   TCanvas fCanvas{nullptr};
@@ -415,6 +440,8 @@ private:
   bool fFullDrag = false;
   bool fSubItemImages = false;
   bool fCheckBoxes = false;
+  bool fIsHeaderDark = false;
+  bool fIsSpacingScaled = false;
   std::array<TImageSlot, 3> fImages; // by the platform's numbers of them
   std::unique_ptr<TImageList> fBoxImages;
 

@@ -1,6 +1,7 @@
 #include <listview/CustomListView.h>
 
 #include <framework/Application.h>
+#include <graphics/StyleServices.h>
 
 #include <exception>
 
@@ -117,14 +118,24 @@ LRESULT TCustomListView::DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTar
   LRESULT result = NextStages(pTarget);
   if (item == nullptr) return result;
   const TFont& font = fCanvas.GetFont();
-  if (font.GetColor() != GetFont().GetColor()) pDraw.clrText = static_cast<COLORREF>(ColorToRGB(font.GetColor()));
+  if (font.GetColor() != GetFont().GetColor()) {
+    pDraw.clrText = static_cast<COLORREF>(StyleServices().GetSystemColor(font.GetColor()));
+  }
   if (fCanvas.GetBrush().GetColor() != GetColor()) {
-    pDraw.clrTextBk = static_cast<COLORREF>(ColorToRGB(fCanvas.GetBrush().GetColor()));
+    pDraw.clrTextBk = static_cast<COLORREF>(StyleServices().GetSystemColor(fCanvas.GetBrush().GetColor()));
   }
   if (font == GetFont()) return result;
   fDrawFont = font.GetSharedHandle();
   SelectObject(pDraw.nmcd.hdc, fDrawFont->Get());
   return result | CDRF_NEWFONT;
+}
+
+LRESULT TCustomListView::DrawHeader(const NMCUSTOMDRAW& pDraw) const {
+  if (pDraw.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+  if (pDraw.dwDrawStage == CDDS_ITEMPREPAINT) {
+    SetTextColor(pDraw.hdc, static_cast<COLORREF>(StyleServices().GetSystemColor(clWindowText)));
+  }
+  return CDRF_DODEFAULT;
 }
 
 } // namespace kiv

@@ -68,7 +68,7 @@ UINT TCustomListView::StateBitsOf(const TListItem& pItem) const noexcept {
   if (pItem.GetDropTarget()) state |= LVIS_DROPHILITED;
   if (pItem.GetOverlayIndex() >= 0) state |= static_cast<UINT>(INDEXTOOVERLAYMASK(pItem.GetOverlayIndex() + 1));
   int image = pItem.GetStateIndex();
-  if (image < 0 && fCheckBoxes && GetStateImages() == nullptr) image = pItem.GetChecked() ? 1 : 0;
+  if (image < 0 && fCheckBoxes && GetStateImages() == nullptr) image = BoxImageOf(pItem);
   if (image >= 0) state |= static_cast<UINT>(INDEXTOSTATEIMAGEMASK(image + 1));
   return state;
 }
@@ -95,6 +95,12 @@ void TCustomListView::GetDispInfo(LVITEMW& pItem) {
   if ((pItem.mask & LVIF_IMAGE) != 0) {
     const int image = pItem.iSubItem == 0 ? item->GetImageIndex() : item->GetSubItemImage(pItem.iSubItem - 1);
     pItem.iImage = image < 0 ? I_IMAGENONE : image;
+    const int kind = fViewStyle == TViewStyle::vsIcon ? LVSIL_NORMAL : LVSIL_SMALL;
+    const TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
+    if (image >= 0 && images != nullptr && !images->IsReady(image)) {
+      fWantedImages.emplace_back(kind, image);
+      WakeUp();
+    }
   }
   if ((pItem.mask & LVIF_INDENT) != 0) pItem.iIndent = item->GetIndent();
   if ((pItem.mask & LVIF_STATE) != 0) pItem.state = StateBitsOf(*item) & pItem.stateMask;
@@ -179,11 +185,29 @@ LRESULT TCustomListView::BeginLabelEdit(int pIndex) {
   return FALSE;
 }
 
+std::wstring TCustomListView::EditText() {
+  const HWND edit = GetEditControl();
+  std::wstring text(static_cast<std::size_t>(edit ? GetWindowTextLengthW(edit) : 0) + 1, L'\0');
+  text.resize(static_cast<std::size_t>(edit ? GetWindowTextW(edit, text.data(), static_cast<int>(text.size())) : 0));
+  return text;
+}
+
+// The edit that is about to be closed, though nobody wants that, comes back with what it holds.
+void TCustomListView::ReopenEdit(TListItem& pItem) {
+  PostAction([this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText()] {
+    if (!row.IsAlive() || item->GetIndex() < 0 || !item->EditCaption()) return;
+    if (const HWND next = GetEditControl()) SetWindowTextW(next, text.c_str());
+  });
+}
+
 void TCustomListView::EndLabelEdit(const wchar_t* pText) {
   TListItem* const item = fItems->GetEditing();
   if (item == nullptr) return;
+  if (fWriting > 0) ReopenEdit(*item);
   fItems->SetEditing(nullptr);
   if (fTopNoted) WakeUp();
+  // A platform may close the edit when the rows are counted anew.
+  if (fWriting > 0) return;
   if (pText == nullptr) {
     PostAction([this] { DoCancelEdit(); });
     return;
@@ -215,6 +239,10 @@ bool TCustomListView::HandleHeader(TMessage& pMessage) {
     }
     if (notice.hdr.code == HDN_ENDDRAG) PostAction([this] { ReadHeaderOrder(); });
     return false;
+  case NM_CUSTOMDRAW:
+    if (!fIsHeaderDark) return false;
+    pMessage.Result = DrawHeader(*reinterpret_cast<const NMCUSTOMDRAW*>(pMessage.LParam));
+    return true;
   case HDN_ITEMCHANGEDW:
     if (notice.pitem != nullptr && (notice.pitem->mask & HDI_WIDTH) != 0) TakeColumnWidth(notice.iItem);
     return false;
@@ -242,7 +270,7 @@ bool TCustomListView::RefusesHeader(const NMHEADERW& pHeader) {
     return !column.GetVisible();
   case HDN_ITEMCHANGINGW: {
     if (pHeader.pitem == nullptr || (pHeader.pitem->mask & HDI_WIDTH) == 0) return false;
-    return !column.GetVisible() ? pHeader.pitem->cxy != 0 : column.Limit(pHeader.pitem->cxy) != pHeader.pitem->cxy;
+    return RefusesWidth(column, pHeader.pitem->cxy);
   }
   default: {
     if (pHeader.pitem == nullptr || (pHeader.pitem->mask & HDI_ORDER) == 0) return false;
@@ -250,6 +278,14 @@ bool TCustomListView::RefusesHeader(const NMHEADERW& pHeader) {
     return !CanDragColumn(&column, pHeader.pitem->iOrder) || !alive.IsAlive();
   }
   }
+}
+
+bool TCustomListView::RefusesWidth(TListColumn& pColumn, int pWidth) {
+  if (!pColumn.GetVisible()) return pWidth != 0;
+  if (pColumn.Limit(pWidth) == pWidth) return false;
+  // As far as it may go, which the pointer may have skipped.
+  pColumn.SetWidth(pWidth);
+  return true;
 }
 
 void TCustomListView::TakeColumnWidth(int pIndex) {
@@ -268,31 +304,18 @@ void TCustomListView::ReadHeaderOrder() {
   ColumnDragged();
 }
 
-// --- mouse, keys, hints ----------------------------------------------------------------------------------------------
+// --- mouse, hints ----------------------------------------------------------------------------------------------------
 
-void TCustomListView::MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) {
-  const bool isPlainLeft = pButton == TMouseButton::mbLeft && !pShift.Contains(TShiftStateFlag::ssDouble);
-  if (fCheckBoxes && isPlainLeft && GetHitTestInfoAt(pX, pY).Contains(THitTest::htOnStateIcon)) {
-    const TAliveWatch alive(GetAliveToken());
-    if (TListItem* const item = GetItemAt(pX, pY)) {
-      const TAliveWatch row(item->GetAliveToken());
-      item->SetChecked(!item->GetChecked());
-      if (alive.IsAlive() && row.IsAlive()) DoItemChecked(item);
-    }
-    if (!alive.IsAlive()) return;
-  }
-  TWinControl::MouseDown(pButton, pShift, pX, pY);
-}
-
-void TCustomListView::KeyUp(WORD& pKey, TShiftState pShift) {
-  const TAliveWatch alive(GetAliveToken());
-  TWinControl::KeyUp(pKey, pShift);
-  if (!alive.IsAlive() || pKey != VK_SPACE || !fCheckBoxes || IsEditing()) return;
-  TListItem* const item = GetItemFocused();
-  if (item == nullptr || pShift.Contains(TShiftStateFlag::ssCtrl) || pShift.Contains(TShiftStateFlag::ssShift)) return;
-  const TAliveWatch row(item->GetAliveToken());
-  item->SetChecked(!item->GetChecked());
-  if (alive.IsAlive() && row.IsAlive()) DoItemChecked(item);
+// The window class may wait for the release of the button in a loop of its own and keep it to itself.
+void TCustomListView::ReleaseSwallowedButton(UINT pPressed) {
+  const bool isLeft = pPressed == WM_LBUTTONDOWN;
+  if (fHasSeenRelease || GetKeyState(isLeft ? VK_LBUTTON : VK_RBUTTON) < 0 || !HandleAllocated()) return;
+  const DWORD position = GetMessagePos();
+  const POINT point = ScreenToClient({GET_X_LPARAM(position), GET_Y_LPARAM(position)});
+  fIsReleaseTaken = true;
+  TMessage message{isLeft ? static_cast<UINT>(WM_LBUTTONUP) : static_cast<UINT>(WM_RBUTTONUP), 0,
+                   MAKELPARAM(point.x, point.y), 0};
+  TWinControl::WndProc(message);
 }
 
 void TCustomListView::CMHintShow(TMessage& pMessage) {

@@ -34,7 +34,7 @@ LRESULT TCustomListView::Send(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
 
 LRESULT TCustomListView::Query(UINT pMessage, WPARAM pWParam, LPARAM pLParam) const {
   const TWriteScope scope(const_cast<TCustomListView&>(*this));
-  return SendMessageW(AllocatedHandle(), pMessage, pWParam, pLParam);
+  return CallWindowClass(pMessage, pWParam, pLParam);
 }
 
 // --- what is noted ---------------------------------------------------------------------------------------------------
@@ -69,6 +69,7 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
     fTopRow = RowAt(index + 1 < fItems->GetCount() ? index + 1 : index - 1);
   }
   if (fDropTarget == &pItem) fDropTarget = nullptr;
+  if (fHotBox == &pItem) fHotBox = nullptr;
   std::erase(fLooks, &pItem);
   std::erase(fWanted, &pItem);
 }
@@ -76,6 +77,7 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
 void TCustomListView::AllRowsLeaving() noexcept {
   fTopRow = nullptr;
   fDropTarget = nullptr;
+  fHotBox = nullptr;
   fLooks.clear();
   fWanted.clear();
 }
@@ -104,10 +106,17 @@ void TCustomListView::WndProc(TMessage& pMessage) {
     HandleWakeUp();
     return;
   }
+  const UINT message = pMessage.Msg;
+  const bool isPress = message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN;
+  if (isPress) fHasSeenRelease = false;
+  if (message == WM_LBUTTONUP || message == WM_RBUTTONUP) fHasSeenRelease = true;
+  const TAliveWatch alive(GetAliveToken());
   TWinControl::WndProc(pMessage);
+  if (isPress && alive.IsAlive()) ReleaseSwallowedButton(message);
 }
 
 void TCustomListView::DefaultHandler(TMessage& pMessage) {
+  if (std::exchange(fIsReleaseTaken, false)) return;
   if (fWriting > 0 || !fIsReady) {
     TWinControl::DefaultHandler(pMessage);
     return;
@@ -151,6 +160,7 @@ void TCustomListView::HandleWakeUp() {
   Settle(WM_NULL);
   if (alive.IsAlive()) RunActions();
   if (alive.IsAlive() && fIsReady) FetchDetails();
+  if (alive.IsAlive() && fIsReady) MakeWantedImages();
 }
 
 void TCustomListView::RunActions() {
@@ -202,6 +212,27 @@ void TCustomListView::FetchDetails() {
   }
 }
 
+// What lists that make their images one by one lacked when rows were painted.
+void TCustomListView::MakeWantedImages() {
+  if (fWantedImages.empty()) return;
+  const TAliveWatch alive(GetAliveToken());
+  const auto end = std::chrono::steady_clock::now() + FetchTime;
+  while (!fWantedImages.empty() && std::chrono::steady_clock::now() < end) {
+    const auto [kind, image] = fWantedImages.back();
+    fWantedImages.pop_back();
+    TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
+    if (images == nullptr || images->IsReady(image)) continue;
+    try {
+      images->Require(image);
+    } catch (...) {
+      ReportException(std::current_exception());
+    }
+    if (!alive.IsAlive()) return;
+  }
+  fLooksDirty = true;
+  WakeUp();
+}
+
 // --- in step ---------------------------------------------------------------------------------------------------------
 
 void TCustomListView::CatchUp() {
@@ -236,8 +267,7 @@ void TCustomListView::EndWriting() {
 }
 
 void TCustomListView::PutCount(int pCount) {
-  SendMessageW(AllocatedHandle(), LVM_SETITEMCOUNT, static_cast<WPARAM>(pCount),
-               LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+  Query(LVM_SETITEMCOUNT, static_cast<WPARAM>(pCount), LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
 }
 
 void TCustomListView::PutItemState(int pIndex, UINT pState, UINT pMask) {
@@ -250,7 +280,7 @@ void TCustomListView::PutItemState(int pIndex, UINT pState, UINT pMask) {
   LVITEMW item{};
   item.state = pState;
   item.stateMask = pMask;
-  SendMessageW(AllocatedHandle(), LVM_SETITEMSTATE, static_cast<WPARAM>(pIndex), reinterpret_cast<LPARAM>(&item));
+  Query(LVM_SETITEMSTATE, static_cast<WPARAM>(pIndex), reinterpret_cast<LPARAM>(&item));
 }
 
 void TCustomListView::PutSelected(int pIndex, bool pSelected) {
@@ -270,7 +300,7 @@ void TCustomListView::PutFocused(int pFormer, int pIndex) {
 }
 
 void TCustomListView::PutAnchor(int pIndex) {
-  SendMessageW(AllocatedHandle(), LVM_SETSELECTIONMARK, 0, pIndex);
+  Query(LVM_SETSELECTIONMARK, 0, pIndex);
 }
 
 void TCustomListView::RedrawLooks() {
@@ -281,7 +311,7 @@ void TCustomListView::RedrawLooks() {
   }
   for (const TListItem* item : std::exchange(fLooks, {})) {
     const auto index = static_cast<WPARAM>(item->GetIndex());
-    SendMessageW(AllocatedHandle(), LVM_REDRAWITEMS, index, static_cast<LPARAM>(index));
+    Query(LVM_REDRAWITEMS, index, static_cast<LPARAM>(index));
   }
 }
 

@@ -1,7 +1,8 @@
 #include <listview/CustomListView.h>
 #include <listview/NativeScope.h>
 
-#include <graphics/Bitmap.h>
+#include <graphics/StyleServices.h>
+#include <platform/DpiAwareness.h>
 
 #include <algorithm>
 #include <utility>
@@ -82,6 +83,7 @@ void TCustomListView::CreateWnd() {
   for (const int kind : {LVSIL_NORMAL, LVSIL_SMALL, LVSIL_STATE}) PutImages(kind);
   TMessage color{};
   CMColorChanged(color);
+  ApplyHeaderMode();
   fRowsDirty = fStateDirty = fColumnsDirty = fIsReady = true;
   WakeUp();
 }
@@ -92,21 +94,14 @@ void TCustomListView::WMDestroy(TMessage& pMessage) {
   if (IsRecreating()) NoteTop();
   if (IsEditing()) {
     TListItem* const item = fItems->GetEditing();
-    const HWND edit = GetEditControl();
-    std::wstring text(static_cast<std::size_t>(edit ? GetWindowTextLengthW(edit) : 0) + 1, L'\0');
-    if (edit) text.resize(static_cast<std::size_t>(GetWindowTextW(edit, text.data(), static_cast<int>(text.size()))));
+    if (IsRecreating()) ReopenEdit(*item);
     CancelEditOf(*item);
-    if (alive.IsAlive() && edit && IsRecreating()) {
-      // Not the watched row's own business: it may go before its turn.
-      const TAliveWatch row(item->GetAliveToken());
-      fActions.push_back([this, item, row, text] {
-        if (!row.IsAlive() || item->GetIndex() < 0 || !item->EditCaption()) return;
-        if (const HWND next = GetEditControl()) SetWindowTextW(next, text.c_str());
-      });
-    }
+    if (!alive.IsAlive()) return;
   }
   fMirror.Reset();
   fWanted.clear();
+  fWantedImages.clear();
+  fHotBox = nullptr;
   if (!IsRecreating()) {
     fTopNoted = false;
     fTopRow = nullptr;
@@ -134,6 +129,9 @@ void TCustomListView::SetViewStyle(TViewStyle pStyle) {
   if (fViewStyle == pStyle) return;
   fViewStyle = pStyle;
   CatchUp();
+  // Some platforms give a header that isn't seen no new font.
+  const HWND header = pStyle == TViewStyle::vsReport ? reinterpret_cast<HWND>(Query(LVM_GETHEADER)) : nullptr;
+  if (header != nullptr) SendMessageW(header, WM_SETFONT, static_cast<WPARAM>(Query(WM_GETFONT)), FALSE);
   StyleChanged();
   fItems->WishDetails(0, fItems->GetCount() - 1);
 }
@@ -218,32 +216,8 @@ void TCustomListView::PutImages(int pKind) {
   }
   Query(LVM_SETIMAGELIST, static_cast<WPARAM>(pKind),
         reinterpret_cast<LPARAM>(images != nullptr ? images->GetHandle() : nullptr));
+  if (pKind == LVSIL_NORMAL) PutIconSpacing();
   InvalidateRect(AllocatedHandle(), nullptr, FALSE);
-}
-
-void TCustomListView::SetCheckBoxes(bool pCheckBoxes) {
-  if (fCheckBoxes == pCheckBoxes) return;
-  fCheckBoxes = pCheckBoxes;
-  PutImages(LVSIL_STATE);
-}
-
-// A box without a mark, and one with.
-void TCustomListView::MakeBoxImages() {
-  const int size = ScaledPixels(16);
-  if (fBoxImages && fBoxImages->GetWidth() == size) return;
-  auto images = std::make_unique<TImageList>();
-  images->SetSize(size, size);
-  for (const bool isChecked : {false, true}) {
-    TBitmap bitmap(size, size);
-    const HDC dc = bitmap.GetCanvas().GetHandle();
-    RECT box{0, 0, size, size};
-    FillRect(dc, &box, GetSysColorBrush(COLOR_WINDOW));
-    InflateRect(&box, -ScaledPixels(1), -ScaledPixels(1));
-    DrawFrameControl(dc, &box, DFC_BUTTON, DFCS_BUTTONCHECK | DFCS_FLAT | (isChecked ? DFCS_CHECKED : 0U));
-    bitmap.MakeOpaque();
-    images->Add(bitmap);
-  }
-  fBoxImages = std::move(images);
 }
 
 void TCustomListView::Notification(TComponent* pComponent, TOperation pOperation) {
@@ -260,12 +234,16 @@ void TCustomListView::Notification(TComponent* pComponent, TOperation pOperation
 }
 
 void TCustomListView::CMColorChanged(TMessage& pMessage) {
-  if (pMessage.Msg != 0) TWinControl::CMColorChanged(pMessage);
+  if (pMessage.Msg != 0) {
+    TWinControl::CMColorChanged(pMessage);
+    BoxesChanged();
+  }
   if (!HandleAllocated()) return;
-  const TColor color = ColorToRGB(GetColor());
+  const TStyleServices& style = StyleServices();
+  const auto color = static_cast<LPARAM>(style.GetSystemColor(GetColor()));
   Query(LVM_SETBKCOLOR, 0, color);
   Query(LVM_SETTEXTBKCOLOR, 0, color);
-  Query(LVM_SETTEXTCOLOR, 0, ColorToRGB(GetFont().GetColor()));
+  Query(LVM_SETTEXTCOLOR, 0, static_cast<LPARAM>(style.GetSystemColor(GetFont().GetColor())));
   InvalidateRect(AllocatedHandle(), nullptr, FALSE);
 }
 
@@ -273,10 +251,34 @@ void TCustomListView::CMThemeChanged(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   TWinControl::CMThemeChanged(pMessage);
   if (!alive.IsAlive()) return;
-  fBoxImages.reset();
-  if (fCheckBoxes) PutImages(LVSIL_STATE);
+  BoxesChanged();
   TMessage color{};
   CMColorChanged(color);
+  ApplyHeaderMode();
+}
+
+// The platform spaces icons for the system's dots per inch.
+void TCustomListView::PutIconSpacing() {
+  const int dpi = GetCurrentPPI();
+  if (!HandleAllocated() || (dpi == GetSystemDpi() && !fIsSpacingScaled)) return;
+  fIsSpacingScaled = true;
+  const TCustomImageList* const images = GetLargeImages();
+  const int width = images ? images->GetWidth() : GetSystemMetric(SM_CXICON, dpi);
+  const int height = images ? images->GetHeight() : GetSystemMetric(SM_CYICON, dpi);
+  Query(LVM_SETICONSPACING, 0,
+        MAKELPARAM(width + GetSystemMetric(SM_CXICONSPACING, dpi) - GetSystemMetric(SM_CXICON, dpi),
+                   height + GetSystemMetric(SM_CYICONSPACING, dpi) - GetSystemMetric(SM_CYICON, dpi)));
+}
+
+// The header's theme for lists is dark where it may be; its text isn't, see DrawHeader.
+void TCustomListView::ApplyHeaderMode() {
+  if (!HandleAllocated()) return;
+  const HWND header = reinterpret_cast<HWND>(Query(LVM_GETHEADER));
+  const TStyleServices& style = StyleServices();
+  if (header == nullptr || (!style.IsDarkModeActive() && !fIsHeaderDark)) return;
+  fIsHeaderDark = style.IsDarkModeActive();
+  style.ApplyDarkMode(header, false);
+  SetWindowTheme(header, fIsHeaderDark ? L"ItemsView" : nullptr, nullptr);
 }
 
 void TCustomListView::ChangeScale(int pM, int pD, bool pKeepPlace) {
@@ -292,7 +294,8 @@ void TCustomListView::ChangeScale(int pM, int pD, bool pKeepPlace) {
     column.SetWidth(MulDiv(width, pM, pD));
   }
   fColumns->EndUpdate();
-  if (fCheckBoxes) PutImages(LVSIL_STATE);
+  PutIconSpacing();
+  BoxesChanged();
 }
 
 void TCustomListView::Resize() {
@@ -349,6 +352,7 @@ void TCustomListView::WriteColumnLooks() {
     info.pszText = caption.data();
     info.fmt = AlignmentBits(column.GetAlignment());
     if (column.GetImageIndex() >= 0) {
+      if (GetSmallImages() != nullptr) GetSmallImages()->Require(column.GetImageIndex());
       info.mask |= LVCF_IMAGE;
       info.fmt |= LVCFMT_IMAGE;
       info.iImage = column.GetImageIndex();

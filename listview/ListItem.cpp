@@ -47,6 +47,8 @@ void TListItem::Assign(const TPersistent* pSource) {
   fOverlayIndex = source->fOverlayIndex;
   fStateIndex = source->fStateIndex;
   fChecked = source->fChecked;
+  fCheckMixed = source->fCheckMixed;
+  fCheckDisabled = source->fCheckDisabled;
   fCut = source->fCut;
   fSubItems.reset();
   if (source->fSubItems) {
@@ -126,8 +128,21 @@ void TListItem::SetIndent(int pIndent) {
 }
 
 void TListItem::SetChecked(bool pChecked) {
-  if (fChecked == pChecked) return;
+  if (fChecked == pChecked && !fCheckMixed) return;
   fChecked = pChecked;
+  fCheckMixed = false;
+  LookChanged();
+}
+
+void TListItem::SetCheckMixed(bool pMixed) {
+  if (fCheckMixed == pMixed) return;
+  fCheckMixed = pMixed;
+  LookChanged();
+}
+
+void TListItem::SetCheckEnabled(bool pEnabled) {
+  if (fCheckDisabled != pEnabled) return;
+  fCheckDisabled = !pEnabled;
   LookChanged();
 }
 

@@ -68,7 +68,14 @@ public:
   void SetIndent(int pIndent);
 
   virtual bool GetChecked() const { return fChecked; }
+  /// Ends CheckMixed.
   virtual void SetChecked(bool pChecked);
+  /// Its box shows that it is neither: it stands for several. Ticking it gives it its mark. At first false.
+  bool GetCheckMixed() const noexcept { return fCheckMixed; }
+  void SetCheckMixed(bool pMixed);
+  /// The user can tick it. At first true.
+  bool GetCheckEnabled() const noexcept { return !fCheckDisabled; }
+  void SetCheckEnabled(bool pEnabled);
 
   bool GetCut() const noexcept { return fCut; }
   void SetCut(bool pCut);
@@ -118,6 +125,8 @@ private:
   std::int8_t fOverlayIndex = -1;
   std::int8_t fStateIndex = -1;
   bool fChecked : 1 = false;
+  bool fCheckMixed : 1 = false;
+  bool fCheckDisabled : 1 = false;
   bool fCut : 1 = false;
   bool fDropTarget : 1 = false;
   bool fInList : 1 = false;

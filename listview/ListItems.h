@@ -121,8 +121,9 @@ public:
   /// Equals keep their order. A comparison that contradicts itself gives some order; one that raises leaves the rows
   /// as they were, and passes out.
   void CustomSort(const TListCompare& pCompare, std::intptr_t pData = 0);
-  /// The same by a key that `pKeyOf(const TListItem&)` answers, which is asked once for each row. Keys have "<". What
-  /// raises leaves the rows as they were.
+  /// The same by a key that `pKeyOf(const TListItem&)` answers, which is asked once for each row. Keys have "<". A key
+  /// that is answered by reference isn't copied: it stays as it is until the sort is done. What raises leaves the rows
+  /// as they were.
   template <typename F>
   void SortByKey(F&& pKeyOf, bool pDescending = false);
 
@@ -214,28 +215,52 @@ private:
 
 template <typename F>
 void TListItems::SortByKey(F&& pKeyOf, bool pDescending) {
-  // Keys are moved about, and no row is touched.
-  struct TKeyed {
-    std::decay_t<std::invoke_result_t<F, const TListItem&>> key;
-    std::uint32_t place;
+  using TAnswer = std::invoke_result_t<F, const TListItem&>;
+  using TKey = std::remove_cvref_t<TAnswer>;
+  // What is dear to move stays where it is: texts are sorted by views of them, other keys by pointers to them.
+  constexpr bool isText = std::is_same_v<TKey, std::wstring>;
+  constexpr bool isLight = !isText && std::is_trivially_copyable_v<TKey> && sizeof(TKey) <= 2 * sizeof(void*);
+  constexpr bool isCopied = !isLight && !std::is_lvalue_reference_v<TAnswer>;
+  using TSorted = std::conditional_t<isLight, TKey, std::conditional_t<isText, std::wstring_view, const TKey*>>;
+  std::vector<TKey> keys;
+  std::vector<std::pair<TSorted, std::uint32_t>> sorted;
+  sorted.reserve(fRows.size());
+  if constexpr (isCopied) keys.reserve(fRows.size());
+  const auto add = [&](auto&& key) {
+    const auto place = static_cast<std::uint32_t>(sorted.size());
+    if constexpr (isLight || isText) {
+      sorted.emplace_back(key, place);
+    } else {
+      sorted.emplace_back(&key, place);
+    }
   };
-  std::vector<TKeyed> keyed;
-  keyed.reserve(fRows.size());
   {
     const TSortLock lock(*this);
     for (std::size_t i = 0; i < fRows.size(); ++i) {
-      keyed.push_back({pKeyOf(std::as_const(*fRows[i])), static_cast<std::uint32_t>(i)});
+      const TListItem& row = *fRows[i];
+      if constexpr (isCopied) {
+        add(keys.emplace_back(pKeyOf(row)));
+      } else {
+        add(pKeyOf(row));
+      }
       lock.Check();
     }
   }
+  const auto isBelow = [](const auto& first, const auto& second) {
+    if constexpr (isLight || isText) {
+      return first.first < second.first;
+    } else {
+      return *first.first < *second.first;
+    }
+  };
   if (pDescending) {
-    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return b.key < a.key; });
+    std::stable_sort(sorted.begin(), sorted.end(), [&](const auto& a, const auto& b) { return isBelow(b, a); });
   } else {
-    std::stable_sort(keyed.begin(), keyed.end(), [](const TKeyed& a, const TKeyed& b) { return a.key < b.key; });
+    std::stable_sort(sorted.begin(), sorted.end(), isBelow);
   }
   std::vector<std::uint32_t> places;
-  places.reserve(keyed.size());
-  for (const TKeyed& entry : keyed) places.push_back(entry.place);
+  places.reserve(sorted.size());
+  for (const auto& entry : sorted) places.push_back(entry.second);
   PutOrder(places);
 }
 

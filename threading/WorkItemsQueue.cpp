@@ -1,15 +1,11 @@
 #include <threading/WorkItemsQueue.h>
 
-#include <platform/Threads.h>
-
 #include <algorithm>
 #include <utility>
 
 namespace kiv {
 
 namespace {
-
-constexpr int TriesBeforeSleep = 100;
 
 void Wake(const TWorkItemsQueue::TWaker& waker) noexcept {
   if (waker) waker->Set();
@@ -19,15 +15,8 @@ void Wake(const TWorkItemsQueue::TWaker& waker) noexcept {
 
 TWorkItemsQueue::~TWorkItemsQueue() = default;
 
-// The lock is held for some nanoseconds at a time: trying again is cheaper than to sleep and be woken.
 TWorkItemsQueue::TLock TWorkItemsQueue::Lock() const {
-  TLock guard(fLock, std::try_to_lock);
-  for (int tries = 0; !guard && tries < TriesBeforeSleep; ++tries) {
-    RelaxProcessor();
-    guard.try_lock();
-  }
-  if (!guard) guard.lock();
-  return guard;
+  return TLock(fLock);
 }
 
 // --- with the lock held ----------------------------------------------------------------------------------------------
@@ -47,6 +36,12 @@ ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
   fList.pop_back();
   fLength.store(fList.size(), std::memory_order_relaxed);
   return item;
+}
+
+bool TWorkItemsQueue::CountDone(std::size_t pCount) noexcept {
+  const std::size_t done = fDone.load(std::memory_order_relaxed) + pCount;
+  fDone.store(done, std::memory_order_release);
+  return done == fAdded.load(std::memory_order_relaxed);
 }
 
 // The signal to set when the lock is free again, if somebody waits for what is there and nobody is about to take it.
@@ -106,8 +101,10 @@ bool TWorkItemsQueue::ContainsWorkItem(REFIID pInterfaceId) const {
 
 // --- workers ---------------------------------------------------------------------------------------------------------
 
-TWorkItemsQueue::TFound TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast) {
+TWorkItemsQueue::TFound TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast,
+                                                    bool pDone) {
   TLock guard = Lock();
+  if (pDone && CountDone(1)) return TFound::LastDone;
   if (pLast == TFound::Search) fSearching = false;
   const auto listed = std::find(fWaiting.begin(), fWaiting.end(), pWaker);
   if (fList.empty() || fAllWorkItemsDoneEventCount > 0) {
@@ -134,12 +131,12 @@ void TWorkItemsQueue::Leave(const TWaker& pWaker) {
   Wake(waker);
 }
 
-bool TWorkItemsQueue::Done(std::size_t pCount) noexcept {
-  const std::size_t done = fDone.fetch_add(pCount, std::memory_order_acq_rel) + pCount;
-  return done == fAdded.load(std::memory_order_acquire);
+bool TWorkItemsQueue::Done(std::size_t pCount) {
+  const TLock guard = Lock();
+  return CountDone(pCount);
 }
 
-bool TWorkItemsQueue::BeginAllDone() noexcept {
+bool TWorkItemsQueue::BeginAllDone() {
   const TLock guard = Lock();
   if (fAllWorkItemsDoneEventCount > 0 || NotDone() > 0) return false;
   ++fAllWorkItemsDoneEventCount;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <framework/SpinLock.h>
 #include <platform/Export.h>
 #include <platform/Signal.h>
 #include <threading/WorkItem.h>
@@ -44,7 +45,7 @@ inline bool Supports(IUnknown& pObject, REFIID pInterfaceId) {
 class KIV_EXPORT TWorkItemsQueue {
 public:
   using TWaker = std::shared_ptr<TSignal>;
-  using TLock = std::unique_lock<std::mutex>;
+  using TLock = std::unique_lock<TSpinLock>;
 
   TWorkItemsQueue() = default;
   ~TWorkItemsQueue();
@@ -69,11 +70,13 @@ public:
 
   enum class TFound {
     Item,
-    Search, ///< nothing yet: look at Length for a moment and call again, without fail
-    Nothing ///< the worker is listed as waiting: it sleeps on its signal and calls again, or Leave
+    LastDone, ///< nothing is left to do: see BeginAllDone, and call again
+    Search,   ///< nothing yet: look at Length for a moment and call again, without fail
+    Nothing   ///< the worker is listed as waiting: it sleeps on its signal and calls again, or Leave
   };
   /// The next item, if there is one to be had. `pLast`: what the worker was told the last time, Item at first.
-  TFound TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast);
+  /// `pDone`: the worker has done the item before; it is counted first, as by Done, under the same lock.
+  TFound TakeOrList(ComPtr<IWorkItem>& pItem, const TWaker& pWaker, TFound pLast, bool pDone = false);
   /// The worker won't take anything any more: it is listed no longer, and hands a wake-up on that was meant for it.
   void Leave(const TWaker& pWaker);
 
@@ -83,10 +86,10 @@ public:
     return fAdded.load(std::memory_order_acquire) - done;
   }
   /// Items are done, or dropped. True if they were the last ones.
-  bool Done(std::size_t pCount = 1) noexcept;
+  bool Done(std::size_t pCount = 1);
   /// True if the event of the last item is the caller's to raise: no other runs, and nothing has been added meanwhile.
   /// EndAllDone follows then.
-  bool BeginAllDone() noexcept;
+  bool BeginAllDone();
   void EndAllDone();
 
   /// Keeps everybody out of the queue while a thread is killed, which may be adding an item.
@@ -96,17 +99,17 @@ private:
   void Push(ComPtr<IWorkItem> pItem, bool pHighPriority);
   ComPtr<IWorkItem> Pop();
   TWaker NextWaker();
+  bool CountDone(std::size_t pCount) noexcept;
 
-  // What changes with each item shares a cache line with the lock, and nothing else does.
-  alignas(64) mutable std::mutex fLock;
+  // What changes with each item shares a cache line with the lock.
+  alignas(64) mutable TSpinLock fLock;
   std::atomic<std::size_t> fLength{0}; // of fList; written under fLock
   std::atomic<std::size_t> fAdded{0};  // all items so far; written under fLock
+  std::atomic<std::size_t> fDone{0};   // of those, the ones that are done; written under fLock
   int fAllWorkItemsDoneEventCount = 0; // guarded by fLock
   bool fSearching = false;             // guarded by fLock: a worker was told Search and comes back
   std::deque<ComPtr<IWorkItem>> fList; // guarded by fLock
   std::vector<TWaker> fWaiting;        // guarded by fLock
-  // Of fAdded, those that are done. Written by workers without the lock, whose cache line it leaves alone.
-  alignas(64) std::atomic<std::size_t> fDone{0};
 };
 
 } // namespace kiv

@@ -69,19 +69,30 @@ void TWorkerThread::Execute() {
 
 // False when the thread is to end.
 bool TWorkerThread::CarryOn() {
-  if (GetTerminated()) return false;
+  // The item that was run is counted by the same step that takes the next one, unless this thread takes none.
+  if (fCarriesItem && (IsEndRequested() || IsHeld() || GetStatus() == TTaskStatus::Paused)) {
+    CountWorkItem();
+    return !IsLeftBehind();
+  }
+  if (!fCarriesItem && GetTerminated()) return false;
   if (!fPool.TakeWorkItem(*this)) return !IsLeftBehind();
-  if (!CallOutside([this] { RunWorkItem(); })) return false;
+  return CallOutside([this] { RunWorkItem(); });
+}
+
+void TWorkerThread::CountWorkItem() {
   fCarriesItem = false;
-  if (!fPool.fWorkerItemsQueue.Done()) return true;
+  if (fPool.fWorkerItemsQueue.Done()) RunAllDone();
+}
+
+// The event of the last item, if there is one. This thread may be left behind in it.
+void TWorkerThread::RunAllDone() {
   const auto event = fPool.BeginAllWorkItemsDone();
-  if (!event) return true;
+  if (!event) return;
   fRunsEvent = true;
   const bool terminated = fPool.fTerminated;
-  if (!CallOutside([&] { detail::CallAllWorkItemsFinished(*event, terminated); })) return false;
+  if (!CallOutside([&] { detail::CallAllWorkItemsFinished(*event, terminated); })) return;
   fRunsEvent = false;
   fPool.fWorkerItemsQueue.EndAllDone();
-  return true;
 }
 
 void TWorkerThread::RunWorkItem() noexcept {

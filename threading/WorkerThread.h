@@ -35,6 +35,8 @@ private:
   friend class TWorkerThreadPool;
 
   bool CarryOn();
+  void CountWorkItem();
+  void RunAllDone();
   void RunWorkItem() noexcept;
   void DropWorkItem() noexcept;
 

@@ -200,13 +200,19 @@ void TWorkerThreadPool::TriggerAllWorkItemsDoneEvent(bool pTerminated) noexcept 
 
 // --- threads ---------------------------------------------------------------------------------------------------------
 
-// On a worker: waits for the next item. False if none came, and the worker is to look whether it shall end.
+// On a worker: counts the item that it carries as done and waits for the next one. False if none came, or the last one
+// was counted, and the worker is to look whether it shall end.
 bool TWorkerThreadPool::TakeWorkItem(TWorkerThread& pThread) {
   using TFound = TWorkItemsQueue::TFound;
   ComPtr<IWorkItem> item;
   std::uint64_t start = 0;
   TFound found = TFound::Item;
-  while ((found = fWorkerItemsQueue.TakeOrList(item, pThread.fWaker, found)) != TFound::Item) {
+  while ((found = fWorkerItemsQueue.TakeOrList(item, pThread.fWaker, found,
+                                               std::exchange(pThread.fCarriesItem, false))) != TFound::Item) {
+    if (found == TFound::LastDone) {
+      pThread.RunAllDone();
+      return false;
+    }
     if (found == TFound::Search) {
       // The next item is often about to come: a sleep and a wake-up cost more than a look around.
       for (int spins = 0; spins < SpinsBeforeSleep && QueueLength() == 0; ++spins) RelaxProcessor();

@@ -165,6 +165,11 @@ void TKivSystemImageList::Require(int pIndex) {
   fMade[index] = true;
 }
 
+bool TKivSystemImageList::IsReady(int pIndex) const {
+  if (fSize != si_FreeScaled || pIndex < 0) return true;
+  return static_cast<std::size_t>(pIndex) < fMade.size() && fMade[static_cast<std::size_t>(pIndex)];
+}
+
 int TKivSystemImageList::OverlayImage(int pOverlay) {
   if (fSize != si_FreeScaled || pOverlay < 1 || pOverlay > MostOverlays) return -1;
   const int count = GetCount();

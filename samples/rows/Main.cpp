@@ -1,13 +1,14 @@
 // 100,000 rows of a made-up folder, each with an icon that a worker finds, in a program that knows nothing of the
 // library but this list: its own window class, its own message loop.
 //
-//   rows [--count N] [--icons] [--rtl]
+//   rows [--count N] [--icons] [--rtl] [--dpi N] [--dark]
 
 #include <framework/Application.h>
-#include <framework/ScaledPixels.h>
 #include <graphics/Bitmap.h>
 #include <graphics/ImageList.h>
+#include <graphics/StyleServices.h>
 #include <listview/CustomListView.h>
+#include <platform/DpiAwareness.h>
 #include <platform/Lifecycle.h>
 #include <threading/Cancellation.h>
 #include <threading/WorkProcedures.h>
@@ -16,12 +17,21 @@
 #include <ole2.h>
 
 #include <array>
+#include <cwchar>
 #include <memory>
 #include <string>
 
 namespace {
 
 using namespace kiv;
+
+struct TOptions {
+  int count = 100'000;
+  int dpi = 0;
+  bool icons = false;
+  bool rtl = false;
+  bool dark = false;
+};
 
 constexpr int Kinds = 8;
 constexpr std::array<const wchar_t*, Kinds> KindNames{L"Text",  L"Picture", L"Sound", L"Archive",
@@ -88,8 +98,8 @@ void AddIcons(TImageList& images, int size) {
 
 class TRows {
 public:
-  TRows(HWND pHost, int pCount, bool pIcons, bool pRtl) : fList(std::make_unique<TListView>()) {
-    if (pRtl) fList->SetBiDiMode(TBiDiMode::bdRightToLeft);
+  TRows(HWND pHost, const TOptions& pOptions) : fList(std::make_unique<TListView>()) {
+    if (pOptions.rtl) fList->SetBiDiMode(TBiDiMode::bdRightToLeft);
     fList->SetMultiSelect(true);
     fList->SetRowSelect(true);
     fList->SetFullDrag(true);
@@ -101,11 +111,12 @@ public:
     fList->SetOnGetImageIndex([](TPersistent*, TListItem* item) { static_cast<TRow*>(item)->FindIcon(true); });
     fList->SetOnColumnClick([this](TPersistent*, TListColumn* column) { Sort(*column); });
     fList->SetParentWindow(pHost);
+    if (pOptions.dpi > 0) fList->ScaleForPPI(pOptions.dpi);
     AddColumn(L"Name", 220, TColumnAlignment::taLeftJustify);
     AddColumn(L"Size", 90, TColumnAlignment::taRightJustify);
     AddColumn(L"Kind", 120, TColumnAlignment::taLeftJustify);
-    fList->SetViewStyle(pIcons ? TViewStyle::vsIcon : TViewStyle::vsReport);
-    Fill(pCount);
+    fList->SetViewStyle(pOptions.icons ? TViewStyle::vsIcon : TViewStyle::vsReport);
+    Fill(pOptions.count);
     fList->CreateParented(pHost);
     AddIcons(fSmall, fList->ScaledPixels(16));
     AddIcons(fLarge, fList->ScaledPixels(32));
@@ -131,6 +142,9 @@ private:
       row->SetData(i);
       row->SetCaption(L"File number " + std::to_wstring(i));
       row->SetCut(i % 17 == 5);
+      row->SetChecked(i % 3 == 1);
+      row->SetCheckMixed(i % 5 == 3);
+      row->SetCheckEnabled(i % 7 != 4);
       static_cast<TRow*>(row)->FindIcon(false);
     }
   }
@@ -173,7 +187,7 @@ LRESULT CALLBACK HostProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
   }
 }
 
-HWND MakeHost(HINSTANCE instance) {
+HWND MakeHost(HINSTANCE instance, int dpi) {
   WNDCLASSEXW info{};
   info.cbSize = sizeof(info);
   info.lpfnWndProc = &HostProc;
@@ -182,27 +196,29 @@ HWND MakeHost(HINSTANCE instance) {
   info.hbrBackground = GetSysColorBrush(COLOR_BTNFACE);
   info.lpszClassName = L"RowsSample";
   RegisterClassExW(&info);
-  return CreateWindowExW(0, info.lpszClassName, L"Rows", WS_OVERLAPPEDWINDOW, 40, 40, kiv::ScaledPixels(700),
-                         kiv::ScaledPixels(520), nullptr, nullptr, instance, nullptr);
+  return CreateWindowExW(0, info.lpszClassName, L"Rows", WS_OVERLAPPEDWINDOW, 40, 40, MulDiv(600, dpi, 96),
+                         MulDiv(440, dpi, 96), nullptr, nullptr, instance, nullptr);
 }
 
 } // namespace
 
 int WINAPI wWinMain(HINSTANCE pInstance, HINSTANCE, LPWSTR, int pShow) {
-  int count = 100'000;
-  bool icons = false;
-  bool rtl = false;
+  TOptions options;
+  const auto number = [](const wchar_t* text) { return static_cast<int>(std::wcstol(text, nullptr, 10)); };
   for (int i = 1; i < __argc; ++i) {
     const std::wstring argument = __wargv[i];
-    if (argument == L"--icons") icons = true;
-    if (argument == L"--rtl") rtl = true;
-    if (argument == L"--count" && i + 1 < __argc) count = _wtoi(__wargv[++i]);
+    if (argument == L"--icons") options.icons = true;
+    if (argument == L"--rtl") options.rtl = true;
+    if (argument == L"--dark") options.dark = true;
+    if (argument == L"--count" && i + 1 < __argc) options.count = number(__wargv[++i]);
+    if (argument == L"--dpi" && i + 1 < __argc) options.dpi = number(__wargv[++i]);
   }
   SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
   OleInitialize(nullptr);
   kiv::Application();
-  const HWND host = MakeHost(pInstance);
-  gRows = std::make_unique<TRows>(host, count, icons, rtl);
+  if (options.dark) StyleServices().SetDarkMode(TDarkMode::dmDark);
+  const HWND host = MakeHost(pInstance, options.dpi > 0 ? options.dpi : GetSystemDpi());
+  gRows = std::make_unique<TRows>(host, options);
   ShowWindow(host, pShow);
   RECT client;
   GetClientRect(host, &client);

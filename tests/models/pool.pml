@@ -27,6 +27,7 @@
 #define ITEM 0 /* what a worker found */
 #define SEARCH 1
 #define NOTHING 2
+#define LAST_DONE 3
 
 byte queued, not_done, running, done, dropped, hold;
 bool waiting[WORKERS], signal[WORKERS], alive[WORKERS], stop[WORKERS];
@@ -112,10 +113,20 @@ inline all_done(w) {
 
 proctype Worker(byte i) {
   byte w = NONE, found = ITEM;
-  bool begun, last, zero;
+  bool begun, last, zero, carries;
 again:
   if
-  :: stop[i] -> goto remove
+  :: stop[i] && carries ->
+     carries = false;
+     atomic { done++; not_done--; zero = (not_done == 0) }
+     if
+     :: zero -> all_done(w)
+     :: else
+     fi
+  :: else
+  fi;
+  if
+  :: stop[i] && !carries -> goto remove
   :: else
   fi;
 look:
@@ -124,8 +135,14 @@ look:
     :: found == SEARCH -> searching = false
     :: else
     fi;
+    zero = false;
     if
-    :: queued == 0 || hold > 0 ->
+    :: carries -> carries = false; done++; not_done--; zero = (not_done == 0)
+    :: else
+    fi;
+    if
+    :: zero -> found = LAST_DONE
+    :: !zero && (queued == 0 || hold > 0) ->
        if
        :: found == ITEM && !searching -> found = SEARCH; searching = true
        :: else -> found = NOTHING; waiting[i] = true
@@ -138,6 +155,10 @@ look:
   }
   if
   :: found == SEARCH -> goto look
+  :: found == LAST_DONE ->
+     all_done(w);
+     found = ITEM;
+     goto again
   :: found == NOTHING ->
 end_waiting:
      if
@@ -153,11 +174,8 @@ end_waiting:
   wake(w);
   check_add();
   assert(hold == 0); /* the work */
-  atomic { running--; done++; not_done--; zero = (not_done == 0) }
-  if
-  :: zero -> all_done(w)
-  :: else
-  fi;
+  running--;
+  carries = true; /* counted by the step that takes the next one, or above by a worker that takes none */
   goto again;
 leave:
   atomic { waiting[i] = false; next_waker(w) }

@@ -210,6 +210,23 @@ TEST_F(PoolEvents, ADroppedItemOfAPausedPoolIsTheLastOneToo) {
   EXPECT_FALSE(pool.GetWorkItemsActive());
 }
 
+TEST_F(PoolEvents, AnItemThatEndsInAPauseIsCountedAndNoOtherIsTaken) {
+  TWorkerThreadPool pool;
+  std::atomic<int> events{0};
+  pool.SetOnAllWorkItemsDone([&](bool) { ++events; });
+  TGate gate;
+  const auto item = Occupy(pool, gate);
+  const auto next = Make<TProbe>();
+  pool.AddWorkItem(next);
+  pool.SetPaused(true);
+  gate.Open();
+  item->Wait();
+  static_cast<void>(pool.TerminateWorkItems());
+  PumpUntil([&] { return events == 1; });
+  EXPECT_FALSE(pool.GetWorkItemsActive());
+  EXPECT_EQ(next->works, 0);
+}
+
 TEST_F(PoolEvents, APausedPoolHoldsItsItemsAtTheirCheckpoints) {
   TWorkerThreadPool pool;
   pool.SetMaxRunningThreads(1);

@@ -127,6 +127,22 @@ TEST_F(WorkItemsQueue, EachItemWakesOneWhoWaitsAndNoWakeUpIsLost) {
   EXPECT_EQ(Woken(wakers).size(), 1U);
 }
 
+TEST_F(WorkItemsQueue, OneStepCountsAnItemAsDoneAndTakesTheNext) {
+  TWorkItemsQueue queue;
+  const TWaker waker = std::make_shared<TSignal>();
+  ComPtr<IWorkItem> item;
+  queue.Add(Tagged(1), false);
+  queue.Add(Tagged(2), false);
+  ASSERT_EQ(queue.TakeOrList(item, waker, TFound::Item), TFound::Item);
+  ASSERT_EQ(queue.TakeOrList(item, waker, TFound::Item, true), TFound::Item);
+  EXPECT_EQ(item->GetTag(), 2);
+  EXPECT_EQ(queue.NotDone(), 1U);
+  EXPECT_FALSE(queue.BeginAllDone());
+  EXPECT_EQ(queue.TakeOrList(item, waker, TFound::Item, true), TFound::LastDone);
+  EXPECT_EQ(queue.NotDone(), 0U);
+  EXPECT_TRUE(queue.BeginAllDone());
+}
+
 TEST_F(WorkItemsQueue, OneWhoLooksAroundSparesAWakeUpAndHandsOnWhatIsMore) {
   TWorkItemsQueue queue;
   const TWaker sleeper = std::make_shared<TSignal>();

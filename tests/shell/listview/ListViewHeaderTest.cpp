@@ -67,8 +67,10 @@ TEST(ListViewHeader, TheUsersWidthsAndOrderAreTakenOverWithinLimits) {
     return columns[column]->GetWidth();
   };
   EXPECT_EQ(drag(0, 150), 150);
-  EXPECT_EQ(drag(0, 10), 150);
-  EXPECT_EQ(drag(0, 300), 150);
+  EXPECT_EQ(drag(0, 10), 60);
+  EXPECT_EQ(drag(0, 300), 200);
+  EXPECT_EQ(NativeWidth(list, 0), 200);
+  columns[0]->SetWidth(150);
   EXPECT_EQ(drag(1, 10), 10);
   EXPECT_EQ(drag(2, 80), 120) << "a column that is not shown";
   EXPECT_EQ(NativeWidth(list, 2), 0);

@@ -100,23 +100,36 @@ TEST(ListViewReports, TypingFindsARow) {
   EXPECT_EQ(list.list->DescribeInconsistency(), L"");
 }
 
-TEST(ListViewReports, ABoxIsTickedByClickAndKey) {
-  TListFixture list;
-  list.list->SetCheckBoxes(true);
-  list.Show(5);
-  std::wstring ticked;
-  list.list->SetOnItemChecked([&](TPersistent*, TListItem* item) { ticked += item->GetCaption() + L","; });
-  const auto box = [&](int row) {
-    const TRowRect icon = list.Row(row).DisplayRect(TDisplayCode::drIcon);
-    return test::PointOf(list.Window(), icon.left - list.list->ScaledPixels(8), (icon.top + icon.bottom) / 2);
-  };
-  ClickMouse(box(2));
-  EXPECT_TRUE(list.Row(2).GetChecked());
-  ClickMouse(list.PointOfRow(3));
-  EXPECT_FALSE(list.Row(3).GetChecked()) << "a click on the text ticks nothing";
-  PressKey(VK_SPACE);
-  EXPECT_TRUE(list.Row(3).GetChecked());
-  EXPECT_EQ(ticked, L"row 2,row 3,");
+/// A platform that waits for the release of the button in its own code and keeps it.
+class TSwallowingList : public TListView {
+protected:
+  void DefaultHandler(TMessage& pMessage) override {
+    TListView::DefaultHandler(pMessage);
+    if (pMessage.Msg != WM_LBUTTONDOWN) return;
+    INPUT release{};
+    release.type = INPUT_MOUSE;
+    release.mi.dwFlags = MOUSEEVENTF_LEFTUP;
+    SendInput(1, &release, sizeof(release));
+    MSG message;
+    GetMessageW(&message, nullptr, WM_LBUTTONUP, WM_LBUTTONUP);
+  }
+};
+
+TEST(ListViewReports, AClickIsWholeThoughThePlatformKeepsTheRelease) {
+  for (const bool isSwallowed : {false, true}) {
+    TListFixture list;
+    if (isSwallowed) list.list = std::make_unique<TSwallowingList>();
+    list.list->SetBounds(0, 0, 400, 300);
+    list.Show(5);
+    std::string heard;
+    list.list->SetOnMouseDown([&](auto&&...) { heard += "down "; });
+    list.list->SetOnMouseUp([&](auto&&...) { heard += "up "; });
+    list.list->SetOnClick([&](auto&&...) { heard += "click "; });
+    MoveMouse(list.PointOfRow(2));
+    PressMouse();
+    if (!isSwallowed) ReleaseMouse();
+    EXPECT_EQ(heard, "down click up ") << isSwallowed;
+  }
 }
 
 } // namespace

@@ -110,6 +110,32 @@ TEST(ListViewRows, AnEditStaysWithItsRow) {
   }
 }
 
+/// A platform that closes an edit when it is told of the rows' number.
+WNDPROC gListProc = nullptr;
+LRESULT CALLBACK ClosesEdits(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == LVM_SETITEMCOUNT) CallWindowProcW(gListProc, window, LVM_CANCELEDITLABEL, 0, 0);
+  return CallWindowProcW(gListProc, window, message, wParam, lParam);
+}
+
+TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
+  TListFixture list;
+  list.Show(5);
+  int cancels = 0;
+  list.list->SetOnCancelEdit([&](TPersistent*) { ++cancels; });
+  TListItem& row = list.Row(2);
+  ASSERT_TRUE(row.EditCaption());
+  SetWindowTextW(list.list->GetEditControl(), L"typed");
+  const auto closes = reinterpret_cast<LONG_PTR>(&ClosesEdits);
+  gListProc = reinterpret_cast<WNDPROC>(SetClassLongPtrW(list.Window(), GCLP_WNDPROC, closes));
+  list.Rows().Insert(0)->SetCaption(L"new");
+  PumpMessages();
+  SetClassLongPtrW(list.Window(), GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(gListProc));
+  ASSERT_EQ(list.Rows().GetEditing(), &row);
+  EXPECT_EQ(cancels, 0);
+  PressKey(VK_RETURN);
+  EXPECT_EQ(row.GetCaption(), L"typed");
+}
+
 TEST(ListViewRows, EditingCanBeRefusedCancelledAndChanged) {
   TListFixture list;
   list.Show(3);

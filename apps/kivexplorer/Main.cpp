@@ -1,0 +1,66 @@
+// The browser: kivexplorer [--dpi N] [--dark] [PATH]
+
+#include "ExplorerForm.h"
+
+#include <core/FileFunctions.h>
+#include <forms/PreTranslate.h>
+#include <framework/Application.h>
+#include <graphics/StyleServices.h>
+#include <platform/Lifecycle.h>
+
+#include <ole2.h>
+
+#include <string>
+
+namespace {
+
+struct TOptions {
+  std::wstring path;
+  int dpi = 0;
+  kiv::TDarkMode dark = kiv::TDarkMode::dmSystem;
+};
+
+TOptions ReadOptions() {
+  TOptions options;
+  for (int i = 1; i < __argc; ++i) {
+    const std::wstring argument = __wargv[i];
+    if (argument == L"--dark") {
+      options.dark = kiv::TDarkMode::dmDark;
+    } else if (argument == L"--dpi" && i + 1 < __argc) {
+      options.dpi = static_cast<int>(std::wcstol(__wargv[++i], nullptr, 10));
+    } else {
+      options.path = argument;
+    }
+  }
+  return options;
+}
+
+void Run(const TOptions& options) {
+  kiv::Application();
+  kiv::StyleServices().SetDarkMode(options.dark);
+  kivexplorer::TExplorer explorer;
+  explorer.SetOnLastWindowGone([] { PostQuitMessage(0); });
+  kivexplorer::TExplorerForm& window = explorer.OpenWindow();
+  if (options.dpi > 0) window.ScaleForPPI(options.dpi);
+  window.ShowForm();
+  kiv::Application().SetHandle(window.GetHandle());
+  window.View().GoToText(options.path.empty() ? kiv::GetUserProfilePath() : options.path);
+  MSG message;
+  while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+    if (kiv::PreTranslateMessage(message)) continue;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
+  }
+  kiv::Application().SetHandle(nullptr);
+}
+
+} // namespace
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, wchar_t*, int) {
+  SetProcessDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+  OleInitialize(nullptr);
+  Run(ReadOptions());
+  kiv::Shutdown();
+  OleUninitialize();
+  return 0;
+}

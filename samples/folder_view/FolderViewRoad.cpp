@@ -1,0 +1,168 @@
+#include <folder_view/FolderView.h>
+
+#include <platform/ErrorText.h>
+#include <platform/MainThread.h>
+#include <threading/WorkProcedures.h>
+
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+// The road of a navigation.
+
+namespace kiv::sample {
+
+// Done by a worker for the folder that is shown now, and not taken back once another one is.
+void TFolderView::Run(std::function<void()> pWork, std::function<void()> pDone) {
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create(std::move(pWork), fNavigation, std::move(pDone)),
+                              TPriority::Highest);
+}
+
+void TFolderView::GoTo(const ComPtr<IItemIdList>& pFolder) {
+  if (!pFolder) return;
+  const TAliveWatch alive(GetAliveToken());
+  if (fLink && !fLink->CanNavigate(this, pFolder.Get())) return;
+  if (!alive.IsAlive()) return;
+  Show(pFolder);
+  if (alive.IsAlive() && fLink) fLink->PathChanged(this, pFolder.Get());
+}
+
+void TFolderView::GoToText(const std::wstring& pText) {
+  fTyped.Reset();
+  MakeRoom();
+  const auto opened = std::make_shared<TOpenedFolder>();
+  const auto done = [this, opened] {
+    if (opened->failure) {
+      Fail(opened->failure.Text());
+    } else {
+      GoTo(opened->list);
+    }
+  };
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create([opened, pText] { *opened = OpenFolder(pText); }, fTyped, done),
+                              TPriority::Highest);
+}
+
+void TFolderView::Leave() {
+  fNavigation.Reset();
+  fNotifier.reset();
+  fHints.reset();
+  fChangeTimer.SetEnabled(false);
+  fNames.clear();
+  fRenamed.clear();
+  fRelist = fReading = fSorting = fListing = false;
+  fAwaited.clear();
+}
+
+void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
+  fTyped.Reset();
+  Leave();
+  MakeRoom();
+  fEntries.clear();
+  ++fVersion;
+  GetItems().Clear();
+  fMessage.clear();
+  fFolder = {};
+  fFolder.list = pFolder;
+  fListing = true;
+  const TAliveWatch alive(GetAliveToken());
+  if (!FireEvent(GetAliveToken(), fOnFolder, this)) return;
+  Fail({});
+  if (!alive.IsAlive() || fFolder.list != pFolder) return;
+  const auto opened = std::make_shared<TOpenedFolder>();
+  Run([opened, pFolder] { *opened = OpenFolder(pFolder); }, [this, opened] { TakeOpened(std::move(*opened)); });
+}
+
+void TFolderView::TakeOpened(TOpenedFolder pFolder) {
+  fFolder = std::move(pFolder);
+  const ComPtr<IItemIdList> list = fFolder.list;
+  if (!FireEvent(GetAliveToken(), fOnFolder, this) || fFolder.list != list) return;
+  if (fFolder.failure) {
+    EndListing(fFolder.failure);
+    return;
+  }
+  Watch();
+  StartListing(false);
+}
+
+void TFolderView::StartListing(bool pAgain) {
+  fListing = true;
+  fAgain = pAgain;
+  fRelist = false;
+  fNames.clear();
+  fMoved = std::exchange(fRenamed, {});
+  const auto failure = std::make_shared<TFailure>();
+  // Its closures refer to the view only where they run on the main thread and haven't been withdrawn.
+  const ComPtr<ICancellationIndicator> indicator = fNavigation;
+  const TListing listing{fFolder, fOrder, HandleAllocated() ? GetVisibleRowCount() + 1 : 0};
+  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
+    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
+      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
+    });
+  };
+  Run([failure, indicator, listing, deliver] { *failure = ListFolder(listing, *indicator.Get(), deliver); },
+      [this, failure] { EndListing(*failure); });
+  StatusChanged();
+}
+
+void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder) {
+  if (fAgain) {
+    if (!pComplete) return;
+    if (IsEditing()) {
+      fRelist = true; // made up for behind the edit
+      return;
+    }
+    MergeEntries(std::move(pEntries));
+  } else {
+    fEntries = std::move(pEntries);
+  }
+  ++fVersion;
+  if (pOrder == fOrder)
+    ShowRows();
+  else
+    SortLater();
+}
+
+void TFolderView::EndListing(const TFailure& pFailure) {
+  fListing = false;
+  if (pFailure && !IsEditing()) {
+    fEntries.clear();
+    ++fVersion;
+  }
+  fMessage = pFailure ? pFailure.what + L"\n" + DescribeError(pFailure.code) : L"This folder is empty.";
+  ShowRows();
+  if (fRelist || !fNames.empty()) fChangeTimer.SetEnabled(true);
+}
+
+// The folder has been listed again: what was known already keeps its row, whatever has changed about it.
+void TFolderView::MergeEntries(TEntries pEntries) {
+  std::unordered_map<std::wstring_view, const TEntry*> known;
+  known.reserve(fEntries.size());
+  for (const TEntry& entry : fEntries) known.emplace(entry->key, &entry);
+  for (const auto& [from, to] : fMoved) {
+    const auto old = known.find(from);
+    if (old != known.end() && !known.contains(to)) known.emplace(to, old->second);
+  }
+  for (TEntry& entry : pEntries) {
+    const auto found = known.find(entry->key);
+    if (found == known.end()) continue;
+    const TEntry& old = *found->second;
+    if (IsSameFact(*old, *entry)) {
+      entry = old;
+    } else if (old->row) {
+      old->row->SetEntry(entry);
+    }
+  }
+  fEntries = std::move(pEntries);
+}
+
+void TFolderView::Reload() {
+  Fail({});
+  if (fFolder.failure || !fNotifier) {
+    if (fFolder.list) Show(ComPtr<IItemIdList>(fFolder.list));
+    return;
+  }
+  fRelist = true;
+  RunChanges();
+}
+
+} // namespace kiv::sample

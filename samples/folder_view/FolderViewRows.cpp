@@ -1,0 +1,187 @@
+#include <folder_view/FolderView.h>
+
+#include <core/ItemIdList.h>
+#include <threading/WorkProcedures.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+// Entries become rows, and rows get what is seen of them.
+
+namespace kiv::sample {
+
+namespace {
+
+/// What a row asks a worker.
+struct TLook {
+  int image = -1;
+  std::wstring type;
+  TKivSelectionState state = ssUnused;
+};
+
+constexpr int LeavingRank = std::numeric_limits<int>::max();
+
+} // namespace
+
+bool TFolderView::IsWanted(const TFolderEntry& pEntry) const {
+  return fFilter.IsEmpty() || fFilter.Matches(pEntry.name);
+}
+
+// Gives each row the place that it is to have, and makes those that are missing. True if the rows must be moved.
+bool TFolderView::RankRows(const TEntries& pWanted) {
+  TListItems& rows = GetItems();
+  for (int i = 0; i < rows.GetCount(); ++i) GetRow(i)->rank = LeavingRank;
+  const bool checks = Selection() != nullptr;
+  const bool nothing_checked = checks && Selection()->IsEmpty();
+  int rank = 0;
+  for (const TEntry& entry : pWanted) {
+    if (!entry->row) {
+      auto row = std::make_unique<TFolderRow>(&rows, entry);
+      if (nothing_checked) row->SetState(entry->IsOnDisk() ? ssUnChecked : ssDisabled);
+      rows.AddItem(std::move(row));
+    }
+    entry->row->rank = rank++;
+  }
+  bool moves = false;
+  for (int i = 1; i < rows.GetCount() && !moves; ++i) moves = GetRow(i)->rank < GetRow(i - 1)->rank;
+  return moves;
+}
+
+// The focus goes to the next row that stays.
+void TFolderView::KeepFocusNear() {
+  TFolderRow* const focused = FocusedRow();
+  if (!focused || focused->rank != LeavingRank) return;
+  const int count = GetItems().GetCount();
+  TFolderRow* next = nullptr;
+  for (int i = focused->GetIndex(); i < count && !next; ++i)
+    next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
+  for (int i = focused->GetIndex(); i >= 0 && !next; --i) next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
+  if (next) SetItemFocused(next);
+}
+
+// Rows that leave are brought to the end first, where taking them out moves no others.
+void TFolderView::ShowRows() {
+  TEntries filtered;
+  if (!fFilter.IsEmpty()) {
+    std::copy_if(fEntries.begin(), fEntries.end(), std::back_inserter(filtered),
+                 [this](const TEntry& entry) { return IsWanted(*entry); });
+  }
+  const TEntries& wanted = fFilter.IsEmpty() ? fEntries : filtered;
+  TListItems& rows = GetItems();
+  const TAliveWatch alive(GetAliveToken());
+  {
+    const ScopedRowUpdate update(rows);
+    rows.Reserve(static_cast<int>(wanted.size()));
+    const bool moves = RankRows(wanted);
+    KeepFocusNear();
+    if (moves) rows.SortByKey([](const TListItem& row) { return static_cast<const TFolderRow&>(row).rank; });
+    while (rows.GetCount() > static_cast<int>(wanted.size())) rows.Delete(rows.GetCount() - 1);
+    if (rows.GetCount() > 0 && !GetItemFocused()) SetItemFocused(GetRow(0));
+  }
+  if (!alive.IsAlive()) return;
+  if (rows.GetCount() == 0) Invalidate(); // the message
+  GoToAwaited();
+  if (alive.IsAlive()) StatusChanged();
+}
+
+TFolderRow* TFolderView::FindRow(std::wstring_view pName) const {
+  const std::wstring key = KeyOfName(pName);
+  for (const TEntry& entry : fEntries) {
+    if (entry->key == key) return entry->row;
+  }
+  return nullptr;
+}
+
+void TFolderView::SetAwaited(const std::wstring& pName, bool pEdit) {
+  fAwaited = KeyOfName(pName);
+  fEditAwaited = pEdit;
+  GoToAwaited();
+}
+
+void TFolderView::GoToAwaited() {
+  if (fAwaited.empty()) return;
+  TFolderRow* const row = FindRow(fAwaited);
+  if (!row) return;
+  fAwaited.clear();
+  SetSelected(row);
+  SetItemFocused(row);
+  row->MakeVisible(false);
+  if (std::exchange(fEditAwaited, false)) {
+    PostAction([this] { RenameFocused(); });
+  }
+}
+
+// --- order -----------------------------------------------------------------------------------------------------------
+
+void TFolderView::ShowSortMarks() {
+  for (int i = 0; i < GetColumns().GetCount(); ++i) {
+    const bool marked = i == static_cast<int>(fOrder.column);
+    GetColumn(i)->SetSortMark(!marked ? TSortMark::None : fOrder.descending ? TSortMark::Down : TSortMark::Up);
+  }
+}
+
+void TFolderView::ColClick(TListColumn* pColumn) {
+  const auto column = static_cast<TFolderColumn>(pColumn->GetIndex());
+  SetOrder({column, fOrder.column == column && !fOrder.descending});
+}
+
+void TFolderView::SetOrder(const TFolderOrder& pOrder) {
+  if (pOrder == fOrder) return;
+  fOrder = pOrder;
+  ShowSortMarks();
+  SortLater();
+}
+
+// By a worker: a hundred thousand names take their time.
+void TFolderView::SortLater() {
+  if (fSorting || fEntries.empty()) return;
+  fSorting = true;
+  struct TSort {
+    TEntries entries;
+    TFolderOrder order;
+    unsigned version;
+  };
+  const auto sort = std::make_shared<TSort>(TSort{fEntries, fOrder, fVersion});
+  Run([sort] { SortEntries(sort->entries, sort->order); },
+      [this, sort] {
+        fSorting = false;
+        if (sort->version != fVersion || sort->order != fOrder) {
+          SortLater();
+          return;
+        }
+        fEntries = std::move(sort->entries);
+        ++fVersion;
+        ShowRows();
+      });
+}
+
+// --- what is seen ----------------------------------------------------------------------------------------------------
+
+void TFolderView::GetImageIndex(TListItem* pItem) {
+  auto* const row = static_cast<TFolderRow*>(pItem);
+  const bool wants_state = Selection() && !row->IsStateKnown();
+  if (row->HasLook() && !wants_state) return;
+  const std::shared_ptr<ISelectionStateSource> states = wants_state ? Selection()->GetStateSource() : nullptr;
+  const auto look = std::make_shared<TLook>();
+  const auto ask = [look, states, entry = row->Entry(), folder = fFolder.list, path = PathOf(*row->Entry()),
+                    known = row->HasLook()] {
+    if (!known) {
+      look->image = ImageOf(*entry, folder.Get());
+      look->type = TypeOf(*entry);
+    }
+    bool below = false;
+    // A list of a path knows it without asking.
+    const ComPtr<IItemIdList> object = path.empty() ? folder->Concat(entry->item.Get()) : TKivItemIdList::Create(path);
+    if (states) look->state = states->IsPIDLSelected(object.Get(), below);
+  };
+  const auto show = [this, row, look, known = row->HasLook(), wants_state] {
+    if (!known) row->TakeLook(look->image, std::move(look->type));
+    if (wants_state) row->SetState(look->state);
+    row->Update();
+  };
+  row->Token().Reset(); // what was asked before
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create(ask, row->Token(), show), TPriority::Normal);
+}
+
+} // namespace kiv::sample

@@ -1,0 +1,215 @@
+#include <folder_view/FolderWork.h>
+
+#include <core/FileFunctions.h>
+#include <core/ItemIdList.h>
+#include <core/PathmereError.h>
+#include <core/ShellFolderSource.h>
+#include <platform/ErrorText.h>
+#include <platform/FaultGuard.h>
+#include <platform/Lifecycle.h>
+#include <platform/ShellApi.h>
+#include <walker/Pathmere.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+
+namespace kiv::sample {
+
+namespace {
+
+constexpr std::chrono::milliseconds BetweenDeliveries{100};
+constexpr int FreeWorkers = 4;
+
+HRESULT CodeOf(const EOSError& error) {
+  const auto code = static_cast<HRESULT>(error.ErrorCode());
+  if (FAILED(code)) return code;
+  return code == S_OK ? E_FAIL : HRESULT_FROM_WIN32(static_cast<DWORD>(code));
+}
+
+TFailure CannotShow(const std::wstring& name, HRESULT code) {
+  return {L"\u201C" + name + L"\u201D can't be shown.", code};
+}
+
+// The folder's own answer for one that can't be bound: the shell's own may be no more than "not found".
+HRESULT WhyNot(const std::wstring& path) {
+  std::unique_ptr<IFolderStepper> stepper;
+  const HRESULT opened = TShellFolderSource().OpenFolder(path, stepper);
+  return FAILED(opened) ? opened : E_FAIL;
+}
+
+std::wstring Trimmed(const std::wstring& text) {
+  constexpr const wchar_t* blanks = L" \t\"";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::wstring::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+} // namespace
+
+std::wstring TFailure::Text() const {
+  return *this ? what + L" " + DescribeError(code) : std::wstring();
+}
+
+// --- folders ---------------------------------------------------------------------------------------------------------
+
+TOpenedFolder OpenFolder(const ComPtr<IItemIdList>& pFolder) {
+  TOpenedFolder opened;
+  opened.list = pFolder;
+  try {
+    opened.path = pFolder->DisplayPath();
+    TPathmere walker;
+    walker.SetShowErrorMessages(false);
+    walker.SetFolderIdList(pFolder);
+    if (!walker.GetShellFolder()) throw EPathmereError(E_FAIL, opened.path);
+    opened.diskPath = pFolder->HasAttributes(SFGAO_FILESYSTEM) ? pFolder->Path() : std::wstring();
+    opened.title = pFolder->DisplayName(dnfNormal);
+    // The main thread will ask for this one: whoever doesn't answer isn't to answer there.
+    static_cast<void>(pFolder->HasAttributes(SFGAO_LINK));
+  } catch (const EOSError& error) {
+    const std::wstring disk_path = pFolder->Path();
+    opened.failure = CannotShow(opened.path, disk_path.empty() ? CodeOf(error) : WhyNot(disk_path));
+  } catch (const EException&) {
+    opened.failure = CannotShow(opened.path, E_FAIL);
+  }
+  return opened;
+}
+
+TOpenedFolder OpenFolder(const std::wstring& pText) {
+  const std::wstring text = KIVExpandEnvironmentStrings(Trimmed(pText));
+  const ComPtr<IItemIdList> list = TKivItemIdList::Parse(text);
+  TOpenedFolder opened;
+  if (!list || list->IsInvalid()) {
+    const HRESULT code = WhyNot(text);
+    opened.failure = CannotShow(text, code == E_FAIL ? HRESULT_FROM_WIN32(ERROR_PATH_NOT_FOUND) : code);
+  } else if (!list->IsFolder()) {
+    opened.failure = CannotShow(text, HRESULT_FROM_WIN32(ERROR_DIRECTORY));
+  } else {
+    opened = OpenFolder(list);
+  }
+  return opened;
+}
+
+// --- listing ---------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// One run of ListFolder.
+class TLister {
+public:
+  TLister(const TListing& pListing, ICancellationIndicator& pWithdrawn,
+          const std::function<void(TEntries, bool)>& pDeliver)
+      : fListing(pListing), fWithdrawn(pWithdrawn), fDeliver(pDeliver) {}
+
+  void Run() {
+    TPathmere walker;
+    walker.SetShowErrorMessages(false);
+    walker.SetFolderIdList(fListing.folder.list);
+    TObjectFacts facts(walker.GetShellFolder());
+    auto due = std::chrono::steady_clock::now() + BetweenDeliveries;
+    while (!fWithdrawn.IsCancellationRequested() && walker.Next()) {
+      if (auto entry = ReadEntry(facts, walker.GetItemIdList())) fNew.push_back(std::move(entry));
+      if (std::chrono::steady_clock::now() < due) continue;
+      Deliver(false);
+      due = std::chrono::steady_clock::now() + BetweenDeliveries;
+    }
+    if (!fWithdrawn.IsCancellationRequested()) Deliver(true);
+  }
+
+private:
+  void Deliver(bool complete) {
+    if (!complete && fNew.empty()) return;
+    const auto known = static_cast<std::ptrdiff_t>(fAll.size());
+    SortEntries(fNew, fListing.order);
+    fAll.insert(fAll.end(), std::make_move_iterator(fNew.begin()), std::make_move_iterator(fNew.end()));
+    fNew.clear();
+    if (fListing.order.column == TFolderColumn::Type) {
+      SortEntries(fAll, fListing.order);
+    } else {
+      std::inplace_merge(fAll.begin(), fAll.begin() + known, fAll.end(),
+                         [this](const TEntry& a, const TEntry& b) { return StandsBefore(*a, *b, fListing.order); });
+    }
+    if (known == 0) LookAtFirstPage();
+    if (!fWithdrawn.IsCancellationRequested()) fDeliver(fAll, complete);
+  }
+
+  // So that what is painted first needn't be painted again.
+  void LookAtFirstPage() {
+    const std::size_t count = std::min(fAll.size(), static_cast<std::size_t>(fListing.page));
+    for (std::size_t i = 0; i < count && !fWithdrawn.IsCancellationRequested(); ++i) {
+      if (!LooksLikeItsKind(*fAll[i])) continue;
+      auto entry = std::make_shared<TFolderEntry>(*fAll[i]);
+      entry->image = ImageOf(*entry, fListing.folder.list.Get());
+      entry->type = TypeOf(*entry);
+      fAll[i] = std::move(entry);
+    }
+  }
+
+  const TListing& fListing;
+  ICancellationIndicator& fWithdrawn;
+  const std::function<void(TEntries, bool)>& fDeliver;
+  TEntries fAll;
+  TEntries fNew;
+};
+
+} // namespace
+
+TFailure ListFolder(const TListing& pListing, ICancellationIndicator& pWithdrawn,
+                    const std::function<void(TEntries pEntries, bool pComplete)>& pDeliver) {
+  try {
+    TLister(pListing, pWithdrawn, pDeliver).Run();
+  } catch (const EOSError& error) {
+    return CannotShow(pListing.folder.path, CodeOf(error));
+  }
+  return {};
+}
+
+std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
+                                 ICancellationIndicator& pWithdrawn) {
+  std::vector<TReread> answers;
+  TPathmere walker;
+  walker.SetShowErrorMessages(false);
+  walker.SetFolderIdList(pFolder.list);
+  const ComPtr<IShellFolder> folder = walker.GetShellFolder();
+  TObjectFacts facts(folder, pFolder.diskPath, TFactsPrecision::Exact);
+  for (const std::wstring& name : pNames) {
+    if (pWithdrawn.IsCancellationRequested()) return {};
+    std::wstring text = name; // the platform's declaration takes it for changeable
+    PIDLIST_RELATIVE raw = nullptr;
+    const HRESULT hr =
+        GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &raw, nullptr); });
+    TUniqueItemIdList item(raw);
+    const bool found = SUCCEEDED(hr) && item;
+    answers.push_back({KeyOfName(name), found ? ReadEntry(facts, TKivItemIdList::Create(std::move(item))) : nullptr});
+  }
+  return answers;
+}
+
+// --- workers ---------------------------------------------------------------------------------------------------------
+
+namespace {
+
+std::unique_ptr<TWorkerThreadPool> gWorkers;
+
+} // namespace
+
+TWorkerThreadPool& FolderWorkers() {
+  if (!gWorkers) {
+    gWorkers = std::make_unique<TWorkerThreadPool>(true);
+    gWorkers->SetMaxTimeUntilHardTerminate(200);
+    gWorkers->SetMaxCpuUsage(100);
+    gWorkers->SetMaxIdleTime(10'000);
+    AtShutdown([] { gWorkers.reset(); });
+    MakeRoom();
+  }
+  return *gWorkers;
+}
+
+void MakeRoom() {
+  TWorkerThreadPool& workers = FolderWorkers();
+  const int wanted = workers.GetActiveThreadCount() + FreeWorkers;
+  if (wanted > workers.GetMaxRunningThreads()) workers.SetMaxRunningThreads(wanted);
+  workers.SetMinWorkerThreads(wanted);
+}
+
+} // namespace kiv::sample
