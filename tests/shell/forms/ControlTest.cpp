@@ -204,6 +204,25 @@ TEST(Control, TheKeyboardGoesOnWhenItsControlIsDisabledOrHidden) {
   EXPECT_EQ(GetFocus(), panel.GetHandle());
 }
 
+TEST(Control, InADesignerItIsSeenAndDoesNothing) {
+  THostWindow host;
+  TNotedControl root;
+  root.SetBounds(0, 0, 200, 100);
+  auto* const button = new TPlatformControl(&root, L"BUTTON");
+  button->SetParent(&root);
+  root.SetDesigning(true);
+  button->SetVisible(false);
+  button->SetEnabled(false);
+  root.CreateParented(host.Get());
+  EXPECT_TRUE(IsWindowVisible(button->GetHandle()));
+  EXPECT_TRUE(IsWindowEnabled(button->GetHandle())); // for the designer's mouse
+  int pressed = 0;
+  button->SetOnMouseDown([&](TPersistent*, TMouseButton, TShiftState, int, int) { ++pressed; });
+  ClickMouse(MiddleOf(button->GetHandle()));
+  EXPECT_EQ(pressed, 0);
+  EXPECT_TRUE(button->commands.empty());
+}
+
 TEST(Control, TheParentsLookIsTakenOverUntilItIsSet) {
   TNotedControl parent;
   auto* const child = new TNotedControl(&parent);
