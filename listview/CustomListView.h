@@ -281,6 +281,7 @@ protected:
   void MouseMove(TShiftState pShift, int pX, int pY) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void CMHintShow(TMessage& pMessage) override;
+  void WMGetObject(TMessage& pMessage) override;
   void CMMouseLeave(TMessage& pMessage) override;
   void CMEnabledChanged(TMessage& pMessage) override;
   void CMColorChanged(TMessage& pMessage) override;
