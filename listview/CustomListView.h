@@ -471,7 +471,7 @@ class KIV_EXPORT TListView : public TCustomListView {
 public:
   explicit TListView(TComponent* pOwner = nullptr) : TCustomListView(pOwner) {}
   ~TListView() override { EndListView(); }
-  std::wstring ClassName() const override { return L"TListView"; }
+  std::wstring ClassName() const override;
 };
 
 } // namespace kiv
