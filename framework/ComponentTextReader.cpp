@@ -196,6 +196,10 @@ void TComponentReader::ReadObject(TPersistent& pObject, const TProperty& pProper
     ReadStrings(static_cast<TStrings&>(*inner), pWhere);
     return;
   }
+  if (pProperty.kind == TPropertyKind::Collection) {
+    ReadCollection(static_cast<TCollection&>(*inner), pWhere);
+    return;
+  }
   if (!fToken.Is(L'{')) RaiseProperty(pWhere, L"expected '{', found " + Describe(fToken) + L".", fToken.line);
   const TLevel level(*this);
   Advance();
@@ -216,7 +220,45 @@ void TComponentReader::ReadStrings(TStrings& pStrings, const std::wstring& pWher
   Guarded(pWhere, line, [&] { pStrings.SetStrings(std::move(texts)); });
 }
 
+// What stood in it goes.
+void TComponentReader::ReadCollection(TCollection& pCollection, const std::wstring& pWhere) {
+  const int line = fToken.line;
+  if (!fToken.Is(L'(')) RaiseProperty(pWhere, L"expected '(', found " + Describe(fToken) + L".", line);
+  const TLevel level(*this);
+  Advance();
+  struct TScope {
+    TComponentReader& reader;
+    TCollection& collection;
+    explicit TScope(TComponentReader& pReader, TCollection& pInner) : reader(pReader), collection(pInner) {
+      ++reader.fCollections;
+      collection.BeginUpdate();
+    }
+    ~TScope() {
+      --reader.fCollections;
+      try {
+        collection.EndUpdate();
+      } catch (...) {
+        ReportException(std::current_exception());
+      }
+    }
+  };
+  const TScope scope(*this, pCollection);
+  Guarded(pWhere, line, [&] { pCollection.Clear(); });
+  for (int index = 0; !Accept(L')'); ++index) {
+    if (!fToken.Is(L'{')) RaiseExpected(L"'{' or ')'");
+    const TLevel inner(*this);
+    const std::wstring where = pWhere + L"[" + std::to_wstring(index) + L"]";
+    TPersistent* item = nullptr;
+    Guarded(where, fToken.line, [&] { item = pCollection.Add(); });
+    if (!item) RaiseProperty(where, L"there is no item to read into.", fToken.line);
+    Advance();
+    ReadBody(*item, nullptr, where);
+  }
+}
+
 void TComponentReader::ReadReference(TPersistent& pObject, const TProperty& pProperty, const std::wstring& pWhere) {
+  // Items may be gone by the time that references are set.
+  if (fCollections > 0) RaiseProperty(pWhere, L"a reference can't stand in a collection.", fToken.line);
   const bool isNil = fToken.IsWord(L"nil");
   if (!isNil && !fToken.IsWord(L"root") && fToken.kind != TTokenKind::Reference) {
     RaiseProperty(pWhere, L"expected a reference (@name, root or nil), found " + Describe(fToken) + L".", fToken.line);

@@ -53,6 +53,7 @@ private:
   void ReadProperty(TPersistent& pObject, const TPublishedClass& pClass, const std::wstring& pWhere);
   void ReadObject(TPersistent& pObject, const TProperty& pProperty, const std::wstring& pWhere);
   void ReadStrings(TStrings& pStrings, const std::wstring& pWhere);
+  void ReadCollection(TCollection& pCollection, const std::wstring& pWhere);
   void ReadReference(TPersistent& pObject, const TProperty& pProperty, const std::wstring& pWhere);
   TPropertyValue ReadValue(const TProperty& pProperty, const std::wstring& pWhere);
   std::int64_t ReadInteger(const TProperty& pProperty, const std::wstring& pWhere);
@@ -72,6 +73,7 @@ private:
   TComponentTextLexer fLexer;
   TToken fToken;
   int fDepth = 0;
+  int fCollections = 0; // that are being read, one in the other
   TComponent* fRoot = nullptr;
   std::unique_ptr<TComponent> fOwnRoot;
   std::optional<TAliveWatch> fRootWatch;

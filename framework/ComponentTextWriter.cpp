@@ -35,6 +35,7 @@ private:
   void WriteValue(TPersistent& object, const TProperty& property, const std::wstring& where);
   void WriteObject(TPersistent& object, const TProperty& property, const std::wstring& where);
   void WriteStrings(const TStrings& strings, const TProperty& property);
+  void WriteCollection(const TCollection& collection, const TProperty& property, const std::wstring& where);
   std::wstring ValueText(const TPropertyValue& value, const TProperty& property, const std::wstring& where) const;
   std::wstring SetText(TSetValue value, const TProperty& property, const std::wstring& where) const;
   std::wstring ReferenceText(const TComponent* target, const std::wstring& where) const;
@@ -51,6 +52,7 @@ private:
   TComponent& fRoot;
   std::wstring fText;
   int fDepth = 0;
+  int fCollections = 0; // that are being written, one in the other
 };
 
 const TPublishedClass& TComponentWriter::ClassOf(const TPersistent& object, const std::wstring& where) const {
@@ -102,6 +104,10 @@ void TComponentWriter::WriteObject(TPersistent& object, const TProperty& propert
     WriteStrings(static_cast<TStrings&>(*inner), property);
     return;
   }
+  if (property.kind == TPropertyKind::Collection) {
+    WriteCollection(static_cast<TCollection&>(*inner), property, where);
+    return;
+  }
   const std::size_t before = fText.size();
   Line(property.name + L" = {");
   const std::size_t opened = fText.size();
@@ -123,6 +129,26 @@ void TComponentWriter::WriteStrings(const TStrings& strings, const TProperty& pr
   std::wstring line = property.name + L" = (";
   for (int i = 0; i < count; ++i) line.append(i > 0 ? L", " : L"").append(QuoteComponentText(strings.Get(i)));
   Line(line + L")");
+}
+
+void TComponentWriter::WriteCollection(const TCollection& collection, const TProperty& property,
+                                       const std::wstring& where) {
+  const int count = collection.GetCount();
+  if (count == 0 && !property.alwaysStored) return;
+  Line(property.name + L" = (");
+  CheckDepth(++fDepth, where);
+  ++fCollections;
+  for (int i = 0; i < count; ++i) {
+    const std::wstring path = where + L"[" + std::to_wstring(i) + L"]";
+    Line(L"{");
+    CheckDepth(++fDepth, path);
+    WriteProperties(*collection.GetItem(i), path);
+    --fDepth;
+    Line(L"}");
+  }
+  --fCollections;
+  --fDepth;
+  Line(L")");
 }
 
 std::wstring TComponentWriter::ValueText(const TPropertyValue& value, const TProperty& property,
@@ -164,6 +190,7 @@ std::wstring TComponentWriter::SetText(TSetValue value, const TProperty& propert
 }
 
 std::wstring TComponentWriter::ReferenceText(const TComponent* target, const std::wstring& where) const {
+  if (fCollections > 0) throw EPropertyError(where + L": a reference can't stand in a collection.");
   if (!target) return L"nil";
   if (target == &fRoot) return L"root";
   std::wstring path;

@@ -1,5 +1,7 @@
 #include <framework/Persistent.h>
 
+#include <framework/Collection.h>
+
 #include <framework/Exceptions.h>
 
 namespace kiv {
@@ -13,6 +15,8 @@ namespace {
 } // namespace
 
 TPersistent::~TPersistent() = default;
+
+TCollection::~TCollection() = default;
 
 std::wstring TPersistent::ClassName() const {
   return L"TPersistent";

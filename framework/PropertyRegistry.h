@@ -1,5 +1,6 @@
 #pragma once
 
+#include <framework/Collection.h>
 #include <framework/PropertyValue.h>
 #include <platform/Export.h>
 
@@ -30,17 +31,17 @@ struct TProperty {
   TIntegerRange range;
   /// A value that equals it isn't saved. Without one the value is always saved. A reference's default is null.
   std::optional<TPropertyValue> defaultValue;
-  /// For Strings: an empty list is saved as well, because the constructor puts something in.
+  /// For Strings and Collection: an empty one is saved as well, because the constructor puts something in.
   bool alwaysStored = false;
 
   /// Says whether the object at hand saves the property at all; empty: by its default alone.
   std::function<bool(TPersistent&)> isStored;
 
-  /// Empty for Object and Strings.
+  /// Empty for Object, Strings and Collection.
   std::function<TPropertyValue(TPersistent&)> get;
-  /// Empty for a property that is read-only, and for Object and Strings. Passes on what the setter raises.
+  /// Empty for a property that is read-only, and for Object, Strings and Collection. Passes on what the setter raises.
   std::function<void(TPersistent&, const TPropertyValue&)> set;
-  /// For Object and Strings: the object itself; may be null.
+  /// For Object, Strings and Collection: the object itself; may be null.
   std::function<TPersistent*(TPersistent&)> object;
 
   bool IsReadOnly() const noexcept { return !set && !object; }
@@ -149,14 +150,16 @@ public:
     return Add(Describe<TResult<G>>(pName, pGetter, pDocumentation));
   }
 
-  /// An object or a string list that belongs to the component. The getter gives a reference or a pointer.
+  /// An object, a string list or a collection that belongs to the component. The getter gives a reference or a pointer.
   template <typename G>
   TClassPublisher& Object(const wchar_t* pName, G pGetter, const wchar_t* pDocumentation, bool pAlwaysStored = false) {
     using R = std::remove_reference_t<std::remove_pointer_t<std::invoke_result_t<G, T&>>>;
     static_assert(std::is_base_of_v<TPersistent, R> && !std::is_const_v<R>);
     TProperty property;
     property.name = pName;
-    property.kind = std::is_base_of_v<TStrings, R> ? TPropertyKind::Strings : TPropertyKind::Object;
+    property.kind = std::is_base_of_v<TStrings, R>      ? TPropertyKind::Strings
+                    : std::is_base_of_v<TCollection, R> ? TPropertyKind::Collection
+                                                        : TPropertyKind::Object;
     property.documentation = pDocumentation;
     property.alwaysStored = pAlwaysStored;
     property.object = [pGetter](TPersistent& object) -> TPersistent* {

@@ -25,7 +25,8 @@ enum class TPropertyKind {
   Set,         ///< a TSet of an enumeration, by the names of its values
   Component,   ///< a reference to another component; the property's owner doesn't own it
   Object,      ///< a TPersistent that belongs to the property's owner and has properties of its own
-  Strings      ///< a TStrings that belongs to the property's owner
+  Strings,     ///< a TStrings that belongs to the property's owner
+  Collection   ///< a TCollection that belongs to the property's owner
 };
 
 /// The names of an enumeration's values. An application specialises it for each enumeration that it publishes:
@@ -62,7 +63,7 @@ struct TSetValue {
   friend bool operator==(const TSetValue&, const TSetValue&) = default;
 };
 
-/// The value of a property of any kind but Object and Strings.
+/// The value of a property of any kind but Object, Strings and Collection.
 using TPropertyValue = std::variant<bool, std::int64_t, double, std::wstring, TEnumValue, TSetValue, TComponent*>;
 
 /// The least and the greatest value that an integer property takes.

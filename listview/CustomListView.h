@@ -281,6 +281,7 @@ protected:
   void MouseMove(TShiftState pShift, int pX, int pY) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void CMHintShow(TMessage& pMessage) override;
+  void WMGetObject(TMessage& pMessage) override;
   void CMMouseLeave(TMessage& pMessage) override;
   void CMEnabledChanged(TMessage& pMessage) override;
   void CMColorChanged(TMessage& pMessage) override;
@@ -470,7 +471,7 @@ class KIV_EXPORT TListView : public TCustomListView {
 public:
   explicit TListView(TComponent* pOwner = nullptr) : TCustomListView(pOwner) {}
   ~TListView() override { EndListView(); }
-  std::wstring ClassName() const override { return L"TListView"; }
+  std::wstring ClassName() const override;
 };
 
 } // namespace kiv

@@ -122,7 +122,10 @@ void TCustomListView::Tick(TListItem& pItem) {
   const TAliveWatch alive(GetAliveToken());
   const TAliveWatch row(pItem.GetAliveToken());
   pItem.SetChecked(pItem.GetCheckMixed() || !pItem.GetChecked());
-  if (alive.IsAlive() && row.IsAlive()) DoItemChecked(&pItem);
+  if (!alive.IsAlive() || !row.IsAlive()) return;
+  if (HandleAllocated())
+    NotifyWinEvent(EVENT_OBJECT_STATECHANGE, AllocatedHandle(), OBJID_CLIENT, pItem.GetIndex() + 1);
+  DoItemChecked(&pItem);
 }
 
 void TCustomListView::MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) {

@@ -1,4 +1,5 @@
 #include <listview/CustomListView.h>
+#include <listview/ListAccessible.h>
 #include <listview/NativeScope.h>
 
 #include <graphics/StyleServices.h>
@@ -109,6 +110,16 @@ void TCustomListView::WMDestroy(TMessage& pMessage) {
   fIsReady = fIsAwake = false;
   fItems->WishDetails(0, fItems->GetCount() - 1);
   TWinControl::WMDestroy(pMessage);
+}
+
+void TCustomListView::WMGetObject(TMessage& pMessage) {
+  if (static_cast<LONG>(pMessage.LParam) == static_cast<LONG>(OBJID_CLIENT)) {
+    if (const ComPtr<IAccessible> object = MakeListAccessible(*this)) {
+      pMessage.Result = AnswerWithObject(pMessage.WParam, *object.Get());
+      return;
+    }
+  }
+  TWinControl::WMGetObject(pMessage);
 }
 
 void TCustomListView::StyleChanged() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <framework/Collection.h>
 #include <framework/Event.h>
 #include <framework/Persistent.h>
 #include <listview/ListTypes.h>
@@ -104,7 +105,7 @@ private:
 };
 
 /// The columns of a list view: which there are, and in which order they stand on the screen.
-class KIV_EXPORT TListColumns : public TPersistent {
+class KIV_EXPORT TListColumns : public TCollection {
 public:
   /// The host outlives the columns.
   explicit TListColumns(IListColumnsHost& pHost);
@@ -116,24 +117,24 @@ public:
   void Assign(const TPersistent* pSource) override;
 
   IListColumnsHost& GetHost() const noexcept { return fHost; }
-  int GetCount() const noexcept { return static_cast<int>(fColumns.size()); }
+  int GetCount() const noexcept override { return static_cast<int>(fColumns.size()); }
   /// Raises EListError for an index out of range.
-  TListColumn* GetItem(int pIndex) const;
+  TListColumn* GetItem(int pIndex) const override;
   TListColumn* operator[](int pIndex) const { return GetItem(pIndex); }
   int IndexOf(const TListColumn* pColumn) const noexcept;
   TListColumn* FindItemID(int pId) const noexcept;
 
   /// A column at the end, on the screen as well.
-  TListColumn* Add();
+  TListColumn* Add() override;
   /// At this place in the list, and on the screen where the one that stood there was.
   TListColumn* Insert(int pIndex);
   void Delete(int pIndex);
-  void Clear();
+  void Clear() override;
 
   /// Between the two the header isn't touched. May be nested.
-  void BeginUpdate() noexcept { ++fUpdateCount; }
+  void BeginUpdate() noexcept override { ++fUpdateCount; }
   /// Raises EInvalidOperation without a BeginUpdate.
-  void EndUpdate();
+  void EndUpdate() override;
   bool IsUpdating() const noexcept { return fUpdateCount > 0; }
 
   /// The indexes of the columns from left to right.

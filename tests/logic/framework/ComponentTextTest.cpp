@@ -56,6 +56,17 @@ TEST_F(ComponentText, ATreeWithEveryKindOfPropertySurvives) {
     Size = 9
   }
   Lines = ("one", "", "two \"2\"")
+  Parts = (
+    {
+      Name = "first"
+      Parts = (
+        {
+        }
+      )
+    }
+    {
+    }
+  )
   Caption = ""
   component TGadget child1 {
     Mode = gmOff
@@ -185,6 +196,11 @@ TEST_F(ComponentText, EveryErrorSaysWhereAndWhat) {
       {L"component TGadget g { Modes = [gmOff gmSlow]", L"Line 2, column 38: Expected ',', found gmSlow."},
       {L"component TGadget g { Font = 5 }", L"g.Font (line 2): expected '{', found 5."},
       {L"component TGadget g { Lines = \"a\" }", L"g.Lines (line 2): expected '(', found \"a\"."},
+      {L"component TGadget g { Parts = 5 }", L"g.Parts (line 2): expected '(', found 5."},
+      {L"component TGadget g { Parts = ({} 5) }", L"Line 2, column 35: Expected '{' or ')', found 5."},
+      {L"component TGadget g { Parts = ({} {Name = \"bad\"})}", L"g.Parts[1].Name (line 2): a bad part"},
+      {L"component TGadget g { Parts = ({Link = root})}",
+       L"g.Parts[0].Link (line 2): a reference can't stand in a collection."},
       {L"component TGadget g { Link = \"a\" }",
        L"g.Link (line 2): expected a reference (@name, root or nil), found \"a\"."},
       {L"component TGadget g { Link = @a.b component TGadget a {} }", L"g.Link (line 2): there is no component @a.b."},
@@ -290,6 +306,8 @@ TEST_F(ComponentText, WhatCannotBeReadBackIsNotSaved) {
   EXPECT_EQ(message([](TGadget& g) { g.SetLink(new TGadget(&g)); }),
             L"g.Link: refers to a component that has no name.");
   EXPECT_EQ(message([&](TGadget& g) { g.SetLink(&stranger); }), L"g.Link: stranger isn't part of what is saved.");
+  EXPECT_EQ(message([](TGadget& g) { static_cast<TGadgetPart*>(g.GetParts().Add())->SetLink(&g); }),
+            L"g.Parts[0].Link: a reference can't stand in a collection.");
   EXPECT_EQ(message([](TGadget& g) { new TUnknown(&g); }), L"TUnknown: the class TUnknown isn't registered.");
   EXPECT_EQ(message([](TGadget& g) {
               TComponent* at = &g;
@@ -353,8 +371,9 @@ TEST_F(ComponentText, RegistryListsInheritedPropertiesAndRefusesDoubles) {
   ASSERT_NE(box, nullptr);
   std::vector<std::wstring> names;
   for (const TProperty* property : TPropertyRegistry::PropertiesOf(*box)) names.push_back(property->name);
-  EXPECT_EQ(names, (std::vector<std::wstring>{L"Tag", L"Version", L"Enabled", L"Count", L"Big", L"Ratio", L"Short",
-                                              L"Filter", L"Mode", L"Modes", L"Link", L"Font", L"Lines", L"Caption"}));
+  EXPECT_EQ(names,
+            (std::vector<std::wstring>{L"Tag", L"Version", L"Enabled", L"Count", L"Big", L"Ratio", L"Short", L"Filter",
+                                       L"Mode", L"Modes", L"Link", L"Font", L"Lines", L"Parts", L"Caption"}));
   EXPECT_TRUE(box->FindProperty(L"Version")->IsReadOnly());
   // An unregistered class goes by the nearest name it gives itself, and only if it is one.
   struct TUnregistered : TGadget {

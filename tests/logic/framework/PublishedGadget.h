@@ -4,9 +4,11 @@
 #include <framework/StringList.h>
 
 #include <cstdint>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -38,6 +40,53 @@ private:
   std::wstring fName;
   std::int8_t fSize = 8;
 };
+
+/// A part of a gadget, which has parts in turn.
+class TGadgetPart;
+class TGadgetParts : public TCollection {
+public:
+  TGadgetParts();
+  ~TGadgetParts() override;
+  std::wstring ClassName() const override { return L"TGadgetParts"; }
+  int GetCount() const noexcept override { return static_cast<int>(fParts.size()); }
+  TPersistent* GetItem(int pIndex) const override;
+  TPersistent* Add() override;
+  void Clear() override { fParts.clear(); }
+  void BeginUpdate() noexcept override { ++Updates; }
+  void EndUpdate() override { --Updates; }
+
+  int Updates = 0;
+
+private:
+  std::vector<std::unique_ptr<TGadgetPart>> fParts;
+};
+
+class TGadgetPart : public TPersistent {
+public:
+  std::wstring ClassName() const override { return L"TGadgetPart"; }
+  const std::wstring& GetName() const { return fName; }
+  void SetName(const std::wstring& pName) {
+    if (pName == L"bad") throw EInvalidOperation(L"a bad part");
+    fName = pName;
+  }
+  TComponent* GetLink() const { return fLink; }
+  void SetLink(TComponent* pLink) { fLink = pLink; }
+  TGadgetParts& GetParts() { return fParts; }
+
+private:
+  std::wstring fName;
+  TComponent* fLink = nullptr;
+  TGadgetParts fParts;
+};
+
+inline TGadgetParts::TGadgetParts() = default;
+inline TGadgetParts::~TGadgetParts() = default;
+inline TPersistent* TGadgetParts::GetItem(int pIndex) const {
+  return fParts.at(static_cast<std::size_t>(pIndex)).get();
+}
+inline TPersistent* TGadgetParts::Add() {
+  return fParts.emplace_back(std::make_unique<TGadgetPart>()).get();
+}
 
 /// A component with a property of every kind.
 class TGadget : public TComponent {
@@ -75,6 +124,7 @@ public:
   }
   TGadgetFont& GetFont() { return fFont; }
   TStringList* GetLines() { return &fLines; }
+  TGadgetParts& GetParts() { return fParts; }
 
   /// What the loader did to this one.
   int LoadedCalls = 0;
@@ -106,6 +156,7 @@ private:
   TGadget* fLink = nullptr;
   TGadgetFont fFont;
   TStringList fLines;
+  TGadgetParts fParts;
 };
 
 /// Inherits all of it and adds one.
@@ -125,6 +176,10 @@ inline void PublishGadgets() {
   PublishClass<TGadgetFont, TPersistent>(L"TGadgetFont", L"A font, as far as the tests need one.")
       .Property(L"Name", &TGadgetFont::GetName, &TGadgetFont::SetName, L"", L"The family.")
       .Property(L"Size", &TGadgetFont::GetSize, &TGadgetFont::SetSize, std::int8_t{8}, L"In points.");
+  PublishClass<TGadgetPart, TPersistent>(L"TGadgetPart", L"A part.")
+      .Property(L"Name", &TGadgetPart::GetName, &TGadgetPart::SetName, L"", L"")
+      .Property(L"Link", &TGadgetPart::GetLink, &TGadgetPart::SetLink, L"")
+      .Object(L"Parts", &TGadgetPart::GetParts, L"");
   PublishClass<TGadget>(L"TGadget", L"Has a property of every kind.")
       .Property(L"Enabled", &TGadget::GetEnabled, &TGadget::SetEnabled, true, L"")
       .Property(L"Count", &TGadget::GetCount, &TGadget::SetCount, std::uint8_t{0}, L"")
@@ -136,7 +191,8 @@ inline void PublishGadgets() {
       .Property(L"Modes", &TGadget::GetModes, &TGadget::SetModes, TGadgetModes{}, L"")
       .Property(L"Link", &TGadget::GetLink, &TGadget::SetLink, L"")
       .Object(L"Font", &TGadget::GetFont, L"")
-      .Object(L"Lines", &TGadget::GetLines, L"");
+      .Object(L"Lines", &TGadget::GetLines, L"")
+      .Object(L"Parts", &TGadget::GetParts, L"");
   PublishClass<TGadgetBox, TGadget>(L"TGadgetBox", L"A gadget with a caption.")
       .Property(L"Caption", &TGadgetBox::GetCaption, &TGadgetBox::SetCaption, L"Box", L"");
 }
