@@ -167,6 +167,7 @@ TShellApi BindShellApi(const TModuleSource& pSource) {
   TShellApi api;
   const HMODULE ntdll = binder.Require(L"ntdll", L"Pathmere Components: Cannot open ntdll.dll");
   KIV_BIND(ntdll, RtlGetVersion);
+  KIV_BIND(ntdll, NtQueryInformationFile);
   KIV_BIND(ntdll, wine_get_version);
   BindShell(binder, api);
   BindSystem(binder, api);

@@ -1,5 +1,6 @@
 #include <platform/fill/DirectoryHandle.h>
 
+#include <platform/ShellApi.h>
 #include <platform/TempPath.h>
 #include <platform/fill/LiteralPath.h>
 
@@ -27,10 +28,19 @@ TUniqueHandle OpenFolder(const std::wstring& path, DWORD access, DWORD flags) {
       CreateFileW(LiteralPath(path).c_str(), access, ShareAll, nullptr, OPEN_EXISTING, OpenDirectory | flags, nullptr));
 }
 
-TFileIdentity IdentityOfHandle(HANDLE file) {
+// Without the volume, which may be asked of another process (Wine) and takes a hundred times as long.
+// "FileInternalInformation".
+std::uint64_t FileNumberOf(HANDLE file) {
+  constexpr int internal_information = 6;
+  void* status[2] = {};
+  LARGE_INTEGER number{};
+  const auto query = ShellApi().NtQueryInformationFile;
+  if (query && query(file, status, &number, sizeof(number), internal_information) >= 0) {
+    return static_cast<std::uint64_t>(number.QuadPart);
+  }
   BY_HANDLE_FILE_INFORMATION info;
-  if (!GetFileInformationByHandle(file, &info)) return {};
-  return {info.dwVolumeSerialNumber, static_cast<std::uint64_t>(info.nFileIndexHigh) << 32U | info.nFileIndexLow};
+  if (!GetFileInformationByHandle(file, &info)) return 0;
+  return static_cast<std::uint64_t>(info.nFileIndexHigh) << 32U | info.nFileIndexLow;
 }
 
 IWatchedFolders::TKind KindOfAttributes(DWORD attributes) {
@@ -48,9 +58,14 @@ bool Arm(TDirectoryHandle& handle) noexcept {
 
 } // namespace
 
-TFileIdentity IdentityOf(const std::wstring& pPath) {
+DWORD TDirectoryHandle::Volume() const {
+  BY_HANDLE_FILE_INFORMATION info;
+  return GetFileInformationByHandle(file.Get(), &info) ? info.dwVolumeSerialNumber : 0;
+}
+
+std::uint64_t FileNumberAt(const std::wstring& pPath) {
   const TUniqueHandle file = OpenFolder(pPath, 0, 0);
-  return file ? IdentityOfHandle(file.Get()) : TFileIdentity{};
+  return file ? FileNumberOf(file.Get()) : 0;
 }
 
 TDirectoryHandle::~TDirectoryHandle() {
@@ -128,7 +143,7 @@ TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree,
   handle->size = pTag.folder == TWatchedTree::RootFolder ? RootBuffer : FolderBuffer;
   handle->buffer = std::make_unique_for_overwrite<DWORD[]>(handle->size / sizeof(DWORD));
   if (!handle->file || !CreateIoCompletionPort(handle->file.Get(), fPort.Get(), 0, 0) || !Arm(*handle)) return nullptr;
-  handle->identity = IdentityOfHandle(handle->file.Get());
+  handle->number = FileNumberOf(handle->file.Get());
   return handle.release();
 }
 

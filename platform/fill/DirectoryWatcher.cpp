@@ -54,10 +54,7 @@ struct TWatch final : IWatchedFolders {
   bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
     auto handle = port.Open(pPath, pSubtree, {this, pFolder});
     if (!handle) return false;
-    if (pFolder == TWatchedTree::RootFolder) {
-      identity = handle->identity;
-      handle->AskBeforeEject(deviceWindow);
-    }
+    if (pFolder == TWatchedTree::RootFolder) handle->AskBeforeEject(deviceWindow);
     handles[pFolder] = handle;
     return true;
   }
@@ -75,15 +72,15 @@ struct TWatch final : IWatchedFolders {
   }
   bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
     const auto found = handles.find(pFolder);
-    return found != handles.end() && found->second->identity == IdentityOf(pPath);
+    return found != handles.end() && found->second->number == FileNumberAt(pPath);
   }
   std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
   bool IsEmpty(const std::wstring& pPath) override { return IsDirectoryEmpty(pPath); }
 
-  HANDLE RootHandle() const {
+  const TDirectoryHandle* Root() const {
     const auto root = handles.find(TWatchedTree::RootFolder);
-    return root == handles.end() ? nullptr : root->second->file.Get();
+    return root == handles.end() ? nullptr : root->second;
   }
 
   const std::uint32_t number;
@@ -91,7 +88,6 @@ struct TWatch final : IWatchedFolders {
   const std::shared_ptr<TNoticeQueue> queue;
   const HWND deviceWindow;
   std::map<std::uint64_t, TDirectoryHandle*> handles;
-  TFileIdentity identity;
   std::uint64_t releasedUntil = 0;
   bool complete = false;
   bool tellComplete = false; // the listeners may have listed the folder before everything was open
@@ -141,12 +137,13 @@ public:
   }
 
   void Release(HANDLE pHandle) {
-    const auto asked = std::find_if(fWatches.begin(), fWatches.end(),
-                                    [pHandle](const auto& watch) { return watch.second->RootHandle() == pHandle; });
+    const auto asked = std::find_if(fWatches.begin(), fWatches.end(), [pHandle](const auto& watch) {
+      return watch.second->Root() && watch.second->Root()->file.Get() == pHandle;
+    });
     if (asked == fWatches.end()) return; // let go with another one
-    const std::uint32_t volume = asked->second->identity.volume;
+    const std::uint32_t volume = asked->second->Root()->Volume();
     for (auto& [number, watch] : fWatches) {
-      if (!watch->tree.IsOpen() || watch->identity.volume != volume) continue;
+      if (!watch->Root() || watch->Root()->Volume() != volume) continue;
       watch->releasedUntil = GetTickCount64() + ReleasedFor;
       Lose(*watch);
     }
@@ -271,7 +268,7 @@ private:
     if (tree.IsOpen()) {
       // A server that doesn't answer would hold up all other watches, and its end is reported.
       if (tree.Path().starts_with(LR"(\\)")) return;
-      if (IdentityOf(tree.Path()) != pWatch.identity) return Lose(pWatch);
+      if (!pWatch.IsAt(TWatchedTree::RootFolder, tree.Path())) return Lose(pWatch);
       if (pWatch.complete) tree.LetGoOfEmpty();
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
