@@ -93,37 +93,40 @@ IWatchedFolders::TKind KindOfPath(const std::wstring& pPath) {
 
 namespace {
 
-// Until `take` says that it is enough. False if the directory can't be listed.
+// Until `take` says that it is enough. By the handle: its path may be another folder's by now. False if the directory
+// can't be listed.
 template <typename F>
-bool ForEachIn(const std::wstring& path, FINDEX_SEARCH_OPS what, F&& take) {
-  WIN32_FIND_DATAW data;
-  std::wstring pattern = LiteralPath(path);
-  pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
-  const TUniqueFind find(
-      FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &data, what, nullptr, FIND_FIRST_EX_LARGE_FETCH));
-  if (!find) return false;
-  do {
-    const std::wstring_view name = data.cFileName;
-    if (name != L"." && name != L".." && !take(name, KindOfAttributes(data.dwFileAttributes))) break;
-  } while (FindNextFileW(find.Get(), &data));
-  return true;
+bool ForEachIn(HANDLE directory, F&& take) {
+  alignas(FILE_ID_BOTH_DIR_INFO) std::byte buffer[16 * 1024];
+  FILE_INFO_BY_HANDLE_CLASS part = FileIdBothDirectoryRestartInfo;
+  for (; GetFileInformationByHandleEx(directory, part, buffer, sizeof(buffer)); part = FileIdBothDirectoryInfo) {
+    const std::byte* at = buffer;
+    for (std::size_t next = 1; next != 0; at += next) {
+      const auto* const info = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(at);
+      next = info->NextEntryOffset;
+      const std::wstring_view name(info->FileName, info->FileNameLength / sizeof(wchar_t));
+      if (name != L"." && name != L".." && !take(name, KindOfAttributes(info->FileAttributes))) return true;
+    }
+  }
+  return GetLastError() == ERROR_NO_MORE_FILES;
 }
 
 } // namespace
 
-std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles) {
-  std::vector<IWatchedFolders::TEntry> entries;
-  ForEachIn(pPath, pFiles ? FindExSearchNameMatch : FindExSearchLimitToDirectories,
-            [&](std::wstring_view name, IWatchedFolders::TKind kind) {
-              if (pFiles || kind != IWatchedFolders::TKind::File) entries.push_back({std::wstring(name), kind});
-              return true;
-            });
-  return entries;
+std::uint64_t ListDirectory(const std::wstring& pPath, bool pFiles, std::vector<IWatchedFolders::TEntry>& pEntries) {
+  const TUniqueHandle directory = OpenFolder(pPath, FILE_LIST_DIRECTORY, 0);
+  const bool listed = directory && ForEachIn(directory.Get(), [&](std::wstring_view name, IWatchedFolders::TKind kind) {
+                        if (pFiles || kind != IWatchedFolders::TKind::File)
+                          pEntries.push_back({std::wstring(name), kind});
+                        return true;
+                      });
+  return listed ? FileNumberOf(directory.Get()) : 0;
 }
 
 bool IsDirectoryEmpty(const std::wstring& pPath) {
+  const TUniqueHandle directory = OpenFolder(pPath, FILE_LIST_DIRECTORY, 0);
   bool empty = true;
-  return ForEachIn(pPath, FindExSearchNameMatch, [&](auto&&...) { return empty = false; }) && empty;
+  return directory && ForEachIn(directory.Get(), [&](auto&&...) { return empty = false; }) && empty;
 }
 
 // --- the port -------------------------------------------------------------------------------------------------------

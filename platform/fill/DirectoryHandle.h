@@ -16,7 +16,8 @@ namespace kiv {
 /// Which folder of its volume stands at a path, whatever it is called; 0 if none does.
 std::uint64_t FileNumberAt(const std::wstring& pPath);
 IWatchedFolders::TKind KindOfPath(const std::wstring& pPath);
-std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles);
+/// What a folder holds, and its number; 0 if it can't be listed.
+std::uint64_t ListDirectory(const std::wstring& pPath, bool pFiles, std::vector<IWatchedFolders::TEntry>& pEntries);
 bool IsDirectoryEmpty(const std::wstring& pPath);
 /// Whether one directory handle reports what happens in the folders below, those included that were there before it.
 /// Asks the platform, with files in the temporary folder. False if that can't be done.

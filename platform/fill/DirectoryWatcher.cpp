@@ -51,12 +51,12 @@ struct TWatch final : IWatchedFolders {
       : number(pNumber), port(pPort), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
         tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { queue->Push(number, std::move(notice)); }) {}
 
-  bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
+  std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
     auto handle = port.Open(pPath, pSubtree, {this, pFolder});
-    if (!handle) return false;
+    if (!handle) return 0;
     if (pFolder == TWatchedTree::RootFolder) handle->AskBeforeEject(deviceWindow);
     handles[pFolder] = handle;
-    return true;
+    return handle->number;
   }
   void Close(std::uint64_t pFolder) noexcept override {
     const auto found = handles.find(pFolder);
@@ -65,16 +65,15 @@ struct TWatch final : IWatchedFolders {
     handles.erase(found);
   }
   // Handles that were closed count until the platform has let go of them.
-  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+  std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
     Close(pFolder);
     port.Settle();
     return Open(pFolder, pPath, false);
   }
-  bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
-    const auto found = handles.find(pFolder);
-    return found != handles.end() && found->second->number == FileNumberAt(pPath);
+  std::uint64_t NumberOf(const std::wstring& pPath) override { return FileNumberAt(pPath); }
+  std::uint64_t List(const std::wstring& pPath, bool pFiles, std::vector<TEntry>& pEntries) override {
+    return ListDirectory(pPath, pFiles, pEntries);
   }
-  std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
   bool IsEmpty(const std::wstring& pPath) override { return IsDirectoryEmpty(pPath); }
 
@@ -268,7 +267,7 @@ private:
     if (tree.IsOpen()) {
       // A server that doesn't answer would hold up all other watches, and its end is reported.
       if (tree.Path().starts_with(LR"(\\)")) return;
-      if (!pWatch.IsAt(TWatchedTree::RootFolder, tree.Path())) return Lose(pWatch);
+      if (FileNumberAt(tree.Path()) != pWatch.Root()->number) return Lose(pWatch);
       if (pWatch.complete) tree.LetGoOfEmpty();
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;

@@ -39,7 +39,9 @@ private:
       const std::wstring folder = std::move(folders.back());
       folders.pop_back();
       // Gone meanwhile, it lists nothing.
-      for (const auto& entry : ListDirectory(folder, true)) {
+      std::vector<IWatchedFolders::TEntry> entries;
+      ListDirectory(folder, true, entries);
+      for (const auto& entry : entries) {
         const std::wstring path = folder + L"\\" + entry.name;
         const bool is_folder = entry.kind == IWatchedFolders::TKind::Folder;
         fKnown[path] = is_folder;
