@@ -111,6 +111,8 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(user, GetAwarenessFromDpiAwarenessContext);
   KIV_BIND(user, AreDpiAwarenessContextsEqual);
   KIV_BIND(user, SendInput);
+  KIV_BIND(user, RegisterDeviceNotificationW);
+  KIV_BIND(user, UnregisterDeviceNotification);
   KIV_BIND(user, GetDpiForSystem);
   KIV_BIND(user, GetDpiForWindow);
   KIV_BIND(user, GetSystemMetricsForDpi);

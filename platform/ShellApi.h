@@ -105,6 +105,8 @@ struct TShellApi {
   decltype(&::GetAwarenessFromDpiAwarenessContext) GetAwarenessFromDpiAwarenessContext = nullptr;
   decltype(&::AreDpiAwarenessContextsEqual) AreDpiAwarenessContextsEqual = nullptr;
   decltype(&::SendInput) SendInput = nullptr;
+  decltype(&::RegisterDeviceNotificationW) RegisterDeviceNotificationW = nullptr;
+  decltype(&::UnregisterDeviceNotification) UnregisterDeviceNotification = nullptr;
   decltype(&::GetDpiForSystem) GetDpiForSystem = nullptr;
   decltype(&::GetDpiForWindow) GetDpiForWindow = nullptr;
   decltype(&::GetSystemMetricsForDpi) GetSystemMetricsForDpi = nullptr;

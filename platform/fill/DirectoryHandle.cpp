@@ -73,16 +73,18 @@ TDirectoryHandle::~TDirectoryHandle() {
 }
 
 void TDirectoryHandle::AskBeforeEject(HWND pWindow) noexcept {
-  if (!pWindow) return;
+  const auto call = ShellApi().RegisterDeviceNotificationW;
+  if (!pWindow || !call) return;
   DEV_BROADCAST_HANDLE filter{};
   filter.dbch_size = sizeof(filter);
   filter.dbch_devicetype = DBT_DEVTYP_HANDLE;
   filter.dbch_handle = file.Get();
-  device = RegisterDeviceNotificationW(pWindow, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
+  device = call(pWindow, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
 }
 
 void TDirectoryHandle::Close() noexcept {
-  if (device) UnregisterDeviceNotification(std::exchange(device, nullptr));
+  const auto call = ShellApi().UnregisterDeviceNotification;
+  if (device && call) call(std::exchange(device, nullptr));
   file.Reset();
 }
 

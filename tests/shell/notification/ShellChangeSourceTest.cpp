@@ -1,6 +1,7 @@
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathList.h>
+#include <doubles/Gate.h>
 #include <doubles/KnownTree.h>
 #include <doubles/OutsideChanges.h>
 #include <doubles/PumpUntil.h>
@@ -10,7 +11,9 @@
 #include <notification/ChangeSourceKind.h>
 #include <platform/Lifecycle.h>
 #include <platform/ShellApi.h>
+#include <platform/fill/DirectoryWatcher.h>
 
+#include <dbt.h>
 #include <shlobj.h>
 
 #include <gtest/gtest.h>
@@ -58,6 +61,10 @@ protected:
                                   const std::wstring& path2) {
       fTold += std::to_wstring(static_cast<int>(event)) + L":" + path1 + (path2.empty() ? L"" : L">" + path2) + L" ";
     });
+  }
+  static void PumpMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
   }
   bool HasTold(const std::wstring& text) const { return fTold.find(text + L" ") != std::wstring::npos; }
 
@@ -187,6 +194,78 @@ TEST_F(NotifierSources, MayBeMadeAndEndedOnAnyThread) {
   });
   PumpUntil([&] { return ended; });
   maker.join();
+}
+
+// A shell that tells of other processes, as the probe finds out late.
+TEST_F(NotifierSources, GoOverToAShellThatReports) {
+  ScopedShellApi api;
+  FakeShell(api);
+  static test::TGate* probed = nullptr;
+  test::TGate gate;
+  probed = &gate;
+  static decltype(TShellApi::SHChangeNotifyRegister) fake = nullptr;
+  fake = api->SHChangeNotifyRegister;
+  api->SHChangeNotifyRegister = [](HWND window, int sources, LONG events, UINT message, int count,
+                                   const SHChangeNotifyEntry* entry) -> ULONG {
+    if (message == 2011) return fake(window, sources, events, message, count, entry);
+    probed->Pass();
+    PostMessageW(window, message, 0, 0);
+    return 1000;
+  };
+  Listen();
+  fNotifier->AddPath(fFolder.Path());
+  EXPECT_EQ(gAsked.registered, 0) << "the directory watcher serves until the answer is known";
+  fFolder.MakeFile(L"a");
+  PumpUntil([&] { return HasTold(L"3:" + fFolder.PathOf(L"a")); });
+  gate.Open();
+  PumpUntil([&] { return HasTold(L"15:" + fFolder.Path()); });
+  EXPECT_EQ(gAsked.registered, 1);
+  // Never both: the end of the first source is told by the order of its thread.
+  DirectoryWatcher::Unwatch(DirectoryWatcher::Watch(fFolder.Path(), false, std::make_shared<TNoticeQueue>([] {})));
+  fTold.clear();
+  fFolder.MakeFile(L"b");
+  const auto created = TKivItemIdList::Create(fFolder.MakeFile(L"c"));
+  gAsked.lists[0] = const_cast<PIDLIST_ABSOLUTE>(created->WindowsPointer());
+  gAsked.shellEvent = SHCNE_CREATE;
+  SendMessageW(gAsked.window, 2011, 1, 2);
+  PumpMessages();
+  EXPECT_EQ(fTold, L"3:" + fFolder.PathOf(L"c") + L" ");
+  fNotifier->AddPath(fFolder.MakeFolder(L"sub"));
+  EXPECT_EQ(gAsked.registered, 2);
+}
+
+TEST_F(NotifierSources, LetGoOfAMediumThatIsToBeEjected) {
+  SetChangeSourceKind(TChangeSourceKind::Directory);
+  ScopedShellApi api;
+  static HANDLE handle = nullptr;
+  static HWND window = nullptr;
+  api->RegisterDeviceNotificationW = [](HANDLE recipient, void* filter, DWORD) -> HDEVNOTIFY {
+    handle = static_cast<const DEV_BROADCAST_HANDLE*>(filter)->dbch_handle;
+    window = static_cast<HWND>(recipient);
+    return nullptr;
+  };
+  Listen();
+  const std::wstring other = fFolder.MakeFolder(L"other");
+  const std::wstring ejected = fFolder.MakeFolder(L"ejected");
+  fNotifier->AddPath(other);
+  fNotifier->AddPath(ejected);
+  DEV_BROADCAST_HANDLE device{};
+  device.dbch_size = sizeof(device);
+  device.dbch_devicetype = DBT_DEVTYP_HANDLE;
+  const auto query = [&](HANDLE of) {
+    device.dbch_handle = of;
+    SendMessageW(window, WM_DEVICECHANGE, DBT_DEVICEQUERYREMOVE, reinterpret_cast<LPARAM>(&device));
+  };
+  query(GetCurrentProcess());
+  PumpMessages();
+  EXPECT_EQ(fTold, L"") << "nobody's handle";
+  query(handle);
+  // All on that volume: a handle would keep a folder there that is deleted, and its name taken.
+  for (const std::wstring& folder : {other, ejected}) {
+    EXPECT_TRUE(RemoveDirectoryW(folder.c_str()));
+    EXPECT_EQ(GetFileAttributesW(folder.c_str()), INVALID_FILE_ATTRIBUTES);
+    PumpUntil([&] { return HasTold(L"15:" + folder); });
+  }
 }
 
 // Another process changes what it likes in a few nested folders, as fast as it can.
