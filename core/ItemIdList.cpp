@@ -1,6 +1,7 @@
 #include <core/ItemIdList.h>
 
 #include <core/IdListFromPath.h>
+#include <core/ParseInParent.h>
 #include <core/PathFunctions.h>
 #include <core/PathList.h>
 #include <core/PathUtils.h>
@@ -12,6 +13,7 @@
 #include <framework/TextCompare.h>
 #include <platform/FaultGuard.h>
 #include <platform/MainThread.h>
+#include <platform/PathApi.h>
 #include <platform/TakeResult.h>
 
 #include <utility>
@@ -59,6 +61,17 @@ TUniqueItemIdList SimpleListFromPath(std::wstring_view path) {
   return TUniqueItemIdList(raw);
 }
 
+// Empty only for what the shell can't have a list of.
+TUniqueItemIdList ListOfChange(std::wstring_view path, bool gone) {
+  const std::wstring text(path);
+  if (!ShellTakesPath(text)) return {};
+  TUniqueItemIdList list = ListInParent(text, !gone);
+  const bool there =
+      !gone && !list && PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(text)) != INVALID_FILE_ATTRIBUTES;
+  if (there) list = ListFromPath(path);
+  return list ? std::move(list) : SimpleListFromPath(path);
+}
+
 TUniqueItemIdList ListFromItem(IShellItem* item) {
   PIDLIST_ABSOLUTE raw = nullptr;
   const HRESULT hr = GuardedExport(ShellApi().SHGetIDListFromObject, item, &raw);
@@ -98,7 +111,8 @@ void detail::FreeItemIdList(ITEMIDLIST* pList) noexcept {
 // --- making ---------------------------------------------------------------------------------------------------------
 
 TKivItemIdList::TKivItemIdList(const TStart& pStart)
-    : fItemIdList(pStart.list, pStart.foreign), fSpecialFolder(pStart.folder), fIsSimple(pStart.simple) {
+    : fItemIdList(pStart.list, pStart.foreign), fSpecialFolder(pStart.folder), fIsSimple(pStart.simple),
+      fIsOfChange(pStart.ofChange) {
   if (pStart.failed) fItemIdList.Fail();
   if (pStart.pathKnown) fPath.Set(pStart.path);
 }
@@ -186,8 +200,9 @@ ComPtr<TKivItemIdList> TKivItemIdList::CreateSimpleIdList(std::wstring_view pPat
   return made;
 }
 
-ComPtr<TKivItemIdList> TKivItemIdList::CreateSimpleIdListLater(std::wstring_view pPath) {
-  return Make<TKivItemIdList>(TStart{.simple = true, .pathKnown = true, .path = WithoutTrailingDelimiter(pPath)});
+ComPtr<TKivItemIdList> TKivItemIdList::CreateOfChange(std::wstring_view pPath, bool pGone) {
+  return Make<TKivItemIdList>(
+      TStart{.simple = pGone, .ofChange = true, .pathKnown = true, .path = WithoutTrailingDelimiter(pPath)});
 }
 
 ComPtr<TKivItemIdList> TKivItemIdList::CreateInvalidWithPath(std::wstring_view pPath) {
@@ -218,6 +233,7 @@ PCIDLIST_ABSOLUTE TKivItemIdList::WindowsPointer() {
 PIDLIST_ABSOLUTE TKivItemIdList::MakeList() {
   const auto path = fPath.Read();
   if (!path.known || path.text.empty()) return nullptr;
+  if (fIsOfChange) return ListOfChange(path.text, fIsSimple).Release();
   return (fIsSimple ? SimpleListFromPath(path.text) : ListFromPath(path.text)).Release();
 }
 

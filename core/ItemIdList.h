@@ -49,8 +49,9 @@ public:
   /// From a path whose object may not exist: the list is made of the text, without asking the disk
   /// ("SHSimpleIDListFromPath"), and the path stays what it tells of itself.
   static ComPtr<TKivItemIdList> CreateSimpleIdList(std::wstring_view pPath);
-  /// The same, with the list made at the first question that needs one.
-  static ComPtr<TKivItemIdList> CreateSimpleIdListLater(std::wstring_view pPath);
+  /// Of a file or folder that is reported to have changed, from its full path; resolved on demand, cheaply where many
+  /// such lists are made of one folder. What has gone, or was reported to be `pGone`, gets a simple list.
+  static ComPtr<TKivItemIdList> CreateOfChange(std::wstring_view pPath, bool pGone);
   /// An invalid list that can tell where it was meant to point.
   static ComPtr<TKivItemIdList> CreateInvalidWithPath(std::wstring_view pPath);
   /// The list of a special folder; an invalid one if this system hasn't got it. With `pFromCache` the shared one,
@@ -94,6 +95,8 @@ public:
   /// no other thread uses it. Main thread; elsewhere the item is only resolved from, and not kept.
   void SetShellItem(IShellItem* pShellItem);
   bool IsSimple() const noexcept { return fIsSimple; }
+  /// Whether it was made by CreateOfChange.
+  bool IsOfChange() const noexcept { return fIsOfChange; }
   /// Its Path, if that is known without asking the shell.
   std::optional<std::wstring> MaybeKnownPath() const;
 
@@ -142,6 +145,7 @@ protected:
     bool failed = false;
     TKivShellFolder folder = SF_INVALID;
     bool simple = false;
+    bool ofChange = false;
     bool pathKnown = false;
     std::wstring_view path = {};
   };
@@ -171,6 +175,7 @@ private:
   std::atomic<std::recursive_mutex*> fPIDLLock{nullptr}; // held by Reload; made by the first one
   std::atomic<TKivShellFolder> fSpecialFolder;
   const bool fIsSimple;
+  const bool fIsOfChange;
 };
 
 /// The shared list that stands for nothing and is invalid. Any thread.

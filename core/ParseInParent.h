@@ -20,4 +20,10 @@ TUniqueItemIdList ParseInParent(const std::wstring& pPath);
 /// Learns from a path that was parsed from the root. The second path of one folder opens that.
 void LearnParent(const std::wstring& pPath, PCIDLIST_ABSOLUTE pList);
 
+/// The list of something that was reported to have changed, made in its open parent folder of what the disk says of it;
+/// of its name alone if it isn't there, or the disk isn't to be asked. Its folder's own dates may be old by a second.
+/// Empty where no such folder can be kept, as on other disks than fixed ones. Costs a hundredth of a parse from the
+/// root. Many folders are kept like that, each for a second.
+TUniqueItemIdList ListInParent(const std::wstring& pPath, bool pAskDisk);
+
 } // namespace kiv

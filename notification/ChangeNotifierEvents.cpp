@@ -139,11 +139,8 @@ void TKivShellChangeNotifier::ProcessChangeEvent(TNotificationEvent pEvent, cons
   IItemIdList* const first = pItemIdLists.first.Get();
   IItemIdList* const second = pItemIdLists.second.Get();
   if (MainThread::IsCurrent()) {
-    // A list that isn't resolved has nothing to refresh.
-    const auto answers = [&](IItemIdList* list) {
-      return !list || !list->IsResolved() || platform.Reload(list, ReloadLimit, fCancellationToken);
-    };
-    if (!answers(first) || !answers(second)) return;
+    const auto answers = [&](IItemIdList* list) { return platform.Reload(list, ReloadLimit, fCancellationToken); };
+    if ((first && !answers(first)) || (second && second->IsResolved() && !answers(second))) return;
   }
   TNotificationEvent event = pEvent;
   if (event == neFileChange && first && platform.IsFolder(first)) {

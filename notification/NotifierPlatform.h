@@ -42,7 +42,8 @@ public:
   virtual ComPtr<IItemIdList> MakeList(std::wstring_view pPath) = 0;
   /// What a notifier watches that was told nothing: the folder of the drives.
   virtual ComPtr<IItemIdList> DefaultList() = 0;
-  /// IItemIdList::Reload within a time in milliseconds. False if there was no answer in time.
+  /// IItemIdList::Reload within a time in milliseconds. False if there was no answer in time. What will ask a local
+  /// disk when it is resolved isn't asked twice.
   virtual bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) = 0;
   /// Whether the list is a folder; answered by the disk where a path says enough.
   virtual bool IsFolder(IItemIdList* pItemIdList) = 0;

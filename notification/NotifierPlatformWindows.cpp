@@ -19,6 +19,9 @@ public:
   ComPtr<IItemIdList> DefaultList() override { return TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, true); }
 
   bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
+    const auto* const list = dynamic_cast<const TKivItemIdList*>(pItemIdList);
+    const bool is_fresh = list && (list->IsOfChange() || list->IsSimple()) && !pItemIdList->IsResolved();
+    if (is_fresh) return true;
     bool finished = false;
     TItemIdListHelper::TryReload(pItemIdList, pLimit, finished, std::move(pIndicator));
     return finished;

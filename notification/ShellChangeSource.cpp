@@ -54,6 +54,12 @@ ComPtr<IItemIdList> NoList() {
   return TKivItemIdList::Create(nullptr, iloOwnsMemory);
 }
 
+// What has gone is nothing that the shell could parse any more. A server that is asked may not answer, so nothing is
+// resolved of it but within a time.
+ComPtr<IItemIdList> ListOf(const std::wstring& path, bool gone, bool on_network) {
+  return on_network && !gone ? TKivItemIdList::Create(path) : TKivItemIdList::CreateOfChange(path, gone);
+}
+
 // The shell's pair of numbers in the place of a list: the first one says which drives. Nil if it says none.
 ComPtr<IItemIdList> DriveOf(PCIDLIST_ABSOLUTE numbers) {
   std::uint32_t drives = 0;
@@ -196,8 +202,9 @@ ULONG ShellChangeSource::ShellNotifyRegister(IItemIdList* pItemIdList, bool pRec
 bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
   std::wstring path = pRegistration.list->Path();
   if (!IsAbsolutePath(path)) return false;
-  const DWORD attributes =
-      IsNetworkPath(path) ? FILE_ATTRIBUTE_DIRECTORY : PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(path));
+  pRegistration.network = IsNetworkPath(path);
+  const DWORD attributes = pRegistration.network ? FILE_ATTRIBUTE_DIRECTORY
+                                                 : PathApi::FileAttributes(TPathUtils::GetUnicodeAPICallPath(path));
   if (attributes == INVALID_FILE_ATTRIBUTES) return false;
   bool recursive = pRegistration.recursive;
   if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
@@ -305,21 +312,21 @@ void ShellChangeSource::OnNotices() {
 void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
   const TDirectoryNotice& notice = pEntry.notice;
   const TNotificationEvent event = EventOf(notice.event);
+  bool on_network = false;
   {
     const std::lock_guard guard(fLock);
     const auto found = std::find_if(fRegistrations.begin(), fRegistrations.end(),
                                     [&](const auto& entry) { return entry.second.directory == pEntry.watch; });
     if (found == fRegistrations.end() || !found->second.events.Contains(event)) return;
+    on_network = found->second.network;
     const std::wstring& file = found->second.file;
     if (!file.empty() && event != neFolderUpdate && !SamePath(notice.path1, file) && !SamePath(notice.path2, file))
       return;
   }
   if (!fSink.Accepts(event)) return;
-  // What has gone is nothing that the shell could parse any more.
   constexpr TNotificationEvents gone = {neFileDelete, neFileRename, neFolderDelete, neFolderRename};
-  ComPtr<IItemIdList> first = gone.Contains(event) ? TKivItemIdList::CreateSimpleIdListLater(notice.path1)
-                                                   : TKivItemIdList::Create(notice.path1);
-  ComPtr<IItemIdList> second = notice.path2.empty() ? NoList() : TKivItemIdList::Create(notice.path2);
+  ComPtr<IItemIdList> first = ListOf(notice.path1, gone.Contains(event), on_network);
+  ComPtr<IItemIdList> second = notice.path2.empty() ? NoList() : ListOf(notice.path2, false, on_network);
   fSink.OnChangeArrived(event, std::move(first), std::move(second));
 }
 

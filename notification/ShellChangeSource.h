@@ -37,6 +37,7 @@ private:
     ComPtr<IItemIdList> list;
     bool recursive = false;
     TNotificationEvents events;
+    bool network = false;
     std::wstring file; // the only one wanted, of a watch on its folder
   };
 

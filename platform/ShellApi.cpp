@@ -111,6 +111,8 @@ void BindSystem(const TBinder& binder, TShellApi& api) {
   KIV_BIND(user, GetAwarenessFromDpiAwarenessContext);
   KIV_BIND(user, AreDpiAwarenessContextsEqual);
   KIV_BIND(user, SendInput);
+  KIV_BIND(user, RegisterDeviceNotificationW);
+  KIV_BIND(user, UnregisterDeviceNotification);
   KIV_BIND(user, GetDpiForSystem);
   KIV_BIND(user, GetDpiForWindow);
   KIV_BIND(user, GetSystemMetricsForDpi);
@@ -167,6 +169,7 @@ TShellApi BindShellApi(const TModuleSource& pSource) {
   TShellApi api;
   const HMODULE ntdll = binder.Require(L"ntdll", L"Pathmere Components: Cannot open ntdll.dll");
   KIV_BIND(ntdll, RtlGetVersion);
+  KIV_BIND(ntdll, NtQueryInformationFile);
   KIV_BIND(ntdll, wine_get_version);
   BindShell(binder, api);
   BindSystem(binder, api);

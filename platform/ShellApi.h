@@ -26,6 +26,8 @@ namespace kiv {
 struct TShellApi {
   // ntdll
   LONG(WINAPI* RtlGetVersion)(OSVERSIONINFOW*) = nullptr;
+  /// File, I/O status block, buffer and its size, class of information.
+  LONG(WINAPI* NtQueryInformationFile)(HANDLE, void*, void*, ULONG, int) = nullptr;
   /// Only Wine has it.
   const char*(CDECL* wine_get_version)() = nullptr;
 
@@ -103,6 +105,8 @@ struct TShellApi {
   decltype(&::GetAwarenessFromDpiAwarenessContext) GetAwarenessFromDpiAwarenessContext = nullptr;
   decltype(&::AreDpiAwarenessContextsEqual) AreDpiAwarenessContextsEqual = nullptr;
   decltype(&::SendInput) SendInput = nullptr;
+  decltype(&::RegisterDeviceNotificationW) RegisterDeviceNotificationW = nullptr;
+  decltype(&::UnregisterDeviceNotification) UnregisterDeviceNotification = nullptr;
   decltype(&::GetDpiForSystem) GetDpiForSystem = nullptr;
   decltype(&::GetDpiForWindow) GetDpiForWindow = nullptr;
   decltype(&::GetSystemMetricsForDpi) GetSystemMetricsForDpi = nullptr;

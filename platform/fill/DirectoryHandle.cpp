@@ -1,5 +1,6 @@
 #include <platform/fill/DirectoryHandle.h>
 
+#include <platform/ShellApi.h>
 #include <platform/TempPath.h>
 #include <platform/fill/LiteralPath.h>
 
@@ -27,10 +28,19 @@ TUniqueHandle OpenFolder(const std::wstring& path, DWORD access, DWORD flags) {
       CreateFileW(LiteralPath(path).c_str(), access, ShareAll, nullptr, OPEN_EXISTING, OpenDirectory | flags, nullptr));
 }
 
-TFileIdentity IdentityOfHandle(HANDLE file) {
+// Without the volume, which may be asked of another process (Wine) and takes a hundred times as long.
+// "FileInternalInformation".
+std::uint64_t FileNumberOf(HANDLE file) {
+  constexpr int internal_information = 6;
+  void* status[2] = {};
+  LARGE_INTEGER number{};
+  const auto query = ShellApi().NtQueryInformationFile;
+  if (query && query(file, status, &number, sizeof(number), internal_information) >= 0) {
+    return static_cast<std::uint64_t>(number.QuadPart);
+  }
   BY_HANDLE_FILE_INFORMATION info;
-  if (!GetFileInformationByHandle(file, &info)) return {};
-  return {info.dwVolumeSerialNumber, static_cast<std::uint64_t>(info.nFileIndexHigh) << 32U | info.nFileIndexLow};
+  if (!GetFileInformationByHandle(file, &info)) return 0;
+  return static_cast<std::uint64_t>(info.nFileIndexHigh) << 32U | info.nFileIndexLow;
 }
 
 IWatchedFolders::TKind KindOfAttributes(DWORD attributes) {
@@ -48,9 +58,14 @@ bool Arm(TDirectoryHandle& handle) noexcept {
 
 } // namespace
 
-TFileIdentity IdentityOf(const std::wstring& pPath) {
+DWORD TDirectoryHandle::Volume() const {
+  BY_HANDLE_FILE_INFORMATION info;
+  return GetFileInformationByHandle(file.Get(), &info) ? info.dwVolumeSerialNumber : 0;
+}
+
+std::uint64_t FileNumberAt(const std::wstring& pPath) {
   const TUniqueHandle file = OpenFolder(pPath, 0, 0);
-  return file ? IdentityOfHandle(file.Get()) : TFileIdentity{};
+  return file ? FileNumberOf(file.Get()) : 0;
 }
 
 TDirectoryHandle::~TDirectoryHandle() {
@@ -58,16 +73,18 @@ TDirectoryHandle::~TDirectoryHandle() {
 }
 
 void TDirectoryHandle::AskBeforeEject(HWND pWindow) noexcept {
-  if (!pWindow) return;
+  const auto call = ShellApi().RegisterDeviceNotificationW;
+  if (!pWindow || !call) return;
   DEV_BROADCAST_HANDLE filter{};
   filter.dbch_size = sizeof(filter);
   filter.dbch_devicetype = DBT_DEVTYP_HANDLE;
   filter.dbch_handle = file.Get();
-  device = RegisterDeviceNotificationW(pWindow, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
+  device = call(pWindow, &filter, DEVICE_NOTIFY_WINDOW_HANDLE);
 }
 
 void TDirectoryHandle::Close() noexcept {
-  if (device) UnregisterDeviceNotification(std::exchange(device, nullptr));
+  const auto call = ShellApi().UnregisterDeviceNotification;
+  if (device && call) call(std::exchange(device, nullptr));
   file.Reset();
 }
 
@@ -78,37 +95,40 @@ IWatchedFolders::TKind KindOfPath(const std::wstring& pPath) {
 
 namespace {
 
-// Until `take` says that it is enough. False if the directory can't be listed.
+// Until `take` says that it is enough. By the handle: its path may be another folder's by now. False if the directory
+// can't be listed.
 template <typename F>
-bool ForEachIn(const std::wstring& path, FINDEX_SEARCH_OPS what, F&& take) {
-  WIN32_FIND_DATAW data;
-  std::wstring pattern = LiteralPath(path);
-  pattern += pattern.ends_with(L'\\') ? L"*" : L"\\*";
-  const TUniqueFind find(
-      FindFirstFileExW(pattern.c_str(), FindExInfoBasic, &data, what, nullptr, FIND_FIRST_EX_LARGE_FETCH));
-  if (!find) return false;
-  do {
-    const std::wstring_view name = data.cFileName;
-    if (name != L"." && name != L".." && !take(name, KindOfAttributes(data.dwFileAttributes))) break;
-  } while (FindNextFileW(find.Get(), &data));
-  return true;
+bool ForEachIn(HANDLE directory, F&& take) {
+  alignas(FILE_ID_BOTH_DIR_INFO) std::byte buffer[16 * 1024];
+  FILE_INFO_BY_HANDLE_CLASS part = FileIdBothDirectoryRestartInfo;
+  for (; GetFileInformationByHandleEx(directory, part, buffer, sizeof(buffer)); part = FileIdBothDirectoryInfo) {
+    const std::byte* at = buffer;
+    for (std::size_t next = 1; next != 0; at += next) {
+      const auto* const info = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(at);
+      next = info->NextEntryOffset;
+      const std::wstring_view name(info->FileName, info->FileNameLength / sizeof(wchar_t));
+      if (name != L"." && name != L".." && !take(name, KindOfAttributes(info->FileAttributes))) return true;
+    }
+  }
+  return GetLastError() == ERROR_NO_MORE_FILES;
 }
 
 } // namespace
 
-std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles) {
-  std::vector<IWatchedFolders::TEntry> entries;
-  ForEachIn(pPath, pFiles ? FindExSearchNameMatch : FindExSearchLimitToDirectories,
-            [&](std::wstring_view name, IWatchedFolders::TKind kind) {
-              if (pFiles || kind != IWatchedFolders::TKind::File) entries.push_back({std::wstring(name), kind});
-              return true;
-            });
-  return entries;
+std::uint64_t ListDirectory(const std::wstring& pPath, bool pFiles, std::vector<IWatchedFolders::TEntry>& pEntries) {
+  const TUniqueHandle directory = OpenFolder(pPath, FILE_LIST_DIRECTORY, 0);
+  const bool listed = directory && ForEachIn(directory.Get(), [&](std::wstring_view name, IWatchedFolders::TKind kind) {
+                        if (pFiles || kind != IWatchedFolders::TKind::File)
+                          pEntries.push_back({std::wstring(name), kind});
+                        return true;
+                      });
+  return listed ? FileNumberOf(directory.Get()) : 0;
 }
 
 bool IsDirectoryEmpty(const std::wstring& pPath) {
+  const TUniqueHandle directory = OpenFolder(pPath, FILE_LIST_DIRECTORY, 0);
   bool empty = true;
-  return ForEachIn(pPath, FindExSearchNameMatch, [&](auto&&...) { return empty = false; }) && empty;
+  return directory && ForEachIn(directory.Get(), [&](auto&&...) { return empty = false; }) && empty;
 }
 
 // --- the port -------------------------------------------------------------------------------------------------------
@@ -128,7 +148,7 @@ TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree,
   handle->size = pTag.folder == TWatchedTree::RootFolder ? RootBuffer : FolderBuffer;
   handle->buffer = std::make_unique_for_overwrite<DWORD[]>(handle->size / sizeof(DWORD));
   if (!handle->file || !CreateIoCompletionPort(handle->file.Get(), fPort.Get(), 0, 0) || !Arm(*handle)) return nullptr;
-  handle->identity = IdentityOfHandle(handle->file.Get());
+  handle->number = FileNumberOf(handle->file.Get());
   return handle.release();
 }
 

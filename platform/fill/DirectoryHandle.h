@@ -13,17 +13,11 @@
 // Inside of DirectoryWatcher: what it asks the platform.
 namespace kiv {
 
-/// Which file stands behind a name, whatever it is called.
-struct TFileIdentity {
-  std::uint32_t volume = 0;
-  std::uint64_t file = 0; ///< with the volume: all zero for what isn't there
-
-  friend bool operator==(const TFileIdentity&, const TFileIdentity&) = default;
-};
-
-TFileIdentity IdentityOf(const std::wstring& pPath);
+/// Which folder of its volume stands at a path, whatever it is called; 0 if none does.
+std::uint64_t FileNumberAt(const std::wstring& pPath);
 IWatchedFolders::TKind KindOfPath(const std::wstring& pPath);
-std::vector<IWatchedFolders::TEntry> ListDirectory(const std::wstring& pPath, bool pFiles);
+/// What a folder holds, and its number; 0 if it can't be listed.
+std::uint64_t ListDirectory(const std::wstring& pPath, bool pFiles, std::vector<IWatchedFolders::TEntry>& pEntries);
 bool IsDirectoryEmpty(const std::wstring& pPath);
 /// Whether one directory handle reports what happens in the folders below, those included that were there before it.
 /// Asks the platform, with files in the temporary folder. False if that can't be done.
@@ -85,10 +79,12 @@ struct TDirectoryHandle {
   /// Registers the handle for WM_DEVICECHANGE ("RegisterDeviceNotification").
   void AskBeforeEject(HWND pWindow) noexcept;
   void Close() noexcept;
+  /// Its serial number; 0 if that can't be had.
+  DWORD Volume() const;
 
   OVERLAPPED overlapped{}; // first
   TUniqueHandle file;
-  TFileIdentity identity; // as it was opened: behind a renaming some platforms (Wine) don't tell the volume any more
+  std::uint64_t number = 0; // of the folder in its volume
   TDirectoryPort::TTag tag;
   HDEVNOTIFY device = nullptr;
   bool subtree = false;

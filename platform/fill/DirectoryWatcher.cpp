@@ -51,15 +51,12 @@ struct TWatch final : IWatchedFolders {
       : number(pNumber), port(pPort), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
         tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { queue->Push(number, std::move(notice)); }) {}
 
-  bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
+  std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
     auto handle = port.Open(pPath, pSubtree, {this, pFolder});
-    if (!handle) return false;
-    if (pFolder == TWatchedTree::RootFolder) {
-      identity = handle->identity;
-      handle->AskBeforeEject(deviceWindow);
-    }
+    if (!handle) return 0;
+    if (pFolder == TWatchedTree::RootFolder) handle->AskBeforeEject(deviceWindow);
     handles[pFolder] = handle;
-    return true;
+    return handle->number;
   }
   void Close(std::uint64_t pFolder) noexcept override {
     const auto found = handles.find(pFolder);
@@ -68,22 +65,21 @@ struct TWatch final : IWatchedFolders {
     handles.erase(found);
   }
   // Handles that were closed count until the platform has let go of them.
-  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+  std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
     Close(pFolder);
     port.Settle();
     return Open(pFolder, pPath, false);
   }
-  bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
-    const auto found = handles.find(pFolder);
-    return found != handles.end() && found->second->identity == IdentityOf(pPath);
+  std::uint64_t NumberOf(const std::wstring& pPath) override { return FileNumberAt(pPath); }
+  std::uint64_t List(const std::wstring& pPath, bool pFiles, std::vector<TEntry>& pEntries) override {
+    return ListDirectory(pPath, pFiles, pEntries);
   }
-  std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) override { return ListDirectory(pPath, pFiles); }
   TKind KindOf(const std::wstring& pPath) override { return KindOfPath(pPath); }
   bool IsEmpty(const std::wstring& pPath) override { return IsDirectoryEmpty(pPath); }
 
-  HANDLE RootHandle() const {
+  const TDirectoryHandle* Root() const {
     const auto root = handles.find(TWatchedTree::RootFolder);
-    return root == handles.end() ? nullptr : root->second->file.Get();
+    return root == handles.end() ? nullptr : root->second;
   }
 
   const std::uint32_t number;
@@ -91,7 +87,6 @@ struct TWatch final : IWatchedFolders {
   const std::shared_ptr<TNoticeQueue> queue;
   const HWND deviceWindow;
   std::map<std::uint64_t, TDirectoryHandle*> handles;
-  TFileIdentity identity;
   std::uint64_t releasedUntil = 0;
   bool complete = false;
   bool tellComplete = false; // the listeners may have listed the folder before everything was open
@@ -141,12 +136,13 @@ public:
   }
 
   void Release(HANDLE pHandle) {
-    const auto asked = std::find_if(fWatches.begin(), fWatches.end(),
-                                    [pHandle](const auto& watch) { return watch.second->RootHandle() == pHandle; });
+    const auto asked = std::find_if(fWatches.begin(), fWatches.end(), [pHandle](const auto& watch) {
+      return watch.second->Root() && watch.second->Root()->file.Get() == pHandle;
+    });
     if (asked == fWatches.end()) return; // let go with another one
-    const std::uint32_t volume = asked->second->identity.volume;
+    const std::uint32_t volume = asked->second->Root()->Volume();
     for (auto& [number, watch] : fWatches) {
-      if (!watch->tree.IsOpen() || watch->identity.volume != volume) continue;
+      if (!watch->Root() || watch->Root()->Volume() != volume) continue;
       watch->releasedUntil = GetTickCount64() + ReleasedFor;
       Lose(*watch);
     }
@@ -271,7 +267,7 @@ private:
     if (tree.IsOpen()) {
       // A server that doesn't answer would hold up all other watches, and its end is reported.
       if (tree.Path().starts_with(LR"(\\)")) return;
-      if (IdentityOf(tree.Path()) != pWatch.identity) return Lose(pWatch);
+      if (FileNumberAt(tree.Path()) != pWatch.Root()->number) return Lose(pWatch);
       if (pWatch.complete) tree.LetGoOfEmpty();
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;

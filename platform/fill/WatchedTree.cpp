@@ -12,6 +12,9 @@ namespace {
 // Of folders that are looked at without a pause; letting one go costs as much as some looks.
 constexpr int LooksAtOnce = 256;
 constexpr int LooksToLetGo = 4;
+// An idle time is a silence, and so is the time between two turns of LetGoOfEmpty; one of these may come straight
+// behind an idle time.
+constexpr int TicksOfSilence = 2;
 
 bool IsRemoval(const TDirectoryRecord& record) {
   return record.action == TDirectoryAction::Removed || record.action == TDirectoryAction::RenamedFrom;
@@ -22,6 +25,7 @@ bool IsRemoval(const TDirectoryRecord& record) {
 /// A folder of the tree.
 struct TWatchedTree::TNode {
   std::uint64_t id = 0;
+  std::uint64_t number = 0; // of the folder that reports, or was listed
   TNode* parent = nullptr;
   std::wstring name;
   bool open = false;
@@ -31,6 +35,7 @@ struct TWatchedTree::TNode {
   std::set<std::wstring> unseen; // told as files, since they weren't there any more, or not under that path
   bool unlisted = false;         // it wasn't at its path when it was listed
   bool silent = false;           // nothing was reported since it was seen to be empty
+  int silentSince = 0;           // by the tree's clock
   bool lost = false;             // it couldn't be opened again
   std::map<std::wstring, TNodePtr> folders;
 };
@@ -46,6 +51,7 @@ void TWatchedTree::Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstrin
   const bool write = pEvent == TDirectoryEvent::FileChange;
   if (write && fLastWritten == pPath1) return;
   fLastWritten = write ? pPath1 : std::wstring();
+  if (pEvent == TDirectoryEvent::FolderDelete || pEvent == TDirectoryEvent::FolderRename) Doubt();
   fEmit({pEvent, std::move(pPath1), std::move(pPath2)});
 }
 
@@ -71,7 +77,8 @@ bool TWatchedTree::Open() {
   fRoot = std::make_unique<TNode>();
   fRoot->id = RootFolder;
   fById.emplace(RootFolder, fRoot.get());
-  fRoot->open = fRoot->entered = fIsOpen = fFolders.Open(RootFolder, fPath, fOptions.recursive && fOptions.subtree);
+  fRoot->number = fFolders.Open(RootFolder, fPath, fOptions.recursive && fOptions.subtree);
+  fRoot->open = fRoot->entered = fIsOpen = fRoot->number != 0;
   if (!fIsOpen) {
     Close();
     return false;
@@ -84,7 +91,9 @@ void TWatchedTree::Close() {
   fToScan.clear();
   fEmptied.clear();
   fEmpty.clear();
-  fListAtIdle = false;
+  fTouched.clear();
+  fListsLeft = 0;
+  fInDoubt = false;
   if (fRoot) CloseNode(*fRoot);
   fRoot.reset();
   fIsOpen = false;
@@ -106,7 +115,10 @@ TWatchedTree::TNode& TWatchedTree::AddFolder(TNode& pParent, const std::wstring&
   pParent.folders[pName] = std::move(made);
   const bool room = fById.size() < MostFolders;
   node.entered = fOptions.recursive && pKind == TKind::Folder && room;
-  if (node.entered && !fOptions.subtree) node.open = node.entered = fFolders.Open(node.id, PathOf(node), false);
+  if (node.entered && !fOptions.subtree) {
+    node.number = fFolders.Open(node.id, PathOf(node), false);
+    node.open = node.entered = node.number != 0;
+  }
   if (node.entered) fById.emplace(node.id, &node);
   return node;
 }
@@ -132,8 +144,13 @@ bool TWatchedTree::ScanSome() {
 
 // A folder is open before it is listed: what changes from then on is reported.
 void TWatchedTree::Scan(TNode& pNode, bool pTell) {
-  const std::wstring path = PathOf(pNode);
-  for (auto& entry : fFolders.List(path, pTell)) {
+  std::vector<IWatchedFolders::TEntry> entries;
+  const std::uint64_t number = fFolders.List(PathOf(pNode), pTell, entries);
+  pNode.unlisted = number == 0 || (pNode.open && number != pNode.number);
+  if (pTell) Touch(pNode);
+  if (pNode.unlisted) return Doubt();
+  pNode.number = number;
+  for (auto& entry : entries) {
     const bool is_folder = entry.kind != TKind::File;
     if (is_folder && pNode.folders.contains(entry.name)) continue; // reported already
     const TPlace place{&pNode, entry.name};
@@ -146,7 +163,6 @@ void TWatchedTree::Scan(TNode& pNode, bool pTell) {
     TNode& folder = AddFolder(pNode, entry.name, entry.kind);
     if (folder.entered) fToScan.push_back(folder.id);
   }
-  pNode.unlisted = pTell && pNode.open && !fFolders.IsAt(pNode.id, path);
 }
 
 void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
@@ -167,7 +183,10 @@ void TWatchedTree::ScanAll(TNode& pNode, bool pTell) {
 // A folder that is new here, with all that is in it.
 void TWatchedTree::Enter(const TPlace& pPlace, TKind pKind) {
   TNode& node = AddFolder(*pPlace.folder, pPlace.name, pKind);
-  if (pKind == TKind::Folder && fOptions.recursive && !node.entered) pPlace.folder->unseen.insert(pPlace.name);
+  if (pKind == TKind::Folder && fOptions.recursive && !node.entered) {
+    pPlace.folder->unseen.insert(pPlace.name);
+    Doubt();
+  }
   ScanAll(node, true);
 }
 
@@ -198,6 +217,8 @@ void TWatchedTree::OnRecords(std::uint64_t pFolder, std::vector<TDirectoryRecord
   if (found == fById.end()) return;
   TNode& node = *found->second;
   node.silent = false;
+  fAuditsLeft = MostAudits;
+  fReported = true;
   if (node.parent && !fOptions.subtree && std::any_of(pRecords.begin(), pRecords.end(), &IsRemoval)) {
     fEmptied.insert(pFolder);
     fWantsIdle = true;
@@ -216,10 +237,9 @@ void TWatchedTree::OnOverflow(std::uint64_t pFolder) {
   const auto found = fById.find(pFolder);
   if (found == fById.end()) return;
   ListAnew(*found->second);
-  // Reports that came before that listing may be of a folder whose name another one has by now, and only handles tell
-  // the two apart.
-  fListAtIdle = fOptions.subtree;
-  fWantsIdle = fWantsIdle || fListAtIdle;
+  // Reports from before that listing may still be under way, and be of a name that another folder has by now.
+  fListsLeft = MostLists;
+  fReported = fWantsIdle = true;
 }
 
 void TWatchedTree::ListAnew(TNode& pNode) {
@@ -234,6 +254,7 @@ void TWatchedTree::ListAnew(TNode& pNode) {
 
 void TWatchedTree::OnIdle() {
   fWantsIdle = false;
+  fClock += TicksOfSilence;
   std::vector<std::uint64_t> ids;
   for (const auto& [id, node] : fById) ids.push_back(id);
   for (const std::uint64_t id : ids) {
@@ -244,8 +265,80 @@ void TWatchedTree::OnIdle() {
     found->second->pairer.Flush(changes);
     Apply(*found->second, changes);
   }
-  if (std::exchange(fListAtIdle, false) && fRoot) ListAnew(*fRoot);
+  // Each listing has the same trouble, but less and less of it.
+  if (!std::exchange(fReported, false)) fListsLeft = 0;
+  if (fListsLeft > 0 && fRoot) {
+    --fListsLeft;
+    ListAnew(*fRoot);
+    fWantsIdle = true;
+  }
+  Audit();
   LetGoOfEmptied();
+}
+
+// --- audits ---------------------------------------------------------------------------------------------------------
+
+void TWatchedTree::Touch(const TNode& pNode) {
+  fTouched.insert(pNode.id);
+}
+
+void TWatchedTree::Doubt() {
+  fInDoubt = true;
+  fWantsIdle = true;
+}
+
+void TWatchedTree::Audit() {
+  const std::set<std::uint64_t> touched = std::exchange(fTouched, {});
+  if (!std::exchange(fInDoubt, false) || fAuditsLeft == 0) return;
+  --fAuditsLeft;
+  for (const std::uint64_t id : touched) {
+    const auto found = fById.find(id);
+    if (found != fById.end()) AuditNode(*found->second);
+  }
+}
+
+void TWatchedTree::AuditNode(TNode& pNode) {
+  if (pNode.unlisted) ScanAll(pNode, true);
+  std::vector<IWatchedFolders::TEntry> entries;
+  const std::uint64_t number = fFolders.List(PathOf(pNode), false, entries);
+  if (number != pNode.number || pNode.unlisted) {
+    if (number != 0 && pNode.parent) return Retell(pNode);
+    Touch(pNode); // a report is under way
+    return Doubt();
+  }
+  pNode.unseen.clear();
+  std::set<std::wstring> gone;
+  for (const auto& [name, folder] : pNode.folders) gone.insert(name);
+  for (const auto& entry : entries) {
+    if (entry.kind == TKind::File) continue;
+    if (gone.erase(entry.name) == 0) {
+      TellNew({&pNode, entry.name});
+    } else if (entry.kind == TKind::Folder && fOptions.recursive && !pNode.folders[entry.name]->entered) {
+      // It couldn't be opened under an earlier name.
+      Remove(pNode, entry.name);
+      Enter({&pNode, entry.name}, entry.kind);
+    }
+  }
+  for (const std::wstring& name : gone) Retell(*pNode.folders[name]);
+}
+
+void TWatchedTree::Retell(TNode& pNode) {
+  const TPlace place{pNode.parent, pNode.name};
+  Touch(*place.folder);
+  OnRemoved(place);
+  TellNew(place);
+}
+
+void TWatchedTree::TellNew(const TPlace& pPlace) {
+  const std::wstring path = PathOf(pPlace);
+  const TKind kind = fFolders.KindOf(path);
+  if (kind == TKind::None) {
+    pPlace.folder->unseen.insert(pPlace.name);
+    return Doubt();
+  }
+  const bool is_folder = kind != TKind::File;
+  Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
+  if (is_folder) Enter(pPlace, kind);
 }
 
 // --- empty folders --------------------------------------------------------------------------------------------------
@@ -266,15 +359,27 @@ TWatchedTree::TLetGo TWatchedTree::LetGo(std::uint64_t pFolder) {
     return TLetGo::NotEmpty;
   }
   // Another folder has its name, and the report of that is under way.
-  if (!fFolders.IsAt(pFolder, path)) return TLetGo::Done;
-  if (!std::exchange(node.silent, true)) return TLetGo::Soon;
-  if (fFolders.Reopen(pFolder, path)) {
+  if (fFolders.NumberOf(path) != node.number) return TLetGo::Done;
+  if (!std::exchange(node.silent, true)) node.silentSince = fClock;
+  if (fClock - node.silentSince < TicksOfSilence) {
+    fWantsIdle = true;
+    return TLetGo::Soon;
+  }
+  const std::uint64_t number = fFolders.Reopen(pFolder, path);
+  if (number != 0) {
+    if (number != node.number) Doubt();
+    node.number = number;
+    std::deque<std::uint64_t> waiting = std::exchange(fToScan, {});
     Scan(node, true);
+    fToScan = std::move(waiting);
+    for (const auto& [name, folder] : node.folders) ScanAll(*folder, true);
     return TLetGo::Done;
   }
   // The folder above reports what became of it.
   node.open = node.entered = false;
   node.lost = true;
+  Touch(*node.parent);
+  Doubt();
   fById.erase(found);
   return TLetGo::NotEmpty;
 }
@@ -290,6 +395,7 @@ void TWatchedTree::LetGoOfEmptied() {
 }
 
 void TWatchedTree::LetGoOfEmpty() {
+  ++fClock;
   LetGoOfEmptied(); // while something is reported all the time there is no other occasion
   std::size_t count = fEmpty.size();
   for (int left = LooksAtOnce; left > 0 && count > 0; --count) {
@@ -333,6 +439,7 @@ void TWatchedTree::ApplyOne(TNode& pNode, const TDirectoryChange& pChange) {
 }
 
 void TWatchedTree::OnAdded(TPlace pPlace) {
+  Touch(*pPlace.folder);
   if (pPlace.folder->listed.erase(pPlace.name) != 0) return;
   const std::wstring path = PathOf(pPlace);
   const TKind kind = fFolders.KindOf(path);
@@ -341,7 +448,9 @@ void TWatchedTree::OnAdded(TPlace pPlace) {
   if (pPlace.folder->folders.contains(pPlace.name)) OnRemoved(pPlace);
   Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
   if (is_folder) return Enter(pPlace, kind);
-  if (kind == TKind::None) pPlace.folder->unseen.insert(pPlace.name);
+  if (kind != TKind::None) return;
+  pPlace.folder->unseen.insert(pPlace.name);
+  Doubt();
 }
 
 void TWatchedTree::OnRemoved(const TPlace& pPlace) {
@@ -356,12 +465,13 @@ void TWatchedTree::OnRemoved(const TPlace& pPlace) {
 // any more was renamed once more, and that report follows.
 bool TWatchedTree::IsNodeAt(const TNode& pNode, const std::wstring& pPath) {
   if (pNode.lost) return false;
-  const TKind kind = fFolders.KindOf(pPath);
-  if (kind == TKind::None) return true;
-  return kind != TKind::File && (!pNode.open || fFolders.IsAt(pNode.id, pPath));
+  if (!pNode.open) return true;
+  const std::uint64_t number = fFolders.NumberOf(pPath);
+  return number == 0 || number == pNode.number;
 }
 
 void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
+  Touch(*pTo.folder);
   // A listing that came later has told the new name, and all that is in it.
   if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
   const std::wstring path = PathOf(pTo);
@@ -382,6 +492,7 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
     node->parent = pTo.folder;
     node->name = pTo.name;
     TNode& moved = *(pTo.folder->folders[pTo.name] = std::move(node));
+    Touch(moved);
     return LookAgain(moved);
   }
   const TKind kind = fFolders.KindOf(path);
@@ -389,7 +500,9 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   Remove(*pTo.folder, pTo.name);
   Emit(is_folder ? TDirectoryEvent::FolderRename : TDirectoryEvent::FileRename, PathOf(pFrom), path);
   if (is_folder) return Enter(pTo, kind);
-  if (kind == TKind::None) pTo.folder->unseen.insert(pTo.name);
+  if (kind != TKind::None) return;
+  pTo.folder->unseen.insert(pTo.name);
+  Doubt();
 }
 
 } // namespace kiv

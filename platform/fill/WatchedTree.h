@@ -36,7 +36,7 @@ struct TDirectoryNotice {
   friend bool operator==(const TDirectoryNotice&, const TDirectoryNotice&) = default;
 };
 
-/// What a watched tree needs of the file system. Numbers are the tree's, for its open folders.
+/// What a watched tree needs of the file system. `pFolder` is the tree's own name for a folder.
 class IWatchedFolders {
 public:
   enum class TKind { None, File, Folder, Link }; ///< Link: a folder that is kept elsewhere
@@ -45,15 +45,16 @@ public:
     TKind kind = TKind::None;
   };
 
-  /// Opens a folder and lets it report from now on; with all below it if `pSubtree`. False if it can't be.
-  virtual bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) = 0;
+  /// Opens a folder and lets it report from now on; with all below it if `pSubtree`. Its number; 0 if it can't be.
+  virtual std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) = 0;
   virtual void Close(std::uint64_t pFolder) noexcept = 0;
-  /// Lets go of an open folder and opens it again. False if it isn't there any more; it is closed then.
-  virtual bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) = 0;
-  /// Whether an open folder is what stands at a path now.
-  virtual bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) = 0;
-  /// What a folder holds, without "." and "..". Files may be left out if nobody asks for them.
-  virtual std::vector<TEntry> List(const std::wstring& pPath, bool pFiles) = 0;
+  /// Lets go of an open folder and opens it again. 0 if it isn't there any more; it is closed then.
+  virtual std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) = 0;
+  /// What stands at a path now: its number, which stays with it when it is renamed; 0 for nothing.
+  virtual std::uint64_t NumberOf(const std::wstring& pPath) = 0;
+  /// What a folder holds, without "." and "..", and the number of the folder that was listed; 0 if that can't be done.
+  /// Files may be left out if nobody asks for them.
+  virtual std::uint64_t List(const std::wstring& pPath, bool pFiles, std::vector<TEntry>& pEntries) = 0;
   virtual TKind KindOf(const std::wstring& pPath) = 0;
   /// Whether there is such a folder and nothing in it.
   virtual bool IsEmpty(const std::wstring& pPath) = 0;
@@ -71,6 +72,11 @@ protected:
 /// reports of the objects listed isn't told twice. Reports of several handles come in no order: what isn't found
 /// because a folder above it has another name by now is looked for again when that is reported. Links to folders aren't
 /// followed. Writes to one file that come straight one after the other are told once.
+///
+/// Between a report and what is then seen at its path folders may be exchanged, and what was told is of another one. So
+/// when folders were renamed or have gone, and nothing is reported any more, those that were touched are audited: each
+/// must be the one that was listed, and have the folders that are known of it. One that isn't is told as deleted and
+/// created, with what is in it.
 ///
 /// The same platforms keep a folder that was deleted until its handles are closed, and don't say that it was deleted.
 /// So handles of empty folders, the only ones that can be, are let go for a moment now and then.
@@ -126,12 +132,22 @@ private:
   };
   enum class TLetGo { NotEmpty, Soon, Done };
 
+  // Foreign handles may keep a folder from being opened for ever.
+  static constexpr int MostAudits = 5;
+  static constexpr int MostLists = 3;
+
   void Apply(TNode& pNode, const std::vector<TDirectoryChange>& pChanges);
   void ApplyOne(TNode& pNode, const TDirectoryChange& pChange);
   void OnAdded(TPlace pPlace);
   void OnRemoved(const TPlace& pPlace);
   void OnRenamed(const TPlace& pFrom, const TPlace& pTo);
   bool IsNodeAt(const TNode& pNode, const std::wstring& pPath);
+  void Touch(const TNode& pNode);
+  void Doubt();
+  void Audit();
+  void AuditNode(TNode& pNode);
+  void Retell(TNode& pNode);
+  void TellNew(const TPlace& pPlace);
   TPlace Resolve(TNode& pNode, std::wstring_view pName);
   TNode& AddFolder(TNode& pParent, const std::wstring& pName, IWatchedFolders::TKind pKind);
   void Enter(const TPlace& pPlace, IWatchedFolders::TKind pKind);
@@ -159,10 +175,15 @@ private:
   std::set<std::uint64_t> fEmptied; // since the last idle time, it may be
   std::set<std::uint64_t> fEmpty;   // it may be, for longer
   std::uint64_t fLastEmpty = 0;     // where the turn stands
+  int fClock = 0;
+  std::set<std::uint64_t> fTouched; // since the last audit
+  int fAuditsLeft = MostAudits;     // without a report
   std::wstring fLastWritten;        // the path of the last event, if that was a write
   bool fIsOpen = false;
   bool fWantsIdle = false;
-  bool fListAtIdle = false;
+  int fListsLeft = 0;     // of everything, in idle times behind lost reports
+  bool fReported = false; // since the last idle time
+  bool fInDoubt = false;  // something was seen at a path that may have been another's
 };
 
 } // namespace kiv

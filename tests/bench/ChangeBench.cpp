@@ -1,4 +1,5 @@
 #include "Benches.h"
+#include "ChangeStorm.h"
 
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
@@ -7,9 +8,6 @@
 #include <framework/Application.h>
 #include <notification/ChangeNotifier.h>
 #include <notification/ChangeSourceKind.h>
-#include <platform/Handles.h>
-#include <platform/Signal.h>
-#include <platform/fill/DirectoryWatcher.h>
 
 #include <chrono>
 #include <memory>
@@ -47,47 +45,6 @@ double Latency() {
   return std::chrono::duration<double, std::milli>(at - start).count();
 }
 
-constexpr int Count = 2000;
-
-// Makes and deletes one file after the other.
-void ChangeFiles(const std::wstring& folder) {
-  for (int i = 0; i < Count / 2; ++i) {
-    const std::wstring path = folder + L"\\" + std::to_wstring(i);
-    CreateEmptyFile(path);
-    DeleteFileW(path.c_str());
-  }
-}
-
-// Microseconds each change, with nobody watching.
-double ChangeAlone() {
-  test::ScopedTempFolder folder;
-  return Seconds([&] { ChangeFiles(folder.Path()); }) * 1e6 / Count;
-}
-
-// The same until the queue has the last one.
-double ToQueue() {
-  test::ScopedTempFolder folder;
-  const auto woken = std::make_shared<TSignal>();
-  const auto queue = std::make_shared<TNoticeQueue>([woken] { woken->Set(); });
-  const std::uint32_t watch = DirectoryWatcher::Watch(folder.Path(), false, queue);
-  const double seconds = Seconds([&] {
-    std::thread other([&] {
-      ChangeFiles(folder.Path());
-      CreateEmptyFile(folder.PathOf(L"last"));
-    });
-    TNoticeQueue::TEntry entry;
-    for (bool over = false; !over;) {
-      while (!over && queue->Pop(entry)) {
-        over = entry.notice.path1.ends_with(L"\\last") || entry.notice.event == TDirectoryEvent::FolderUpdate;
-      }
-      if (!over) woken->Wait();
-    }
-    other.join();
-  });
-  DirectoryWatcher::Unwatch(watch);
-  return seconds * 1e6 / Count;
-}
-
 // A notifier without a window, which is handed its events.
 class TFedPlatform final : public INotifierPlatform {
 public:
@@ -108,29 +65,23 @@ private:
   };
 };
 
-// Microseconds each event from the queue to OnChange, or to OnChangePIDL.
-double ToHandler(bool lists) {
+// Microseconds each event from the queue to OnChangePIDL, whose handler asks the list for its depth.
+double ToLists() {
   Application();
   constexpr int count = 300;
   test::ScopedTempFolder folder;
   TFedPlatform platform;
   const ScopedNotifierPlatform scope(platform);
   TKivShellChangeNotifier notifier;
-  std::size_t length = 0;
-  if (lists) {
-    notifier.SetOnChangePIDL([&](auto*, TNotificationEvent, IItemIdList* first, IItemIdList*) {
-      length += static_cast<std::size_t>(first->Depth());
-    });
-  } else {
-    notifier.SetOnChange(
-        [&](auto*, TNotificationEvent, const std::wstring& path, const std::wstring&) { length += path.size(); });
-  }
+  int depth = 0;
+  notifier.SetOnChangePIDL(
+      [&](auto*, TNotificationEvent, IItemIdList* first, IItemIdList*) { depth += first->Depth(); });
   notifier.AddPath(folder.Path());
   std::vector<std::wstring> paths;
   for (int i = 0; i < count; ++i) paths.push_back(folder.MakeFile(std::to_wstring(i)));
   return Seconds([&] {
            for (const std::wstring& path : paths) {
-             platform.sink->OnChangeArrived(neFileCreate, TKivItemIdList::Create(path), nullptr);
+             platform.sink->OnChangeArrived(neFileCreate, TKivItemIdList::CreateOfChange(path, false), nullptr);
            }
          }) *
          1e6 / count;
@@ -152,15 +103,23 @@ double ParseLists() {
          1e6 / count;
 }
 
+// Takes minutes: one run does.
+double LongestTurnOnce() {
+  static const double longest = LongestTurn(100'000);
+  return longest;
+}
+
 } // namespace
 
 std::vector<TFigure> ChangeFigures() {
   return {
       // Where the floor is a round number it is a limit that was set.
       {"changes", "latency", "ms", &Latency, [] { return 30.0; }, 1.0},
-      {"changes", "to_queue", "us/change", &ToQueue, &ChangeAlone, 0},
-      {"changes", "to_paths", "us/event", [] { return ToHandler(false); }, [] { return 333.0; }, 1.0},
-      {"changes", "to_lists", "us/event", [] { return ToHandler(true); }, &ParseLists, 1.3},
+      {"changes", "to_queue", "us/change", [] { return ChangesToQueue(10'000); }, [] { return 50.0; }, 1.0},
+      {"changes", "to_paths", "us/event", [] { return ChangesToPaths(3000); }, [] { return 333.0; }, 1.0},
+      {"changes", "to_lists", "us/event", &ToLists, &ParseLists, 1.3},
+      {"changes", "threads_of_1000_watches", "threads", [] { return ThreadsOfWatches(1000); }, [] { return 1.0; }, 1.0},
+      {"changes", "longest_turn_of_100000", "ms", &LongestTurnOnce, [] { return 50.0; }, 1.0},
   };
 }
 

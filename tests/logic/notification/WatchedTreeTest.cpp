@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <random>
@@ -34,13 +35,16 @@ std::wstring NameOf(const std::wstring& path) {
 /// something is in it, until the handle is closed.
 class TReportingFolders final : public IWatchedFolders {
 public:
-  explicit TReportingFolders(SimulatedFileSystem& pFiles) : fFiles(pFiles) {}
+  /// `pBefore` is called before anything is looked at: the disk doesn't stand still meanwhile.
+  TReportingFolders(SimulatedFileSystem& pFiles, std::function<void()> pBefore)
+      : fFiles(pFiles), fBefore(std::move(pBefore)) {}
 
-  bool Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
+  std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
+    fBefore();
     THandle handle;
     handle.subtree = pSubtree;
-    if (FAILED(fFiles.IdOf(pPath, handle.node)) || KindOf(pPath) != TKind::Folder) return false;
-    return fHandles.emplace(pFolder, std::move(handle)).second;
+    if (FAILED(fFiles.IdOf(pPath, handle.node)) || KindNow(pPath) != TKind::Folder) return 0;
+    return (fHandles[pFolder] = std::move(handle)).node;
   }
   void Close(std::uint64_t pFolder) noexcept override {
     const TNodeId node = fHandles[pFolder].node;
@@ -48,40 +52,56 @@ public:
     if (fDeleted.erase(node) == 0) return;
     for (const auto& [path, object] : fFiles.Snapshot()) {
       TNodeId id = 0;
-      if (FAILED(fFiles.IdOf(path, id)) || id != node || !IsEmpty(path)) continue;
+      if (FAILED(fFiles.IdOf(path, id)) || id != node || !IsEmptyNow(path)) continue;
       fFiles.Delete(path);
       Report(TDirectoryAction::Removed, path);
     }
   }
-  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+  std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
     Close(pFolder);
     return Open(pFolder, pPath, false);
   }
-  bool IsAt(std::uint64_t pFolder, const std::wstring& pPath) override {
-    TNodeId id = 0;
-    return SUCCEEDED(fFiles.IdOf(pPath, id)) && fHandles[pFolder].node == id;
+  std::uint64_t NumberOf(const std::wstring& pPath) override {
+    fBefore();
+    return NumberNow(pPath);
   }
-  std::vector<TEntry> List(const std::wstring& pPath, bool) override {
+  std::uint64_t List(const std::wstring& pPath, bool, std::vector<TEntry>& pEntries) override {
+    fBefore();
+    pEntries = ListNow(pPath);
+    return KindNow(pPath) == TKind::Folder ? NumberNow(pPath) : 0;
+  }
+  TKind KindOf(const std::wstring& pPath) override {
+    fBefore();
+    return KindNow(pPath);
+  }
+  bool IsEmpty(const std::wstring& pPath) override {
+    fBefore();
+    return IsEmptyNow(pPath);
+  }
+
+  std::uint64_t NumberNow(const std::wstring& pPath) {
+    TNodeId id = 0;
+    return SUCCEEDED(fFiles.IdOf(pPath, id)) ? id : 0;
+  }
+  std::vector<TEntry> ListNow(const std::wstring& pPath) {
     std::vector<TEntry> entries;
     std::vector<SimulatedFileSystem::TChild> children;
     TNodeId id = 0;
     if (FAILED(fFiles.IdOf(pPath, id)) || FAILED(fFiles.ChildrenOf(id, children))) return entries;
-    for (const auto& child : children) entries.push_back({child.name, KindOf(pPath + L"\\" + child.name)});
+    for (const auto& child : children) entries.push_back({child.name, KindNow(pPath + L"\\" + child.name)});
     return entries;
   }
-  TKind KindOf(const std::wstring& pPath) override {
+  TKind KindNow(const std::wstring& pPath) {
     TFolderObject object;
     if (FAILED(fFiles.Find(pPath, object))) return TKind::None;
     return object.flags.Contains(TObjectFlag::Folder) ? TKind::Folder : TKind::File;
   }
-  bool IsEmpty(const std::wstring& pPath) override {
-    return KindOf(pPath) == TKind::Folder && List(pPath, true).empty();
-  }
+  bool IsEmptyNow(const std::wstring& pPath) { return KindNow(pPath) == TKind::Folder && ListNow(pPath).empty(); }
 
   /// Whether a folder that is being deleted stays for now.
   bool Keeps(const std::wstring& pPath) {
     TNodeId id = 0;
-    if (!IsEmpty(pPath) || FAILED(fFiles.IdOf(pPath, id))) return false;
+    if (!IsEmptyNow(pPath) || FAILED(fFiles.IdOf(pPath, id))) return false;
     const bool open = std::any_of(fHandles.begin(), fHandles.end(),
                                   [id](const auto& entry) { return entry.second.node == id && !entry.second.subtree; });
     if (open) fDeleted.insert(id);
@@ -141,6 +161,7 @@ private:
     std::deque<TDirectoryRecord> records;
   };
   SimulatedFileSystem& fFiles;
+  const std::function<void()> fBefore;
   std::map<std::uint64_t, THandle> fHandles;
   std::set<TNodeId> fDeleted;
 };
@@ -211,7 +232,7 @@ private:
 class TRun {
 public:
   TRun(unsigned pSeed, TWatchedTree::TOptions pOptions, bool pLoses)
-      : fRandom(pSeed), fOptions(pOptions), fLoses(pLoses), fFolders(fFiles),
+      : fRandom(pSeed), fOptions(pOptions), fLoses(pLoses), fFolders(fFiles, [this] { ChangeMeanwhile(); }),
         fTree(Root, pOptions, fFolders, [this](const TDirectoryNotice& notice) {
           if (fListing) fListing->Apply(notice);
         }) {
@@ -227,13 +248,15 @@ public:
   }
 
   void Go(int steps) {
+    fBusy = true;
     for (int i = 0; i < steps; ++i) {
       for (auto changes = fRandom() % 4; changes > 0; --changes) Change();
       if (fLoses && fRandom() % 40 == 0) fFolders.LoseRecords();
       for (auto reports = fRandom() % 3; reports > 0; --reports) fFolders.Deliver(fTree, fRandom);
       if (fRandom() % 8 == 0) Rest();
     }
-    for (int i = 0; i < 3 || (i < 50 && fFolders.KeepsSome()); ++i) Rest();
+    fBusy = false;
+    for (int i = 0; i < 3 || (i < 50 && (fFolders.KeepsSome() || fTree.WantsIdle())); ++i) Rest();
     EXPECT_FALSE(fFolders.KeepsSome());
     const TListing now(fFiles, fOptions.recursive);
     EXPECT_EQ(*fListing == now, true) << "known: " << fListing->Text() << "\nthere: " << now.Text();
@@ -260,6 +283,10 @@ private:
     }
     if (folder) paths.insert(paths.end(), {Root, Root, L"C:\\elsewhere"});
     return paths.empty() ? std::wstring() : paths[fRandom() % paths.size()];
+  }
+  // In between what the tree does.
+  void ChangeMeanwhile() {
+    if (fBusy && fRandom() % 6 == 0) Change();
   }
   bool IsInside(const std::wstring& path) const { return path.starts_with(Root + L"\\"); }
   void Report(TDirectoryAction action, const std::wstring& path) {
@@ -300,6 +327,7 @@ private:
   std::mt19937 fRandom;
   const TWatchedTree::TOptions fOptions;
   const bool fLoses;
+  bool fBusy = false;
   SimulatedFileSystem fFiles;
   TReportingFolders fFolders;
   std::optional<TListing> fListing;
@@ -310,7 +338,7 @@ TEST(WatchedTree, TellsAllThatAListingNeeds) {
   const TWatchedTree::TOptions ways[] = {{false, false}, {true, false}, {true, true}};
   for (const auto& way : ways) {
     for (const bool loses : {false, true}) {
-      for (unsigned seed = 1; seed <= 15; ++seed) {
+      for (unsigned seed = 1; seed <= 100; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed << " recursive " << way.recursive << " subtree "
                                         << way.subtree << " loses " << loses);
         TRun(seed, way, loses).Go(60);
@@ -325,7 +353,7 @@ TEST(WatchedTree, MergesNothingButAdjacentWrites) {
   files.AddDrive(L'C');
   files.MakeFolder(Root);
   files.MakeFolder(Root + L"\\sub");
-  TReportingFolders folders(files);
+  TReportingFolders folders(files, [] {});
   std::vector<TDirectoryNotice> told;
   TWatchedTree tree(Root, {}, folders, [&told](TDirectoryNotice notice) { told.push_back(std::move(notice)); });
   ASSERT_TRUE(tree.Open());
@@ -336,6 +364,7 @@ TEST(WatchedTree, MergesNothingButAdjacentWrites) {
       TWatchedTree::RootFolder,
       {{Added, L"a"}, {Modified, L"a"}, {Modified, L"a"}, {Modified, L"b"}, {Modified, L"a"}, {Removed, L"a"}});
   tree.OnRecords(TWatchedTree::RootFolder, {{Added, L"a"}, {Removed, L"a"}, {Modified, L"sub"}, {Removed, L"sub"}});
+  files.Delete(Root + L"\\sub");
   tree.OnRecords(TWatchedTree::RootFolder, {{RenamedFrom, L"x"}});
   EXPECT_TRUE(tree.WantsIdle());
   tree.OnIdle();

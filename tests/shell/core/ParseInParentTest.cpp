@@ -1,6 +1,8 @@
 // Paths of one folder, parsed one after the other.
 #include <core/IdListFromPath.h>
 
+#include <core/FolderFunctions.h>
+#include <core/ItemIdList.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/MainThread.h>
 #include <platform/ShellApi.h>
@@ -137,6 +139,40 @@ TEST_F(ParseInParent, KeepsNothingWhereNobodySaysWhenItEnds) {
     LeaveApartment();
   }).join();
   EXPECT_FALSE(IsQuickInDir(L"a")) << "each thread keeps its own";
+}
+
+// What was reported to have changed may be there or not.
+TEST_F(ParseInParent, MakesListsOfWhatChanges) {
+  const wchar_t* names[] = {L"dir\\a",    L"dir\\c.zip",  L"dir\\sub",   L"dir\\sub\\a", L"dir\\Some Name.text",
+                            L"dir\\none", L"dir\\none~1", L"none\\x\\y", L"other\\a",    L"dir\\a.",
+                            L"dir\\nul",  L"other"};
+  static int root_parses = 0;
+  static decltype(TShellApi::SHParseDisplayName) parse = nullptr;
+  parse = fApi->SHParseDisplayName;
+  fApi->SHParseDisplayName = [](PCWSTR path, IBindCtx* context, PIDLIST_ABSOLUTE* list, SFGAOF in, SFGAOF* out) {
+    return ++root_parses, parse(path, context, list, in, out);
+  };
+  for (const wchar_t* name : names) {
+    const std::wstring path = fTemp.PathOf(name);
+    PIDLIST_ABSOLUTE raw = nullptr;
+    const HRESULT hr = SHParseDisplayName(path.c_str(), nullptr, &raw, 0, nullptr);
+    const TUniqueItemIdList there = TakeItemIdList(hr, raw);
+    const TUniqueItemIdList simple(SHSimpleIDListFromPath(path.c_str()));
+    for (const bool gone : {false, true}) {
+      const auto list = TKivItemIdList::CreateOfChange(path, gone);
+      const auto& expected = there && !gone ? there : simple;
+      EXPECT_EQ(list->IsSimple(), gone);
+      EXPECT_TRUE(ILIsEqual(list->WindowsPointer(), expected.Get())) << testing::PrintToString(path) << gone;
+      EXPECT_EQ(list->Path(), path);
+    }
+    const bool file = there && IsFile(path);
+    EXPECT_TRUE(!file || SameFile(TKivItemIdList::CreateOfChange(path, false)->WindowsPointer(), there.Get()));
+  }
+  const int before = root_parses + gFromRoot;
+  for (const wchar_t* name : {L"dir\\b", L"dir\\.hidden", L"dir\\gone", L"dir.x\\a", L"gone\\a"}) {
+    EXPECT_FALSE(TKivItemIdList::CreateOfChange(fTemp.PathOf(name), false)->IsInvalid());
+  }
+  EXPECT_EQ(root_parses + gFromRoot, before) << "the folders were open, or could be opened in one that was";
 }
 
 } // namespace

@@ -91,7 +91,7 @@ TEST_F(DirectoryWatches, StayInTheirFolderUnlessTold) {
 TEST_F(DirectoryWatches, TakeAnyName) {
   ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), true, fQueue), 0U);
   const std::wstring part(100, L'p');
-  const std::wstring names[] = {L"\xD83D\xDE00 \x4E2D", L"Case", std::wstring(120, L'n'), L"dots..",
+  const std::wstring names[] = {L"\xD83D\xDE00 \x4E2D", L"Case", std::wstring(255, L'n'), L"dots..",
                                 part + L"\\" + part + L"\\" + part + L"\\deep"};
   for (const std::wstring& name : names) {
     const std::wstring path = fFolder.PathOf(name);

@@ -1,6 +1,9 @@
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathList.h>
+#include <doubles/Gate.h>
+#include <doubles/KnownTree.h>
+#include <doubles/OutsideChanges.h>
 #include <doubles/PumpUntil.h>
 #include <doubles/ScopedTempFolder.h>
 #include <framework/Application.h>
@@ -8,15 +11,14 @@
 #include <notification/ChangeSourceKind.h>
 #include <platform/Lifecycle.h>
 #include <platform/ShellApi.h>
-#include <platform/fill/DirectoryHandle.h>
+#include <platform/fill/DirectoryWatcher.h>
 
+#include <dbt.h>
 #include <shlobj.h>
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -59,6 +61,10 @@ protected:
                                   const std::wstring& path2) {
       fTold += std::to_wstring(static_cast<int>(event)) + L":" + path1 + (path2.empty() ? L"" : L">" + path2) + L" ";
     });
+  }
+  static void PumpMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&message);
   }
   bool HasTold(const std::wstring& text) const { return fTold.find(text + L" ") != std::wstring::npos; }
 
@@ -190,104 +196,95 @@ TEST_F(NotifierSources, MayBeMadeAndEndedOnAnyThread) {
   maker.join();
 }
 
-/// What a listener knows of a tree: paths as they are on disk, with "/" behind folders.
-class TKnownTree {
-public:
-  explicit TKnownTree(std::wstring pRoot) : fRoot(std::move(pRoot)) { List(); }
-
-  void Apply(TNotificationEvent event, const std::wstring& path1, const std::wstring& path2) {
-    if (event == neFileCreate || event == neFolderCreate) fKnown[path1] = event == neFolderCreate;
-    if (event == neFileDelete || event == neFolderDelete) Take(path1);
-    if (event == neFolderUpdate && path1 == fRoot) List();
-    if (event != neFileRename && event != neFolderRename) return;
-    const auto moved = Take(path1);
-    Take(path2);
-    for (const auto& [path, folder] : moved) fKnown[path2 + path.substr(path1.size())] = folder;
-    fKnown[path2] = event == neFolderRename;
-  }
-  const std::map<std::wstring, bool>& Known() const { return fKnown; }
-
-private:
-  void List() {
-    fKnown.clear();
-    std::vector<std::wstring> folders = {fRoot};
-    while (!folders.empty()) {
-      const std::wstring folder = std::move(folders.back());
-      folders.pop_back();
-      // Gone meanwhile, it lists nothing.
-      for (const auto& entry : ListDirectory(folder, true)) {
-        const std::wstring path = folder + L"\\" + entry.name;
-        const bool is_folder = entry.kind == IWatchedFolders::TKind::Folder;
-        fKnown[path] = is_folder;
-        if (is_folder) folders.push_back(path);
-      }
-    }
-  }
-  std::map<std::wstring, bool> Take(const std::wstring& path) {
-    std::map<std::wstring, bool> taken;
-    for (auto at = fKnown.lower_bound(path); at != fKnown.end() && at->first.starts_with(path);) {
-      const bool of = at->first.size() == path.size() || at->first[path.size()] == L'\\';
-      if (of) taken.insert(*at);
-      at = of ? fKnown.erase(at) : std::next(at);
-    }
-    return taken;
-  }
-
-  const std::wstring fRoot;
-  std::map<std::wstring, bool> fKnown;
-};
-
-// Makes, renames, moves and deletes in a few nested folders as fast as it can.
-void ChangeAtRandom(const std::wstring& root, unsigned seed, int count) {
-  std::mt19937 random(seed);
-  const auto name = [&] { return std::wstring(1, static_cast<wchar_t>(L'a' + random() % 12)); };
-  const auto path = [&] {
-    std::wstring p = root;
-    for (auto depth = random() % 3; depth > 0; --depth) p += L"\\" + name();
-    return p + L"\\" + name();
+// A shell that tells of other processes, as the probe finds out late.
+TEST_F(NotifierSources, GoOverToAShellThatReports) {
+  ScopedShellApi api;
+  FakeShell(api);
+  static test::TGate* probed = nullptr;
+  test::TGate gate;
+  probed = &gate;
+  static decltype(TShellApi::SHChangeNotifyRegister) fake = nullptr;
+  fake = api->SHChangeNotifyRegister;
+  api->SHChangeNotifyRegister = [](HWND window, int sources, LONG events, UINT message, int count,
+                                   const SHChangeNotifyEntry* entry) -> ULONG {
+    if (message == 2011) return fake(window, sources, events, message, count, entry);
+    probed->Pass();
+    PostMessageW(window, message, 0, 0);
+    return 1000;
   };
-  for (int i = 0; i < count; ++i) {
-    const std::wstring p = path();
-    switch (random() % 6) {
-    case 0:
-    case 1:
-      CreateEmptyFile(p);
-      break;
-    case 2:
-      CreateDirectoryW(p.c_str(), nullptr);
-      break;
-    case 3:
-      MoveFileW(p.c_str(), path().c_str());
-      break;
-    case 4:
-      DeleteFileW(p.c_str());
-      break;
-    default:
-      RemoveDirectoryW(p.c_str());
-    }
+  Listen();
+  fNotifier->AddPath(fFolder.Path());
+  EXPECT_EQ(gAsked.registered, 0) << "the directory watcher serves until the answer is known";
+  fFolder.MakeFile(L"a");
+  PumpUntil([&] { return HasTold(L"3:" + fFolder.PathOf(L"a")); });
+  gate.Open();
+  PumpUntil([&] { return HasTold(L"15:" + fFolder.Path()); });
+  EXPECT_EQ(gAsked.registered, 1);
+  // Never both: the end of the first source is told by the order of its thread.
+  DirectoryWatcher::Unwatch(DirectoryWatcher::Watch(fFolder.Path(), false, std::make_shared<TNoticeQueue>([] {})));
+  fTold.clear();
+  fFolder.MakeFile(L"b");
+  const auto created = TKivItemIdList::Create(fFolder.MakeFile(L"c"));
+  gAsked.lists[0] = const_cast<PIDLIST_ABSOLUTE>(created->WindowsPointer());
+  gAsked.shellEvent = SHCNE_CREATE;
+  SendMessageW(gAsked.window, 2011, 1, 2);
+  PumpMessages();
+  EXPECT_EQ(fTold, L"3:" + fFolder.PathOf(L"c") + L" ");
+  fNotifier->AddPath(fFolder.MakeFolder(L"sub"));
+  EXPECT_EQ(gAsked.registered, 2);
+}
+
+TEST_F(NotifierSources, LetGoOfAMediumThatIsToBeEjected) {
+  SetChangeSourceKind(TChangeSourceKind::Directory);
+  ScopedShellApi api;
+  static HANDLE handle = nullptr;
+  static HWND window = nullptr;
+  api->RegisterDeviceNotificationW = [](HANDLE recipient, void* filter, DWORD) -> HDEVNOTIFY {
+    handle = static_cast<const DEV_BROADCAST_HANDLE*>(filter)->dbch_handle;
+    window = static_cast<HWND>(recipient);
+    return nullptr;
+  };
+  Listen();
+  const std::wstring other = fFolder.MakeFolder(L"other");
+  const std::wstring ejected = fFolder.MakeFolder(L"ejected");
+  fNotifier->AddPath(other);
+  fNotifier->AddPath(ejected);
+  DEV_BROADCAST_HANDLE device{};
+  device.dbch_size = sizeof(device);
+  device.dbch_devicetype = DBT_DEVTYP_HANDLE;
+  const auto query = [&](HANDLE of) {
+    device.dbch_handle = of;
+    SendMessageW(window, WM_DEVICECHANGE, DBT_DEVICEQUERYREMOVE, reinterpret_cast<LPARAM>(&device));
+  };
+  query(GetCurrentProcess());
+  PumpMessages();
+  EXPECT_EQ(fTold, L"") << "nobody's handle";
+  query(handle);
+  // All on that volume: a handle would keep a folder there that is deleted, and its name taken.
+  for (const std::wstring& folder : {other, ejected}) {
+    EXPECT_TRUE(RemoveDirectoryW(folder.c_str()));
+    EXPECT_EQ(GetFileAttributesW(folder.c_str()), INVALID_FILE_ATTRIBUTES);
+    PumpUntil([&] { return HasTold(L"15:" + folder); });
   }
 }
 
+// Another process changes what it likes in a few nested folders, as fast as it can.
 TEST_F(NotifierSources, TellAllThatAListingNeeds) {
   SetChangeSourceKind(TChangeSourceKind::Directory);
   const std::wstring root = fFolder.MakeFolder(L"root");
-  ChangeAtRandom(root, 1, 300);
   fNotifier->AddPath(root);
-  TKnownTree known(root);
-  bool over = false;
-  const std::wstring last = root + L"\\the last one";
+  test::TKnownTree known(root);
+  const auto follow = [&](unsigned seed, int count, const std::wstring& last) {
+    test::ChangeFromOutside(root, test::TOutsideChanges::AtRandom, seed, count, last);
+    PumpUntil([&] { return known.Known().contains(last); });
+    // Reports of other folders may still be under way, and folders that were deleted may go later.
+    PumpUntil([&] { return known.IsTrue(); });
+  };
   fNotifier->SetOnChange([&](auto*, TNotificationEvent event, const std::wstring& path1, const std::wstring& path2) {
     known.Apply(event, path1, path2);
-    over = over || known.Known().contains(last);
   });
-  std::thread other([&] {
-    ChangeAtRandom(root, 2, 2000);
-    CreateEmptyFile(last);
-  });
-  PumpUntil([&] { return over; });
-  other.join();
-  // Reports of other folders may still be under way, and folders that were deleted may go later.
-  PumpUntil([&] { return known.Known() == TKnownTree(root).Known(); });
+  follow(1, 300, root + L"\\the first one");
+  follow(2, 1000, root + L"\\the last one");
 }
 
 } // namespace

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace kiv::bench {
+
+/// Milliseconds of the longest turn of the main thread while another process makes so many changes in nested folders,
+/// as fast as it can, and a subscriber follows them. A huge number if what the subscriber knows isn't what is there at
+/// the end.
+double LongestTurn(int pCount);
+/// Microseconds each change from another process's making and deleting files to the watcher's queue, behind the first
+/// one. A huge number if any was lost.
+double ChangesToQueue(int pCount);
+/// Microseconds each event, behind the first one, until a notifier has told them all with paths.
+double ChangesToPaths(int pCount);
+/// How many threads come when a notifier watches so many folders instead of one.
+double ThreadsOfWatches(int pCount);
+
+} // namespace kiv::bench

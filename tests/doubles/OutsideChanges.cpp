@@ -1,0 +1,105 @@
+#include <doubles/OutsideChanges.h>
+
+#include <core/FolderFunctions.h>
+#include <platform/Handles.h>
+
+#include <windows.h>
+
+#include <random>
+#include <thread>
+
+namespace kiv::test {
+
+namespace {
+
+// Arguments: folder, kind, seed, count, path of the last file.
+constexpr wchar_t Script[] =
+    LR"(my ($root,$kind,$seed,$count,$last)=@ARGV;chdir $root or die;srand $seed;)"
+    LR"(sub name{chr(97+int rand 12)}sub path{my $p='';$p.=name().'/' for 1..int rand 3;$p.name()})"
+    LR"(sub make{open(my $f,$_[0],$_[1]) or return 0;print $f 'x';1})"
+    LR"(for(my $n=0;$n<$count;){my $p=path();my $k=int rand 7;)"
+    LR"(if($kind){$n+=make('>','f'.$n);$n+=unlink('f'.($n-1));next})"
+    LR"(if($k<2){$n++ if !-d $p&&make('>',$p)}elsif($k==2){$n++ if mkdir $p}elsif($k==3){$n++ if rename $p,path()})"
+    LR"(elsif($k==4){$n+=unlink $p}elsif($k==5){$n++ if -f $p&&make('>>',$p)}else{$n++ if rmdir $p}})"
+    LR"(open(my $f,'>',$last))";
+
+// Empty if there is none.
+std::wstring NativePath(const std::wstring& path) {
+  using TName = char*(CDECL*)(const wchar_t*);
+  const auto call = reinterpret_cast<TName>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+  char* const name = call ? call(path.c_str()) : nullptr;
+  if (!name) return {};
+  std::wstring found(name, name + std::char_traits<char>::length(name)); // plain letters, in a temporary folder
+  HeapFree(GetProcessHeap(), 0, name);
+  return found;
+}
+
+bool StartNative(const std::wstring& folder, TOutsideChanges kind, unsigned seed, int count, const std::wstring& last) {
+  constexpr wchar_t perl[] = LR"(Z:\usr\bin\perl)";
+  const std::wstring native = NativePath(folder);
+  if (native.empty() || !IsFile(perl)) return false;
+  const std::wstring name = last.substr(last.find_last_of(L'\\') + 1);
+  std::wstring command = std::wstring(perl) + L" -e \"" + Script + L"\" \"" + native + L"\" " +
+                         std::to_wstring(static_cast<int>(kind)) + L" " + std::to_wstring(seed) + L" " +
+                         std::to_wstring(count) + L" \"" + name + L"\"";
+  STARTUPINFOW start{};
+  start.cb = sizeof(start);
+  PROCESS_INFORMATION started{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start, &started)) {
+    return false;
+  }
+  const TUniqueHandle process(started.hProcess);
+  const TUniqueHandle thread(started.hThread);
+  return true;
+}
+
+void ChangeAtRandom(const std::wstring& root, unsigned seed, int count) {
+  std::mt19937 random(seed);
+  const auto name = [&] { return std::wstring(1, static_cast<wchar_t>(L'a' + random() % 12)); };
+  const auto path = [&] {
+    std::wstring p = root;
+    for (auto depth = random() % 3; depth > 0; --depth) p += L"\\" + name();
+    return p + L"\\" + name();
+  };
+  for (int done = 0; done < count;) {
+    const std::wstring p = path();
+    const auto kind = random() % 6;
+    if (kind < 2) {
+      done += CreateEmptyFile(p) ? 1 : 0;
+    } else if (kind == 2) {
+      done += CreateDirectoryW(p.c_str(), nullptr) ? 1 : 0;
+    } else if (kind == 3) {
+      done += MoveFileW(p.c_str(), path().c_str()) ? 1 : 0;
+    } else if (kind == 4) {
+      done += DeleteFileW(p.c_str()) ? 1 : 0;
+    } else {
+      done += RemoveDirectoryW(p.c_str()) ? 1 : 0;
+    }
+  }
+}
+
+void ComeAndGo(const std::wstring& root, int count) {
+  for (int i = 0; i < count; i += 2) {
+    const std::wstring path = root + L"\\f" + std::to_wstring(i);
+    CreateEmptyFile(path);
+    DeleteFileW(path.c_str());
+  }
+}
+
+} // namespace
+
+void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsigned pSeed, int pCount,
+                       const std::wstring& pLast) {
+  if (StartNative(pFolder, pKind, pSeed, pCount, pLast)) return;
+  std::thread([=] {
+    if (pKind == TOutsideChanges::ComeAndGo) {
+      ComeAndGo(pFolder, pCount);
+    } else {
+      ChangeAtRandom(pFolder, pSeed, pCount);
+    }
+    CreateEmptyFile(pLast);
+  }).detach();
+}
+
+} // namespace kiv::test

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+namespace kiv::test {
+
+enum class TOutsideChanges {
+  AtRandom, ///< makes, renames, moves, rewrites and deletes in three levels of folders with twelve names each
+  ComeAndGo ///< makes one file and deletes it, over and over
+};
+
+/// Changes what is in a folder, as fast as it can and without a pause, and makes the empty file `pLast` at the end.
+/// Where the platform runs native programs of another system (Wine), one of those does it, which is much quicker; else
+/// this process itself. Comes back when that has begun; nothing of it may be left when the folder goes.
+void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsigned pSeed, int pCount,
+                       const std::wstring& pLast);
+
+} // namespace kiv::test
