@@ -233,33 +233,52 @@ void TFolderView::KeyDown(WORD& pKey, TShiftState pShift) {
   const TAliveWatch alive(GetAliveToken());
   TCustomListView::KeyDown(pKey, pShift);
   if (!alive.IsAlive() || pShift.Contains(TShiftStateFlag::ssAlt)) return;
-  const bool ctrl = pShift.Contains(TShiftStateFlag::ssCtrl);
   const WORD key = pKey;
   pKey = 0;
-  if (key == VK_RETURN && !ctrl)
-    OpenFocused();
-  else if (key == VK_BACK && !ctrl)
-    GoUp();
-  else if (key == VK_F2)
+  if (!DoKey(key, pShift.Contains(TShiftStateFlag::ssCtrl))) pKey = key;
+}
+
+// The view may be gone behind any of these.
+bool TFolderView::DoKey(WORD pKey, bool pCtrl) {
+  switch (pKey) {
+  case VK_RETURN:
+    if (!pCtrl) OpenFocused();
+    return !pCtrl;
+  case VK_BACK:
+    return !pCtrl && GoUp();
+  case VK_F2:
     RenameFocused();
-  else if (key == VK_F5)
+    return true;
+  case VK_F5:
     Reload();
-  else if (key == VK_DELETE && !ctrl)
-    DeleteSelectedObjects();
-  else if (key == L'A' && ctrl)
-    SelectAll();
-  else if (alive.IsAlive())
-    pKey = key;
+    return true;
+  case VK_DELETE:
+    if (!pCtrl) DeleteSelectedObjects();
+    return !pCtrl;
+  case L'A':
+    if (pCtrl) SelectAll();
+    return pCtrl;
+  case VK_SPACE:
+    if (pCtrl || !fLink) return false;
+    ToggleSelected();
+    return true;
+  default:
+    return false;
+  }
+}
+
+// With boxes the space bar is for these, and not for the platform's search, which would change the selection.
+void TFolderView::KeyPress(wchar_t& pKey) {
+  TCustomListView::KeyPress(pKey);
+  if (pKey == L' ' && fLink) pKey = 0;
 }
 
 void TFolderView::KeyUp(WORD& pKey, TShiftState pShift) {
-  const bool plain = !pShift.Contains(TShiftStateFlag::ssCtrl) && !pShift.Contains(TShiftStateFlag::ssShift);
-  if (pKey == VK_SPACE && plain && !IsEditing() && fLink) {
-    pKey = 0;
-    ToggleSelected();
-    return;
+  if (pKey == VK_SPACE && fLink) {
+    TWinControl::KeyUp(pKey, pShift); // the base class would toggle the box of one row
+  } else {
+    TCustomListView::KeyUp(pKey, pShift);
   }
-  TCustomListView::KeyUp(pKey, pShift);
 }
 
 void TFolderView::DblClick() {

@@ -54,6 +54,8 @@ public:
   void GoToText(const std::wstring& pText);
   /// The list is known from the beginning, the rest when the folder has been opened.
   const TOpenedFolder& GetFolder() const noexcept { return fFolder; }
+  /// What stands in the place of rows when there are none.
+  const std::wstring& GetMessageText() const noexcept { return fMessage; }
   bool IsListing() const noexcept { return fListing; }
   /// All objects, those that the filter holds back included.
   int GetObjectCount() const noexcept { return static_cast<int>(fEntries.size()); }
@@ -115,6 +117,7 @@ protected:
   bool IsCustomDrawn(TCustomDrawTarget pTarget, TCustomDrawStage pStage) override;
   bool CustomDraw(const RECT& pRect, TCustomDrawStage pStage) override;
   void KeyDown(WORD& pKey, TShiftState pShift) override;
+  void KeyPress(wchar_t& pKey) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void DblClick() override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
@@ -157,6 +160,7 @@ private:
 
   /// Empty for what isn't on a disk; never asked of the shell.
   std::wstring PathOf(const TFolderEntry& pEntry) const;
+  bool DoKey(WORD pKey, bool pCtrl);
   std::wstring PathOfName(const std::wstring& pName) const;
   TKivSelectionList* Selection() const noexcept { return fLink ? fLink->GetSelectionList() : nullptr; }
   TFolderRow* FocusedRow() const { return static_cast<TFolderRow*>(GetItemFocused()); }

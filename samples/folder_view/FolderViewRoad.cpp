@@ -157,8 +157,13 @@ void TFolderView::MergeEntries(TEntries pEntries) {
 
 void TFolderView::Reload() {
   Fail({});
-  if (fFolder.failure || !fNotifier) {
-    if (fFolder.list) Show(ComPtr<IItemIdList>(fFolder.list));
+  if (!fFolder.list) return;
+  if (fFolder.failure && !fFolder.path.empty()) {
+    GoToText(fFolder.path); // a list that was invalid once stays so
+    return;
+  }
+  if (!fNotifier) {
+    Show(ComPtr<IItemIdList>(fFolder.list));
     return;
   }
   fRelist = true;

@@ -1,6 +1,7 @@
 #include <folder_view/FolderWork.h>
 
 #include <core/FileFunctions.h>
+#include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
 #include <core/PathmereError.h>
 #include <core/ShellFolderSource.h>
@@ -112,6 +113,11 @@ public:
       if (std::chrono::steady_clock::now() < due) continue;
       Deliver(false);
       due = std::chrono::steady_clock::now() + BetweenDeliveries;
+    }
+    // Some shells list what isn't there any more, and find nothing.
+    const std::wstring& path = fListing.folder.diskPath;
+    if (fAll.empty() && fNew.empty() && !path.empty() && !IsFolder(path)) {
+      throw EPathmereError(WhyNot(path), std::wstring_view());
     }
     if (!fWithdrawn.IsCancellationRequested()) Deliver(true);
   }

@@ -7,6 +7,7 @@
 namespace kiv::bench {
 
 #if defined(_WIN32)
+std::vector<TFigure> BrowserFigures();
 std::vector<TFigure> IconFigures();
 std::vector<TFigure> ChangeFigures();
 std::vector<TFigure> ListFigures();

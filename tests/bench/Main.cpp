@@ -16,7 +16,7 @@ int main(int pCount, char** pArguments) {
   kiv::MainThread::Attach();
   constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures,   &kiv::bench::MainThreadFigures,
                               &kiv::bench::PathFigures, &kiv::bench::PoolFigures,   &kiv::bench::IconFigures,
-                              &kiv::bench::RowFigures,  &kiv::bench::ChangeFigures, &kiv::bench::SelectionFigures};
+                              &kiv::bench::BrowserFigures, &kiv::bench::RowFigures,  &kiv::bench::ChangeFigures, &kiv::bench::SelectionFigures};
 #else
   constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::SelectionFigures};
 #endif
