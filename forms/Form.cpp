@@ -104,8 +104,15 @@ void TForm::CreateParams(TCreateParams& pParams) {
 }
 
 HWND TForm::WindowBehind() const {
+  // Not the form itself, nor a window that stands in front of it.
+  const auto isBehind = [this](HWND window) {
+    for (; window; window = GetWindow(window, GW_OWNER)) {
+      if (window == AllocatedHandle()) return false;
+    }
+    return true;
+  };
   for (const HWND window : {fPopupParent, fModalOwner, static_cast<HWND>(Application().GetHandle())}) {
-    if (IsWindow(window) && window != AllocatedHandle()) return window;
+    if (IsWindow(window) && isBehind(window)) return window;
   }
   return nullptr;
 }

@@ -26,7 +26,7 @@ bool Same(const RECT& a, const RECT& b) {
 TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   THostWindow host;
   TForm form;
-  form.SetBorderStyle(TFormBorderStyle::fbDialog);
+  form.SetBorderStyle(TFormBorderStyle::fbNone);
   auto* const edit = new TEdit(&form);
   edit->SetParent(&form);
   auto* const ok = new TButton(&form);
@@ -78,16 +78,17 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
 TEST(Form, StaysWhereItIsWithAnotherWindow) {
   TForm form;
   form.SetPosition(TFormPosition::poDefault);
-  form.SetVisible(true);
+  form.HandleNeeded();
   form.SetBounds(123, 45, 200, 100);
   form.SetBorderStyle(TFormBorderStyle::fbDialog);
+  EXPECT_TRUE(form.HandleAllocated());
   EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 323, 145}));
-  EXPECT_TRUE(IsWindowVisible(form.GetHandle()));
 }
 
 TEST(Form, AModalOneMayGoWhileItIsUp) {
   THostWindow host;
   auto form = std::make_unique<TForm>();
+  form->SetBorderStyle(TFormBorderStyle::fbNone);
   form->SetOnShow([&](TPersistent*) { MainThread::Queue([&] { form.reset(); }); });
   EXPECT_EQ(form->ShowModal(), mrCancel);
   EXPECT_EQ(form, nullptr);

@@ -5,6 +5,7 @@
 #include <forms/Hint.h>
 #include <forms/StdControls.h>
 #include <framework/Application.h>
+#include <graphics/Bitmap.h>
 #include <platform/ShellApi.h>
 
 #include <gtest/gtest.h>
@@ -203,6 +204,10 @@ TEST(Painting, IsSeenInOnePieceAndMayFail) {
   EXPECT_TRUE(PumpUntil([&] { return PixelOf(control.GetHandle(), 30, 10) == RGB(0, 0, 255); }));
   EXPECT_EQ(CountPixels(control.GetHandle(), RGB(255, 0, 0)), 400);
   for (const COLORREF color : control.seenWhilePainting) EXPECT_NE(color, RGB(255, 0, 0));
+  // For a picture of the window, and for what stands in it and is transparent.
+  TBitmap picture(40, 20);
+  control.Perform(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(picture.GetCanvas().GetHandle()), PRF_CLIENT);
+  EXPECT_EQ(picture.ScanLine(5)[5] & 0xFFFFFF, 0xFF0000u);
   TLog reported;
   Application().SetOnException([&](std::exception_ptr e) { reported.push_back(DescribeException(e)); });
   control.raises = true;
