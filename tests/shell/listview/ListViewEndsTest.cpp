@@ -79,13 +79,31 @@ const std::vector<TPlace>& Places() {
   return places;
 }
 
-// What a handler does to the list must not be felt by the code that called it, ours or the platform's.
-TEST(ListViewEnds, HandlersMayEndRowsColumnsAndTheControl) {
-  struct TKind {
-    const char* name;
-    std::function<void(TListFixture&)> end;
-  };
-  const std::vector<TKind> kinds{
+// No handler is left.
+void Forget(TListView& pList) {
+  pList.SetOnSelectItem({});
+  pList.SetOnChange({});
+  pList.SetOnAdvancedCustomDrawItem({});
+  pList.SetOnAdvancedCustomDrawSubItem({});
+  pList.SetOnGetImageIndex({});
+  pList.SetOnEditing({});
+  pList.SetOnEdited({});
+  pList.SetOnCancelEdit({});
+  pList.SetOnDeletion({});
+  pList.SetOnInsert({});
+  pList.SetOnColumnClick({});
+  pList.SetOnDblClick({});
+  pList.SetOnBeginDrag({});
+  pList.SetOnKeyDown({});
+}
+
+struct TKind {
+  const char* name;
+  std::function<void(TListFixture&)> end;
+};
+
+const std::vector<TKind>& Kinds() {
+  static const std::vector<TKind> kinds{
       {"rows", [](auto& f) { f.Rows().Clear(); }},
       {"first row",
        [](auto& f) {
@@ -95,21 +113,49 @@ TEST(ListViewEnds, HandlersMayEndRowsColumnsAndTheControl) {
       {"window", [](auto& f) { f.list->RecreateWnd(); }},
       {"control", [](auto& f) { f.list.reset(); }},
   };
-  for (const TPlace& place : Places()) {
-    for (const TKind& kind : kinds) {
-      SCOPED_TRACE(std::string(kind.name) + " in " + place.name);
-      TListFixture fixture(TViewStyle::vsReport, 2);
-      fixture.Show(100);
-      int calls = 0;
-      place.listen(*fixture.list, [&] {
-        if (++calls == 1) kind.end(fixture);
-      });
-      place.act(fixture);
-      PumpMessages();
-      EXPECT_GE(calls, 1);
-      EXPECT_EQ(fixture.list ? fixture.list->DescribeInconsistency() : L"", L"");
-      EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr));
+  return kinds;
+}
+
+// What a handler does to the list must not be felt by the code that called it, ours or the platform's. Each end in
+// each place, at the first call of the handler or a later one, in a list that has been through the ends before.
+TEST(ListViewEnds, HandlersMayEndRowsColumnsAndTheControl) {
+  constexpr int rounds = 1000;
+  const auto combinations = static_cast<int>(Places().size() * Kinds().size());
+  std::unique_ptr<TListFixture> fixture;
+  std::mt19937 random(7);
+  for (int round = 0; round < rounds; ++round) {
+    const int combination = round % combinations;
+    const TPlace& place = Places()[static_cast<std::size_t>(combination) % Places().size()];
+    const TKind& kind = Kinds()[static_cast<std::size_t>(combination) / Places().size()];
+    const bool isFirst = round < combinations;
+    const int wanted = isFirst ? 1 : 1 + static_cast<int>(random() % 4);
+    SCOPED_TRACE(std::string(kind.name) + " in " + place.name + ", call " + std::to_string(wanted) + ", round " +
+                 std::to_string(round));
+    if (!fixture || !fixture->list) {
+      fixture = std::make_unique<TListFixture>(TViewStyle::vsReport, 2);
+      fixture->Show();
     }
+    if (fixture->list->GetColumns().GetCount() == 0) {
+      for (int i = 0; i < 2; ++i) fixture->list->GetColumns().Add()->SetWidth(120);
+    }
+    if (fixture->Rows().GetCount() < 20) fixture->Fill(30);
+    if (TListItem* const edited = fixture->Rows().GetEditing()) edited->CancelEdit();
+    fixture->list->ClearSelection();
+    fixture->list->SetFocus();
+    fixture->Row(0).MakeVisible(false);
+    PumpMessages();
+    int calls = 0;
+    place.listen(*fixture->list, [&] {
+      if (++calls == wanted) kind.end(*fixture);
+    });
+    place.act(*fixture);
+    PumpMessages();
+    EXPECT_GE(calls, isFirst ? 1 : 0);
+    if (fixture->list) {
+      ASSERT_EQ(fixture->list->DescribeInconsistency(), L"");
+      Forget(*fixture->list);
+    }
+    ASSERT_TRUE(round % 25 > 0 || HeapValidate(GetProcessHeap(), 0, nullptr));
   }
 }
 

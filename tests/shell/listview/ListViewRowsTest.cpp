@@ -125,6 +125,8 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   TListItem& row = list.Row(2);
   ASSERT_TRUE(row.EditCaption());
   SetWindowTextW(list.list->GetEditControl(), L"typed");
+  list.list->SetSelected(&list.Row(4));
+  const TListItem* const selected = &list.Row(4);
   const auto closes = reinterpret_cast<LONG_PTR>(&ClosesEdits);
   gListProc = reinterpret_cast<WNDPROC>(SetClassLongPtrW(list.Window(), GCLP_WNDPROC, closes));
   list.Rows().Insert(0)->SetCaption(L"new");
@@ -132,6 +134,9 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   SetClassLongPtrW(list.Window(), GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(gListProc));
   ASSERT_EQ(list.Rows().GetEditing(), &row);
   EXPECT_EQ(cancels, 0);
+  EXPECT_EQ(list.list->GetSelected(), selected);
+  EXPECT_EQ(list.list->GetSelCount(), 1);
+  EXPECT_EQ(list.list->DescribeInconsistency(), L"");
   PressKey(VK_RETURN);
   EXPECT_EQ(row.GetCaption(), L"typed");
 }
@@ -222,6 +227,25 @@ TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   painting->UpdateItems(0, 4999);
   ASSERT_TRUE(PumpUntil([&] { return images.count(4999) == 1; }));
   EXPECT_EQ(images, upTo(*images.begin(), 4999));
+}
+
+// Rows that were wanted and have left the screen are measured when their turn comes, which asks for their texts.
+TEST(ListViewRows, TheDetailsOfRowsThatLeftAreLetGoInEveryView) {
+  for (const TViewStyle style :
+       {TViewStyle::vsIcon, TViewStyle::vsSmallIcon, TViewStyle::vsList, TViewStyle::vsReport}) {
+    SCOPED_TRACE(static_cast<int>(style));
+    TListFixture list(style);
+    list.Show(300);
+    int fetched = 0;
+    list.list->SetOnGetImageIndex([&](TPersistent*, TListItem* item) { fetched += item->GetIndex() < 10 ? 1 : 0; });
+    list.list->UpdateItems(0, 299);
+    list.list->Update();
+    list.Row(299).MakeVisible(false);
+    list.list->Update();
+    ASSERT_TRUE(PumpUntil([] { return GetQueueStatus(QS_POSTMESSAGE) == 0; }, std::chrono::seconds(5)));
+    list.Row(0).MakeVisible(false);
+    ASSERT_TRUE(PumpUntil([&] { return fetched >= 10; })) << "once they are back";
+  }
 }
 
 TEST(ListViewRows, TextsOfAllLengthsReachTheControl) {
