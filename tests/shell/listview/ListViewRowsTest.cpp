@@ -229,25 +229,6 @@ TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   EXPECT_EQ(images, upTo(*images.begin(), 4999));
 }
 
-// Rows that were wanted and have left the screen are measured when their turn comes, which asks for their texts.
-TEST(ListViewRows, TheDetailsOfRowsThatLeftAreLetGoInEveryView) {
-  for (const TViewStyle style :
-       {TViewStyle::vsIcon, TViewStyle::vsSmallIcon, TViewStyle::vsList, TViewStyle::vsReport}) {
-    SCOPED_TRACE(static_cast<int>(style));
-    TListFixture list(style);
-    list.Show(300);
-    int fetched = 0;
-    list.list->SetOnGetImageIndex([&](TPersistent*, TListItem* item) { fetched += item->GetIndex() < 10 ? 1 : 0; });
-    list.list->UpdateItems(0, 299);
-    list.list->Update();
-    list.Row(299).MakeVisible(false);
-    list.list->Update();
-    ASSERT_TRUE(PumpUntil([] { return GetQueueStatus(QS_POSTMESSAGE) == 0; }, std::chrono::seconds(5)));
-    list.Row(0).MakeVisible(false);
-    ASSERT_TRUE(PumpUntil([&] { return fetched >= 10; })) << "once they are back";
-  }
-}
-
 TEST(ListViewRows, TextsOfAllLengthsReachTheControl) {
   TListFixture list(TViewStyle::vsReport, 3);
   list.Show(3);
