@@ -422,6 +422,7 @@ private:
   std::vector<std::pair<int, int>> fWantedImages; // kind of list and number, of what was painted before it was made
   TListItem* fDropTarget = nullptr;
   TListItem* fHotBox = nullptr;       // the pointer is on its box
+  bool fIsReopening = false;          // an edit that was closed in passing
   bool fHasSeenRelease = false;       // since the last press of a button
   bool fIsReleaseTaken = false;       // the window class has had the message at hand
   std::array<std::wstring, 8> fTexts; // that the control was given and may still read

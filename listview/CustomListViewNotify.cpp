@@ -92,19 +92,21 @@ void TCustomListView::GetDispInfo(LVITEMW& pItem) {
     if ((pItem.mask & LVIF_IMAGE) != 0) pItem.iImage = I_IMAGENONE;
     return;
   }
+  // What we ask of the control ourselves may lead it here as well: to the text of a row that it measures.
+  const bool isPainted = fWriting == 0;
   if ((pItem.mask & LVIF_IMAGE) != 0) {
     const int image = pItem.iSubItem == 0 ? item->GetImageIndex() : item->GetSubItemImage(pItem.iSubItem - 1);
     pItem.iImage = image < 0 ? I_IMAGENONE : image;
     const int kind = fViewStyle == TViewStyle::vsIcon ? LVSIL_NORMAL : LVSIL_SMALL;
     const TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
-    if (image >= 0 && images != nullptr && !images->IsReady(image)) {
+    if (isPainted && image >= 0 && images != nullptr && !images->IsReady(image)) {
       fWantedImages.emplace_back(kind, image);
       WakeUp();
     }
   }
   if ((pItem.mask & LVIF_INDENT) != 0) pItem.iIndent = item->GetIndent();
   if ((pItem.mask & LVIF_STATE) != 0) pItem.state = StateBitsOf(*item) & pItem.stateMask;
-  if ((pItem.mask & (LVIF_IMAGE | LVIF_TEXT)) != 0 && fItems->TakeDetailsWish(*item)) {
+  if (isPainted && (pItem.mask & (LVIF_IMAGE | LVIF_TEXT)) != 0 && fItems->TakeDetailsWish(*item)) {
     fWanted.push_back(item);
     WakeUp();
   }
@@ -129,7 +131,7 @@ void TCustomListView::TakeStateReport(int pFirst, int pLast, UINT pOldState, UIN
   if ((changed & LVIS_SELECTED) != 0) {
     const bool isSelected = (pNewState & LVIS_SELECTED) != 0;
     fMirror.TakeSelected(pFirst, pLast, isSelected);
-    if (isInStep) fItems->TakeSelection(pFirst, pLast, isSelected);
+    if (isInStep && !fIsReopening) fItems->TakeSelection(pFirst, pLast, isSelected);
   }
   if ((changed & LVIS_FOCUSED) != 0 && pFirst == pLast) {
     const bool isFocused = (pNewState & LVIS_FOCUSED) != 0;
@@ -195,19 +197,30 @@ std::wstring TCustomListView::EditText() {
 // The edit that is about to be closed, though nobody wants that, comes back with what it holds.
 void TCustomListView::ReopenEdit(TListItem& pItem) {
   PostAction([this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText()] {
-    if (!row.IsAlive() || item->GetIndex() < 0 || !item->EditCaption()) return;
-    if (const HWND next = GetEditControl()) SetWindowTextW(next, text.c_str());
+    if (!row.IsAlive() || item->GetIndex() < 0) return;
+    const TAliveWatch alive(GetAliveToken());
+    // The platform selects a row that is edited, and no other.
+    fIsReopening = true;
+    const bool isOpen = item->EditCaption();
+    if (!alive.IsAlive()) return;
+    StateChanged();
+    if (!alive.IsAlive()) return;
+    CatchUp();
+    fIsReopening = false;
+    const HWND edit = isOpen ? GetEditControl() : nullptr;
+    if (edit != nullptr) SetWindowTextW(edit, text.c_str());
   });
 }
 
 void TCustomListView::EndLabelEdit(const wchar_t* pText) {
   TListItem* const item = fItems->GetEditing();
   if (item == nullptr) return;
-  if (fWriting > 0) ReopenEdit(*item);
+  // A platform may close the edit when the rows are counted anew. One that does so again at once has its way.
+  const bool isUnwanted = fWriting > 0 && !fIsReopening;
+  if (isUnwanted) ReopenEdit(*item);
   fItems->SetEditing(nullptr);
   if (fTopNoted) WakeUp();
-  // A platform may close the edit when the rows are counted anew.
-  if (fWriting > 0) return;
+  if (isUnwanted) return;
   if (pText == nullptr) {
     PostAction([this] { DoCancelEdit(); });
     return;

@@ -24,12 +24,13 @@ struct TPlace {
   const char* name;
   std::function<void(TListView&, const TEnd&)> listen;
   std::function<void(TListFixture&)> act;
+  bool isByMouse = false; // takes its time
 };
 
 const std::vector<TPlace>& Places() {
   static const std::vector<TPlace> places{
       {"select", [](auto& l, const TEnd& end) { l.SetOnSelectItem([end](auto&&...) { end(); }); },
-       [](auto& f) { ClickMouse(f.PointOfRow(4)); }},
+       [](auto& f) { ClickMouse(f.PointOfRow(4)); }, true},
       {"change", [](auto& l, const TEnd& end) { l.SetOnChange([end](auto&&...) { end(); }); },
        [](auto&) { PressKey(VK_END, {TShiftStateFlag::ssShift}); }},
       {"select all", [](auto& l, const TEnd& end) { l.SetOnSelectItem([end](auto&&...) { end(); }); },
@@ -58,13 +59,14 @@ const std::vector<TPlace>& Places() {
       {"insert", [](auto& l, const TEnd& end) { l.SetOnInsert([end](auto&&...) { end(); }); },
        [](auto& f) { f.Rows().Add(); }},
       {"click on a header", [](auto& l, const TEnd& end) { l.SetOnColumnClick([end](auto&&...) { end(); }); },
-       [](auto& f) { ClickMouse(test::PointOf(f.list->GetHeaderHandle(), 30, 8)); }},
+       [](auto& f) { ClickMouse(test::PointOf(f.list->GetHeaderHandle(), 30, 8)); }, true},
       {"double click", [](auto& l, const TEnd& end) { l.SetOnDblClick([end](auto&&...) { end(); }); },
        [](auto& f) {
          const POINT point = f.PointOfRow(3);
          ClickMouse(point);
          ClickMouse(point);
-       }},
+       },
+       true},
       {"drag", [](auto& l, const TEnd& end) { l.SetOnBeginDrag([end](auto&&...) { end(); }); },
        [](auto& f) {
          const POINT point = f.PointOfRow(3);
@@ -72,20 +74,39 @@ const std::vector<TPlace>& Places() {
          test::PressMouse();
          for (int i = 1; i < 6; ++i) test::MoveMouse({point.x + 6 * i, point.y + 4 * i});
          test::ReleaseMouse();
-       }},
+       },
+       true},
       {"key", [](auto& l, const TEnd& end) { l.SetOnKeyDown([end](auto&&...) { end(); }); },
        [](auto&) { PressKey(VK_DOWN); }},
   };
   return places;
 }
 
-// What a handler does to the list must not be felt by the code that called it, ours or the platform's.
-TEST(ListViewEnds, HandlersMayEndRowsColumnsAndTheControl) {
-  struct TKind {
-    const char* name;
-    std::function<void(TListFixture&)> end;
-  };
-  const std::vector<TKind> kinds{
+// No handler is left.
+void Forget(TListView& pList) {
+  pList.SetOnSelectItem({});
+  pList.SetOnChange({});
+  pList.SetOnAdvancedCustomDrawItem({});
+  pList.SetOnAdvancedCustomDrawSubItem({});
+  pList.SetOnGetImageIndex({});
+  pList.SetOnEditing({});
+  pList.SetOnEdited({});
+  pList.SetOnCancelEdit({});
+  pList.SetOnDeletion({});
+  pList.SetOnInsert({});
+  pList.SetOnColumnClick({});
+  pList.SetOnDblClick({});
+  pList.SetOnBeginDrag({});
+  pList.SetOnKeyDown({});
+}
+
+struct TKind {
+  const char* name;
+  std::function<void(TListFixture&)> end;
+};
+
+const std::vector<TKind>& Kinds() {
+  static const std::vector<TKind> kinds{
       {"rows", [](auto& f) { f.Rows().Clear(); }},
       {"first row",
        [](auto& f) {
@@ -95,21 +116,53 @@ TEST(ListViewEnds, HandlersMayEndRowsColumnsAndTheControl) {
       {"window", [](auto& f) { f.list->RecreateWnd(); }},
       {"control", [](auto& f) { f.list.reset(); }},
   };
-  for (const TPlace& place : Places()) {
-    for (const TKind& kind : kinds) {
-      SCOPED_TRACE(std::string(kind.name) + " in " + place.name);
-      TListFixture fixture(TViewStyle::vsReport, 2);
-      fixture.Show(100);
-      int calls = 0;
-      place.listen(*fixture.list, [&] {
-        if (++calls == 1) kind.end(fixture);
-      });
-      place.act(fixture);
-      PumpMessages();
-      EXPECT_GE(calls, 1);
-      EXPECT_EQ(fixture.list ? fixture.list->DescribeInconsistency() : L"", L"");
-      EXPECT_TRUE(HeapValidate(GetProcessHeap(), 0, nullptr));
+  return kinds;
+}
+
+// What a handler does to the list must not be felt by the code that called it, ours or the platform's. Each end in
+// each place, at the first call of the handler or a later one, in a list that has been through the ends before.
+class ListViewEndsRounds : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Parts, ListViewEndsRounds, testing::Range(0, 5));
+
+TEST_P(ListViewEndsRounds, HandlersMayEndRowsColumnsAndTheControl) {
+  constexpr int rounds = 260; // 1,000 in all without those that are passed over
+  const auto combinations = static_cast<int>(Places().size() * Kinds().size());
+  std::unique_ptr<TListFixture> fixture;
+  std::mt19937 random(static_cast<unsigned>(GetParam()));
+  for (int round = GetParam() * rounds; round < (GetParam() + 1) * rounds; ++round) {
+    const int combination = round % combinations;
+    const TPlace& place = Places()[static_cast<std::size_t>(combination) % Places().size()];
+    const TKind& kind = Kinds()[static_cast<std::size_t>(combination) / Places().size()];
+    const bool isFirst = round < combinations;
+    if (!isFirst && place.isByMouse) continue;
+    const int wanted = isFirst ? 1 : 1 + static_cast<int>(random() % 4);
+    SCOPED_TRACE(std::string(kind.name) + " in " + place.name + ", call " + std::to_string(wanted) + ", round " +
+                 std::to_string(round));
+    if (!fixture || !fixture->list) {
+      fixture = std::make_unique<TListFixture>(TViewStyle::vsReport, 2);
+      fixture->Show();
     }
+    if (fixture->list->GetColumns().GetCount() == 0) {
+      for (int i = 0; i < 2; ++i) fixture->list->GetColumns().Add()->SetWidth(120);
+    }
+    if (fixture->Rows().GetCount() < 20) fixture->Fill(30);
+    if (TListItem* const edited = fixture->Rows().GetEditing()) edited->CancelEdit();
+    fixture->list->ClearSelection();
+    fixture->list->SetFocus();
+    fixture->Row(0).MakeVisible(false);
+    PumpMessages();
+    int calls = 0;
+    place.listen(*fixture->list, [&] {
+      if (++calls == wanted) kind.end(*fixture);
+    });
+    place.act(*fixture);
+    PumpMessages();
+    EXPECT_GE(calls, isFirst ? 1 : 0);
+    if (fixture->list) {
+      ASSERT_EQ(fixture->list->DescribeInconsistency(), L"");
+      Forget(*fixture->list);
+    }
+    ASSERT_TRUE(round % 25 > 0 || HeapValidate(GetProcessHeap(), 0, nullptr));
   }
 }
 

@@ -125,6 +125,8 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   TListItem& row = list.Row(2);
   ASSERT_TRUE(row.EditCaption());
   SetWindowTextW(list.list->GetEditControl(), L"typed");
+  list.list->SetSelected(&list.Row(4));
+  const TListItem* const selected = &list.Row(4);
   const auto closes = reinterpret_cast<LONG_PTR>(&ClosesEdits);
   gListProc = reinterpret_cast<WNDPROC>(SetClassLongPtrW(list.Window(), GCLP_WNDPROC, closes));
   list.Rows().Insert(0)->SetCaption(L"new");
@@ -132,6 +134,9 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   SetClassLongPtrW(list.Window(), GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(gListProc));
   ASSERT_EQ(list.Rows().GetEditing(), &row);
   EXPECT_EQ(cancels, 0);
+  EXPECT_EQ(list.list->GetSelected(), selected);
+  EXPECT_EQ(list.list->GetSelCount(), 1);
+  EXPECT_EQ(list.list->DescribeInconsistency(), L"");
   PressKey(VK_RETURN);
   EXPECT_EQ(row.GetCaption(), L"typed");
 }
