@@ -3,8 +3,8 @@
 namespace kiv::bench {
 
 /// Milliseconds of the longest turn of the main thread while another process makes so many changes in nested folders,
-/// as fast as it can, and a subscriber follows them. A huge number if what the subscriber knows isn't what is there at
-/// the end.
+/// as fast as it can, and a subscriber follows them, whose own time doesn't count. A huge number if what the subscriber
+/// knows isn't what is there at the end.
 double LongestTurn(int pCount);
 /// Microseconds each change from another process's making and deleting files to the watcher's queue, behind the first
 /// one. A huge number if any was lost.
