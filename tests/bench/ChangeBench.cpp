@@ -119,7 +119,7 @@ std::vector<TFigure> ChangeFigures() {
   return {
       // Where the floor is a round number it is a limit that was set.
       {"changes", "latency", "ms", &Latency, [] { return 30.0; }, 1.0},
-      {"changes", "to_queue", "us/change", [] { return ChangesToQueue(10'000); }, [] { return 50.0; }, 1.0},
+      {"changes", "to_queue", "us/event", [] { return ChangesToQueue(10'000); }, [] { return 50.0; }, 1.0},
       {"changes", "to_paths", "us/event", [] { return ChangesToPaths(3000); }, [] { return 333.0; }, 1.0},
       {"changes", "to_lists", "us/event", &ToLists, &ParseLists, 1.3},
       {"changes", "threads_of_1000_watches", "threads", &ThreadsOnce, [] { return 1.0; }, 1.0},
