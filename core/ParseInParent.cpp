@@ -204,8 +204,13 @@ TKept ChangingParent(const std::wstring& path) {
   parent->since = now;
   OpenChanging(*parent);
   if (!gKept) return parent;
-  if (gKept->changing.size() >= most) gKept->changing.clear();
-  return gKept->changing[path] = std::move(parent);
+  std::map<std::wstring, TKept> kept;
+  for (const auto& [known, other] : gKept->changing) {
+    if (kept.size() < most && now - other->since < ValidFor) kept.emplace(known, other);
+  }
+  kept[path] = parent;
+  kept.swap(gKept->changing); // what isn't kept is released behind that, and its code may lead back here
+  return parent;
 }
 
 } // namespace
@@ -245,8 +250,8 @@ TUniqueItemIdList ListInParent(const std::wstring& pPath, bool pAskDisk) {
   const TKept parent = ChangingParent(pPath.substr(0, start - 1));
   WIN32_FIND_DATAW data{};
   const bool there = pAskDisk && FindPlain(pPath, data);
-  if (parent->folder)
-    return !there && data.dwFileAttributes != 0 ? TUniqueItemIdList() : MakeChild(*parent, pPath, data);
+  const bool is_link = !there && data.dwFileAttributes != 0;
+  if (parent->folder) return is_link ? TUniqueItemIdList() : MakeChild(*parent, pPath, data);
   return !there && parent->above ? MakeChild(*parent->above, pPath, data) : TUniqueItemIdList();
 }
 

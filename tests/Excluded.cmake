@@ -4,6 +4,4 @@ set(KIV_EXCLUDED_TESTS
   ScopedTempFolder.KeepsLoneSurrogatesApart
   # Wine's CreateSymbolicLinkW claims success and makes nothing.
   ReparsePoint.IsTheLinkAndNotItsTarget
-  FileStorage.FollowsNoLinkToAFolder
-  # The known gap of docs/notification.md, where each folder has a handle of its own: fails now and then.
-  NotifierSources.TellAllThatAListingNeeds)
+  FileStorage.FollowsNoLinkToAFolder)

@@ -4,7 +4,8 @@
 // It waits at a completion port for whatever comes first: a command, a buffer that a directory handle filled, or the
 // time to look after watched folders that have gone.
 //
-// A handle's buffer is copied and the handle armed again before anything else is done with it. A closed handle's memory
+// A handle's buffer is copied and the handle armed again before anything else is done with it; all buffers that are
+// filled are taken before the next few records are looked at. A closed handle's memory
 // stays until the platform has said that it has let go of it.
 #include <platform/fill/DirectoryWatcher.h>
 
@@ -17,7 +18,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <functional>
+#include <iterator>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -33,6 +36,8 @@ constexpr DWORD IdleAfter = 50;               // ms without a report
 constexpr std::uint64_t LookAfter = 2000;     // ms between looks at the watched folders
 constexpr std::size_t LooksAtOnce = 256;      // folders
 constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
+constexpr std::size_t MostReports = 1024;     // kept
+constexpr std::size_t RecordsAtOnce = 64;
 constexpr auto LongestBegin = 1000ms;
 constexpr auto LongestRelease = 1000ms;
 
@@ -46,9 +51,11 @@ struct TBegin {
 
 /// One watch; the thread's own, but for the number.
 struct TWatch final : IWatchedFolders {
-  TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, const std::wstring& pPath, TWatchedTree::TOptions pOptions,
-         std::shared_ptr<TNoticeQueue> pQueue, HWND pDeviceWindow)
-      : number(pNumber), port(pPort), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
+  using TReports = std::deque<TDirectoryPort::TReport>;
+
+  TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, TReports& pReports, const std::wstring& pPath,
+         TWatchedTree::TOptions pOptions, std::shared_ptr<TNoticeQueue> pQueue, HWND pDeviceWindow)
+      : number(pNumber), port(pPort), reports(pReports), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
         tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { queue->Push(number, std::move(notice)); }) {}
 
   std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
@@ -63,6 +70,8 @@ struct TWatch final : IWatchedFolders {
     if (found == handles.end()) return;
     port.Close(found->second);
     handles.erase(found);
+    std::erase_if(reports,
+                  [&](const auto& report) { return report.tag.owner == this && report.tag.folder == pFolder; });
   }
   // Handles that were closed count until the platform has let go of them.
   std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
@@ -84,6 +93,7 @@ struct TWatch final : IWatchedFolders {
 
   const std::uint32_t number;
   TDirectoryPort& port;
+  TReports& reports; // of all watches
   const std::shared_ptr<TNoticeQueue> queue;
   const HWND deviceWindow;
   std::map<std::uint64_t, TDirectoryHandle*> handles;
@@ -120,8 +130,8 @@ public:
 
   void Begin(const TRequest& pRequest, const std::shared_ptr<TBegin>& pBegin) {
     const TWatchedTree::TOptions options{pRequest.recursive, pRequest.recursive && SubtreesAreReported()};
-    auto watch =
-        std::make_unique<TWatch>(pRequest.number, fPort, pRequest.path, options, pRequest.queue, pRequest.deviceWindow);
+    auto watch = std::make_unique<TWatch>(pRequest.number, fPort, fReports, pRequest.path, options, pRequest.queue,
+                                          pRequest.deviceWindow);
     pBegin->opened = watch->tree.Open();
     if (!pBegin->opened) return pBegin->done.Set();
     watch->begin = pBegin;
@@ -186,16 +196,35 @@ private:
 
   void Turn() {
     const bool scanning = ScanSome();
+    const bool busy = scanning || !fReports.empty();
     TDirectoryPort::TReport report;
-    const TDirectoryPort::TEvent event = fPort.Await(scanning ? 0 : WaitTime(), report);
-    if (event == TDirectoryPort::TEvent::Report) {
-      OnReport(report);
-    } else if (event == TDirectoryPort::TEvent::TimeOut && !scanning) {
+    TDirectoryPort::TEvent event = fPort.Await(busy ? 0 : WaitTime(), report);
+    const bool idle = event == TDirectoryPort::TEvent::TimeOut && !busy;
+    // All that is ready, before any of it is looked at: a buffer that nobody takes overflows soon.
+    while (event == TDirectoryPort::TEvent::Report) {
+      fReports.push_back(std::move(report));
+      report = {};
+      event = fReports.size() < MostReports ? fPort.Await(0, report) : TDirectoryPort::TEvent::Nothing;
+    }
+    if (!fReports.empty()) TakeReport();
+    if (idle) {
       for (auto& [number, watch] : fWatches) {
         if (watch->tree.WantsIdle()) watch->tree.OnIdle();
       }
     }
     LookAround();
+  }
+
+  // Some of the oldest one.
+  void TakeReport() {
+    TDirectoryPort::TReport& first = fReports.front();
+    TDirectoryPort::TReport part{first.kind, first.tag, {}};
+    const std::size_t count = std::min(RecordsAtOnce, first.records.size());
+    const auto end = first.records.begin() + static_cast<std::ptrdiff_t>(count);
+    part.records.assign(std::make_move_iterator(first.records.begin()), std::make_move_iterator(end));
+    first.records.erase(first.records.begin(), end);
+    if (first.records.empty()) fReports.pop_front();
+    OnReport(part);
   }
 
   DWORD WaitTime() const {
@@ -268,7 +297,7 @@ private:
       // A server that doesn't answer would hold up all other watches, and its end is reported.
       if (tree.Path().starts_with(LR"(\\)")) return;
       if (FileNumberAt(tree.Path()) != pWatch.Root()->number) return Lose(pWatch);
-      if (pWatch.complete) tree.LetGoOfEmpty();
+      if (pWatch.complete && pWatch.reports.empty()) tree.LetGoOfEmpty();
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
@@ -283,6 +312,7 @@ private:
   std::mutex fLock;
   std::vector<std::function<void()>> fCommands; // under fLock
   TDirectoryPort fPort;
+  TWatch::TReports fReports; // read, and not looked at
   std::map<std::uint32_t, std::unique_ptr<TWatch>> fWatches;
   std::uint32_t fLastLooked = 0;
   std::uint64_t fNextLook = 0;

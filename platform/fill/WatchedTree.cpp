@@ -280,6 +280,7 @@ void TWatchedTree::OnIdle() {
 
 void TWatchedTree::Touch(const TNode& pNode) {
   fTouched.insert(pNode.id);
+  fWantsIdle = true; // what was touched long ago needs no audit
 }
 
 void TWatchedTree::Doubt() {

@@ -3,11 +3,11 @@
 namespace kiv::bench {
 
 /// Milliseconds of the longest turn of the main thread while another process makes so many changes in nested folders,
-/// as fast as it can, and a subscriber follows them. A huge number if what the subscriber knows isn't what is there at
-/// the end.
+/// as fast as it can, and a subscriber follows them, whose own time doesn't count. A huge number if what the subscriber
+/// knows isn't what is there at the end.
 double LongestTurn(int pCount);
-/// Microseconds each change from another process's making and deleting files to the watcher's queue, behind the first
-/// one. A huge number if any was lost.
+/// Microseconds each event, behind the first one, until the watcher's queue has all that come of so many files made or
+/// deleted by another process. A huge number if any was lost.
 double ChangesToQueue(int pCount);
 /// Microseconds each event, behind the first one, until a notifier has told them all with paths.
 double ChangesToPaths(int pCount);

@@ -15,11 +15,11 @@ namespace {
 // Arguments: folder, kind, seed, count, path of the last file.
 constexpr wchar_t Script[] =
     LR"(my ($root,$kind,$seed,$count,$last)=@ARGV;chdir $root or die;srand $seed;)"
-    LR"(sub name{chr(97+int rand 12)}sub path{my $p='';$p.=name().'/' for 1..int rand 3;$p.name()})"
+    LR"(sub name{chr(97+int rand 12)}sub path{my $p='';$p.=name().'/' for 1..$_[0];$p.name()})"
     LR"(sub make{open(my $f,$_[0],$_[1]) or return 0;print $f 'x';1})"
-    LR"(for(my $n=0;$n<$count;){my $p=path();my $k=int rand 7;)"
+    LR"(for(my $n=0;$n<$count;){my $d=int rand 3;my $p=path($d);my $k=int rand 7;)"
     LR"(if($kind){$n+=make('>','f'.$n);$n+=unlink('f'.($n-1));next})"
-    LR"(if($k<2){$n++ if !-d $p&&make('>',$p)}elsif($k==2){$n++ if mkdir $p}elsif($k==3){$n++ if rename $p,path()})"
+    LR"(if($k<2){$n++ if !-d $p&&make('>',$p)}elsif($k==2){$n++ if mkdir $p}elsif($k==3){$n++ if rename $p,path(-d $p?$d:int rand 3)})"
     LR"(elsif($k==4){$n+=unlink $p}elsif($k==5){$n++ if -f $p&&make('>>',$p)}else{$n++ if rmdir $p}})"
     LR"(open(my $f,'>',$last))";
 
@@ -57,20 +57,21 @@ bool StartNative(const std::wstring& folder, TOutsideChanges kind, unsigned seed
 void ChangeAtRandom(const std::wstring& root, unsigned seed, int count) {
   std::mt19937 random(seed);
   const auto name = [&] { return std::wstring(1, static_cast<wchar_t>(L'a' + random() % 12)); };
-  const auto path = [&] {
+  const auto path = [&](std::size_t depth) {
     std::wstring p = root;
-    for (auto depth = random() % 3; depth > 0; --depth) p += L"\\" + name();
+    for (; depth > 0; --depth) p += L"\\" + name();
     return p + L"\\" + name();
   };
   for (int done = 0; done < count;) {
-    const std::wstring p = path();
+    const std::size_t depth = random() % 3;
+    const std::wstring p = path(depth);
     const auto kind = random() % 6;
     if (kind < 2) {
       done += CreateEmptyFile(p) ? 1 : 0;
     } else if (kind == 2) {
       done += CreateDirectoryW(p.c_str(), nullptr) ? 1 : 0;
     } else if (kind == 3) {
-      done += MoveFileW(p.c_str(), path().c_str()) ? 1 : 0;
+      done += MoveFileW(p.c_str(), path(IsFolder(p) ? depth : random() % 3).c_str()) ? 1 : 0;
     } else if (kind == 4) {
       done += DeleteFileW(p.c_str()) ? 1 : 0;
     } else {

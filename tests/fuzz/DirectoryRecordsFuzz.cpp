@@ -13,19 +13,23 @@ namespace {
 /// A disk on which the first letter of a name says what it is.
 class TFolders final : public kiv::IWatchedFolders {
 public:
-  bool Open(std::uint64_t pFolder, const std::wstring&, bool) override { return fOpen.insert(pFolder).second; }
+  std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool) override {
+    if (pPath.size() % 5 == 0) return 0;
+    return fOpen.insert(pFolder).second ? NumberOf(pPath) : 0;
+  }
   void Close(std::uint64_t pFolder) noexcept override {
     if (fOpen.erase(pFolder) == 0) std::abort();
   }
-  bool Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
-    if (pPath.size() % 2 == 0) return true;
+  std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
+    if (pPath.size() % 2 == 0) return NumberOf(pPath);
     Close(pFolder);
-    return false;
+    return 0;
   }
-  bool IsAt(std::uint64_t, const std::wstring& pPath) override { return pPath.size() % 2 == 0; }
-  std::vector<TEntry> List(const std::wstring& pPath, bool) override {
-    if (pPath.size() > 12) return {};
-    return {{L"d", TKind::Folder}, {L"f", TKind::File}, {L"l", TKind::Link}};
+  // Now and then another folder stands there.
+  std::uint64_t NumberOf(const std::wstring& pPath) override { return pPath.size() + (++fLooks % 7 == 0 ? 1 : 0); }
+  std::uint64_t List(const std::wstring& pPath, bool, std::vector<TEntry>& pEntries) override {
+    if (pPath.size() <= 12) pEntries = {{L"d", TKind::Folder}, {L"f", TKind::File}, {L"l", TKind::Link}};
+    return NumberOf(pPath);
   }
   TKind KindOf(const std::wstring& pPath) override {
     const wchar_t letter = pPath[pPath.find_last_of(L'\\') + 1];
@@ -36,6 +40,7 @@ public:
 
 private:
   std::set<std::uint64_t> fOpen;
+  int fLooks = 0;
 };
 
 } // namespace
