@@ -51,6 +51,8 @@ void TFolderView::Leave() {
   fRenamed.clear();
   fRelist = fReading = fSorting = fListing = false;
   fAwaited.clear();
+  fOpened = false;
+  fListedSince = 0;
 }
 
 void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
@@ -80,7 +82,9 @@ void TFolderView::TakeOpened(TOpenedFolder pFolder) {
     EndListing(fFolder.failure);
     return;
   }
-  Watch();
+  fOpened = true;
+  // Beginning to watch a folder of a disk may take as long as listing it: it comes behind the rows.
+  if (fFolder.diskPath.empty()) Watch();
   StartListing(false);
 }
 
@@ -90,17 +94,27 @@ void TFolderView::StartListing(bool pAgain) {
   fRelist = false;
   fNames.clear();
   fMoved = std::exchange(fRenamed, {});
-  const auto failure = std::make_shared<TFailure>();
+  struct TAnswer {
+    TFailure failure;
+    TFileTime since = 0;
+  };
+  const auto answer = std::make_shared<TAnswer>();
   // Its closures refer to the view only where they run on the main thread and haven't been withdrawn.
   const ComPtr<ICancellationIndicator> indicator = fNavigation;
-  const TListing listing{fFolder, fOrder, HandleAllocated() ? GetVisibleRowCount() + 1 : 0};
+  const TListing listing{fFolder, fOrder, HandleAllocated() ? GetVisibleRowCount() : 0};
   const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
     MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
       if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
     });
   };
-  Run([failure, indicator, listing, deliver] { *failure = ListFolder(listing, *indicator.Get(), deliver); },
-      [this, failure] { EndListing(*failure); });
+  const auto list = [answer, indicator, listing, deliver] {
+    answer->since = LastChange(listing.folder.diskPath);
+    answer->failure = ListFolder(listing, *indicator.Get(), deliver);
+  };
+  Run(list, [this, answer, pAgain] {
+    if (!pAgain) fListedSince = answer->since;
+    EndListing(answer->failure);
+  });
   StatusChanged();
 }
 
@@ -130,7 +144,19 @@ void TFolderView::EndListing(const TFailure& pFailure) {
   }
   fMessage = pFailure ? pFailure.what + L"\n" + DescribeError(pFailure.code) : L"This folder is empty.";
   ShowRows();
-  if (fRelist || !fNames.empty()) fChangeTimer.SetEnabled(true);
+  if (fRelist || !fNames.empty() || !fNotifier) fChangeTimer.SetEnabled(true);
+}
+
+// What has come or gone since the listing began and before the folder was watched.
+void TFolderView::LookForMissedChanges() {
+  if (fListedSince == 0) return;
+  const auto now = std::make_shared<TFileTime>(0);
+  Run([now, path = fFolder.diskPath] { *now = LastChange(path); },
+      [this, now] {
+        if (*now == fListedSince) return;
+        fRelist = true;
+        RunChanges();
+      });
 }
 
 // The folder has been listed again: what was known already keeps its row, whatever has changed about it.
@@ -162,7 +188,7 @@ void TFolderView::Reload() {
     GoToText(fFolder.path); // a list that was invalid once stays so
     return;
   }
-  if (!fNotifier) {
+  if (!fOpened) {
     Show(ComPtr<IItemIdList>(fFolder.list));
     return;
   }

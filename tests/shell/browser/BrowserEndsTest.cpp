@@ -85,7 +85,8 @@ TEST_F(BrowserEnds, NothingIsTouchedOrKept) {
     }));
     if (random() % 3 == 0) {
       const std::wstring change = fTemp.PathOf(L"large\\change " + std::to_wstring(round));
-      CloseHandle(CreateFileW(change.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+      CloseHandle(
+          CreateFileW(change.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
       if (View().GetItems().GetCount() > 0) View().GetItems().SetSelected(0, true);
     }
     const auto start = std::chrono::steady_clock::now();
