@@ -72,7 +72,6 @@ TEST_F(BrowserEnds, NothingIsTouchedOrKept) {
   CreateDirectoryW(other.c_str(), nullptr);
   const int rounds = std::stoi(EnvironmentVariable(L"KIV_BROWSER_ROUNDS").value_or(L"40"));
   std::mt19937 random(20261121);
-  GoTo(large);
   TResources before;
   double longest = 0;
   for (int round = 0; round < rounds; ++round) {
