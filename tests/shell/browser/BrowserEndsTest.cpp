@@ -70,7 +70,7 @@ TEST_F(BrowserEnds, NothingIsTouchedOrKept) {
   const std::wstring large = fTemp.PathOf(L"large");
   const std::wstring other = fTemp.PathOf(L"other");
   CreateDirectoryW(other.c_str(), nullptr);
-  const int rounds = std::stoi(EnvironmentVariable(L"KIV_BROWSER_ROUNDS").value_or(L"40"));
+  const int rounds = std::stoi(EnvironmentVariable(L"KIV_BROWSER_ROUNDS").value_or(L"20"));
   std::mt19937 random(20261121);
   TResources before;
   double longest = 0;
