@@ -10,6 +10,7 @@
 #include <notification/ChangeNotifier.h>
 #include <walker/NameFilter.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -26,11 +27,13 @@ using TFailureEvent = TEvent<TPersistent*, const std::wstring&>;
 /// The road of a navigation; one token (fNavigation) withdraws all of it:
 ///   1. Main thread: the old rows go, and the link is told. Nothing is asked of the new folder here.
 ///   2. A worker opens it (OpenFolder). Back comes how it is called, or why it can't be shown.
-///   3. A worker lists it (ListFolder): binds it anew in its own apartment, reads, sorts, and delivers about ten times
-///      a second all that is known so far.
+///   3. A folder of a disk is listed by the same worker, any other by a worker that begins when it is watched
+///      (ListFolder): it is bound anew, read, sorted, and about ten times a second all that is known so far is
+///      delivered.
 ///   4. Main thread: entries become rows (ShowRows). A row that is painted asks for its icon, type and check box, by a
 ///      work item of its own.
-///   5. Main thread, behind the rows: the folder is watched. If its time of change says that something came or went
+///   5. Main thread, behind the rows: a folder of a disk is watched. If its time of change says that something came or
+///   went
 ///      since the listing began, it is listed again.
 /// A folder that never answers holds its worker, and nothing else.
 ///
@@ -124,6 +127,12 @@ protected:
 
 private:
   struct THints;
+  /// What a listing came to.
+  struct TListAnswer {
+    TFailure failure;
+    TFileTime since = 0; ///< when the folder had last changed before
+    bool listed = false; ///< with the opening
+  };
 
   void AddColumn(const wchar_t* pCaption, int pWidth, TColumnAlignment pAlignment);
   void ShowSortMarks();
@@ -132,9 +141,11 @@ private:
   // the road of a navigation
   void Leave();
   void Show(const ComPtr<IItemIdList>& pFolder);
-  void TakeOpened(TOpenedFolder pFolder);
+  void TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed);
+  std::function<void(const TOpenedFolder&)> MakeLister(const std::shared_ptr<TListAnswer>& pAnswer);
   void StartListing(bool pAgain);
   void TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder);
+  void TakeListed(const TListAnswer& pAnswer);
   void EndListing(const TFailure& pFailure);
   void LookForMissedChanges();
   void MergeEntries(TEntries pEntries);

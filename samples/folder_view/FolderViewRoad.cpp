@@ -66,16 +66,29 @@ void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
   fFolder = {};
   fFolder.list = pFolder;
   fListing = true;
+  fAgain = false;
   const TAliveWatch alive(GetAliveToken());
   if (!FireEvent(GetAliveToken(), fOnFolder, this)) return;
   Fail({});
   if (!alive.IsAlive() || fFolder.list != pFolder) return;
-  const auto opened = std::make_shared<TOpenedFolder>();
-  Run([opened, pFolder] { *opened = OpenFolder(pFolder); }, [this, opened] { TakeOpened(std::move(*opened)); });
+  const auto answer = std::make_shared<TListAnswer>();
+  const ComPtr<ICancellationIndicator> indicator = fNavigation;
+  // A folder of a disk is listed at once.
+  const auto open = [this, indicator, pFolder, answer, list = MakeLister(answer)] {
+    const TOpenedFolder opened = OpenFolder(pFolder);
+    answer->listed = !opened.failure && !opened.diskPath.empty();
+    MainThread::Queue([this, indicator, opened, listed = answer->listed] {
+      if (!indicator->IsCancellationRequested()) TakeOpened(opened, listed);
+    });
+    if (answer->listed) list(opened);
+  };
+  Run(open, [this, answer] {
+    if (answer->listed) TakeListed(*answer);
+  });
 }
 
-void TFolderView::TakeOpened(TOpenedFolder pFolder) {
-  fFolder = std::move(pFolder);
+void TFolderView::TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed) {
+  fFolder = pFolder;
   const ComPtr<IItemIdList> list = fFolder.list;
   if (!FireEvent(GetAliveToken(), fOnFolder, this) || fFolder.list != list) return;
   if (fFolder.failure) {
@@ -83,9 +96,25 @@ void TFolderView::TakeOpened(TOpenedFolder pFolder) {
     return;
   }
   fOpened = true;
-  // Beginning to watch a folder of a disk may take as long as listing it: it comes behind the rows.
-  if (fFolder.diskPath.empty()) Watch();
+  if (pIsBeingListed) return;
+  Watch();
   StartListing(false);
+}
+
+// What a worker does to list a folder in the order that is wanted now. Its closures refer to the view only where they
+// run on the main thread and haven't been withdrawn.
+std::function<void(const TOpenedFolder&)> TFolderView::MakeLister(const std::shared_ptr<TListAnswer>& pAnswer) {
+  const ComPtr<ICancellationIndicator> indicator = fNavigation;
+  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
+    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
+      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
+    });
+  };
+  const int page = HandleAllocated() ? GetVisibleRowCount() : 0;
+  return [pAnswer, indicator, deliver, order = fOrder, page](const TOpenedFolder& folder) {
+    pAnswer->since = LastChange(folder.diskPath);
+    pAnswer->failure = ListFolder({folder, order, page}, *indicator.Get(), deliver);
+  };
 }
 
 void TFolderView::StartListing(bool pAgain) {
@@ -94,28 +123,14 @@ void TFolderView::StartListing(bool pAgain) {
   fRelist = false;
   fNames.clear();
   fMoved = std::exchange(fRenamed, {});
-  struct TAnswer {
-    TFailure failure;
-    TFileTime since = 0;
-  };
-  const auto answer = std::make_shared<TAnswer>();
-  // Its closures refer to the view only where they run on the main thread and haven't been withdrawn.
-  const ComPtr<ICancellationIndicator> indicator = fNavigation;
-  const TListing listing{fFolder, fOrder, HandleAllocated() ? GetVisibleRowCount() : 0};
-  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
-    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
-      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
-    });
-  };
-  const auto list = [answer, indicator, listing, deliver] {
-    answer->since = LastChange(listing.folder.diskPath);
-    answer->failure = ListFolder(listing, *indicator.Get(), deliver);
-  };
-  Run(list, [this, answer, pAgain] {
-    if (!pAgain) fListedSince = answer->since;
-    EndListing(answer->failure);
-  });
+  const auto answer = std::make_shared<TListAnswer>();
+  Run([list = MakeLister(answer), folder = fFolder] { list(folder); }, [this, answer] { TakeListed(*answer); });
   StatusChanged();
+}
+
+void TFolderView::TakeListed(const TListAnswer& pAnswer) {
+  if (!fAgain) fListedSince = pAnswer.since;
+  EndListing(pAnswer.failure);
 }
 
 void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder) {
