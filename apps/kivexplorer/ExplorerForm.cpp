@@ -159,10 +159,7 @@ void TExplorerForm::BuildBar() {
   fPath = new TLineEdit(fBar);
   fPath->SetParent(fBar);
   fPath->SetAccessibleName(L"Path");
-  fPath->onEnter = [this] {
-    ShowFailure({});
-    fView->GoToText(fPath->GetText());
-  };
+  fPath->onEnter = [this] { GoTo(fPath->GetText()); };
   fPath->onEscape = [this] {
     ShowFolder();
     ShowFailure({});
@@ -266,6 +263,12 @@ void TExplorerForm::BuildMenu() {
     fFilter->SelectAll();
   });
   SetPopupMenu(fMenu);
+}
+
+void TExplorerForm::GoTo(const std::wstring& pPath) {
+  fPath->SetText(pPath);
+  ShowFailure({});
+  fView->GoToText(pPath);
 }
 
 void TExplorerForm::Move(int pSteps) {

@@ -2,6 +2,7 @@
 
 #include "ToolButton.h"
 
+#include <folder_view/FolderSizes.h>
 #include <folder_view/FolderView.h>
 #include <forms/Form.h>
 #include <forms/PopupMenu.h>
@@ -32,6 +33,7 @@ public:
   void SetOnLastWindowGone(std::function<void()> pEvent) { fOnLastWindowGone = std::move(pEvent); }
 
 private:
+  kiv::sample::TFolderSizes fSizes;
   kiv::TKivShellLink fLink;
   std::vector<TExplorerForm*> fWindows;
   std::function<void()> fOnLastWindowGone;
@@ -69,6 +71,8 @@ public:
   /// Back, forward, up, refresh, new folder.
   TToolButton& Button(TGlyph pGlyph) { return *fButtons[static_cast<std::size_t>(pGlyph)]; }
 
+  /// Goes to what could have been typed.
+  void GoTo(const std::wstring& pPath);
   void UpdateButtons();
   void UpdateStatus();
   void UpdateSelection();

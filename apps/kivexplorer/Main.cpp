@@ -1,4 +1,4 @@
-// The browser: kivexplorer [--dpi N] [--dark] [PATH]
+// The browser: kivexplorer [--dark] [PATH]
 
 #include "ExplorerForm.h"
 
@@ -16,7 +16,6 @@ namespace {
 
 struct TOptions {
   std::wstring path;
-  int dpi = 0;
   kiv::TDarkMode dark = kiv::TDarkMode::dmSystem;
 };
 
@@ -26,8 +25,6 @@ TOptions ReadOptions() {
     const std::wstring argument = __wargv[i];
     if (argument == L"--dark") {
       options.dark = kiv::TDarkMode::dmDark;
-    } else if (argument == L"--dpi" && i + 1 < __argc) {
-      options.dpi = static_cast<int>(std::wcstol(__wargv[++i], nullptr, 10));
     } else {
       options.path = argument;
     }
@@ -41,10 +38,9 @@ void Run(const TOptions& options) {
   kivexplorer::TExplorer explorer;
   explorer.SetOnLastWindowGone([] { PostQuitMessage(0); });
   kivexplorer::TExplorerForm& window = explorer.OpenWindow();
-  if (options.dpi > 0) window.ScaleForPPI(options.dpi);
   window.ShowForm();
   kiv::Application().SetHandle(window.GetHandle());
-  window.View().GoToText(options.path.empty() ? kiv::GetUserProfilePath() : options.path);
+  window.GoTo(options.path.empty() ? kiv::GetUserProfilePath() : options.path);
   MSG message;
   while (GetMessageW(&message, nullptr, 0, 0) > 0) {
     if (kiv::PreTranslateMessage(message)) continue;

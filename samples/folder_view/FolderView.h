@@ -10,6 +10,7 @@
 #include <notification/ChangeNotifier.h>
 #include <walker/NameFilter.h>
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -26,12 +27,14 @@ using TFailureEvent = TEvent<TPersistent*, const std::wstring&>;
 /// The road of a navigation; one token (fNavigation) withdraws all of it:
 ///   1. Main thread: the old rows go, and the link is told. Nothing is asked of the new folder here.
 ///   2. A worker opens it (OpenFolder). Back comes how it is called, or why it can't be shown.
-///   3. Main thread: it is watched, so that no change is missed from here on, and
-///   4. a worker lists it (ListFolder): binds it anew in its own apartment, reads, sorts, and delivers about ten times
-///   a
-///      second all that is known so far.
-///   5. Main thread: entries become rows (ShowRows). A row that is painted asks for its icon, type and check box, by a
+///   3. A folder of a disk is listed by the same worker, any other by a worker that begins when it is watched
+///      (ListFolder): it is bound anew, read, sorted, and about ten times a second all that is known so far is
+///      delivered.
+///   4. Main thread: entries become rows (ShowRows). A row that is painted asks for its icon, type and check box, by a
 ///      work item of its own.
+///   5. Main thread, behind the rows: a folder of a disk is watched. If its time of change says that something came or
+///   went
+///      since the listing began, it is listed again.
 /// A folder that never answers holds its worker, and nothing else.
 ///
 /// Changes on the disk come as names. What has become of a name is read by a worker, so that late, doubled and
@@ -124,6 +127,12 @@ protected:
 
 private:
   struct THints;
+  /// What a listing came to.
+  struct TListAnswer {
+    TFailure failure;
+    TFileTime since = 0; ///< when the folder had last changed before
+    bool listed = false; ///< with the opening
+  };
 
   void AddColumn(const wchar_t* pCaption, int pWidth, TColumnAlignment pAlignment);
   void ShowSortMarks();
@@ -132,10 +141,13 @@ private:
   // the road of a navigation
   void Leave();
   void Show(const ComPtr<IItemIdList>& pFolder);
-  void TakeOpened(TOpenedFolder pFolder);
+  void TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed);
+  std::function<void(const TOpenedFolder&)> MakeLister(const std::shared_ptr<TListAnswer>& pAnswer);
   void StartListing(bool pAgain);
   void TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder);
+  void TakeListed(const TListAnswer& pAnswer);
   void EndListing(const TFailure& pFailure);
+  void LookForMissedChanges();
   void MergeEntries(TEntries pEntries);
   void Run(std::function<void()> pWork, std::function<void()> pDone);
   void Fail(const std::wstring& pText);
@@ -171,11 +183,13 @@ private:
   CancellationToken fTyped;      // the search for what was typed
   TEntries fEntries;             // in order
   unsigned fVersion = 0;         // of fEntries
+  bool fOpened = false;          // and can be shown
   bool fListing = false;
-  bool fAgain = false;   // the listing that runs is of the folder that is shown
-  bool fSorting = false; // a worker does
-  bool fReading = false; // a worker reads names again
-  std::wstring fMessage; // in the place of rows
+  TFileTime fListedSince = 0; // when the folder had last changed before the first listing
+  bool fAgain = false;        // the listing that runs is of the folder that is shown
+  bool fSorting = false;      // a worker does
+  bool fReading = false;      // a worker reads names again
+  std::wstring fMessage;      // in the place of rows
   TFolderOrder fOrder;
   std::wstring fFilterText;
   TNameFilter fFilter;

@@ -103,7 +103,7 @@ void TFolderView::DoCancelEdit() {
 }
 
 void TFolderView::MakeNewFolder() {
-  if (!fFolder.list || !fNotifier) return;
+  if (!fOpened) return;
   Fail({});
   struct TAnswer {
     std::wstring name;

@@ -92,6 +92,10 @@ void TFolderView::NoteRename(const std::wstring& pName, const std::wstring& pNew
 
 void TFolderView::RunChanges() {
   fChangeTimer.SetEnabled(false);
+  if (!fNotifier && !fListing && fOpened) {
+    Watch();
+    LookForMissedChanges();
+  }
   if (IsEditing() || fListing || fReading) return; // their end looks again
   if (fRelist || fNames.size() > MostNames) {
     StartListing(true);

@@ -51,6 +51,8 @@ void TFolderView::Leave() {
   fRenamed.clear();
   fRelist = fReading = fSorting = fListing = false;
   fAwaited.clear();
+  fOpened = false;
+  fListedSince = 0;
 }
 
 void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
@@ -64,24 +66,55 @@ void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
   fFolder = {};
   fFolder.list = pFolder;
   fListing = true;
+  fAgain = false;
   const TAliveWatch alive(GetAliveToken());
   if (!FireEvent(GetAliveToken(), fOnFolder, this)) return;
   Fail({});
   if (!alive.IsAlive() || fFolder.list != pFolder) return;
-  const auto opened = std::make_shared<TOpenedFolder>();
-  Run([opened, pFolder] { *opened = OpenFolder(pFolder); }, [this, opened] { TakeOpened(std::move(*opened)); });
+  const auto answer = std::make_shared<TListAnswer>();
+  const ComPtr<ICancellationIndicator> indicator = fNavigation;
+  // A folder of a disk is listed at once.
+  const auto open = [this, indicator, pFolder, answer, list = MakeLister(answer)] {
+    const TOpenedFolder opened = OpenFolder(pFolder);
+    answer->listed = !opened.failure && !opened.diskPath.empty();
+    MainThread::Queue([this, indicator, opened, listed = answer->listed] {
+      if (!indicator->IsCancellationRequested()) TakeOpened(opened, listed);
+    });
+    if (answer->listed) list(opened);
+  };
+  Run(open, [this, answer] {
+    if (answer->listed) TakeListed(*answer);
+  });
 }
 
-void TFolderView::TakeOpened(TOpenedFolder pFolder) {
-  fFolder = std::move(pFolder);
+void TFolderView::TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed) {
+  fFolder = pFolder;
   const ComPtr<IItemIdList> list = fFolder.list;
   if (!FireEvent(GetAliveToken(), fOnFolder, this) || fFolder.list != list) return;
   if (fFolder.failure) {
     EndListing(fFolder.failure);
     return;
   }
+  fOpened = true;
+  if (pIsBeingListed) return;
   Watch();
   StartListing(false);
+}
+
+// What a worker does to list a folder in the order that is wanted now. Its closures refer to the view only where they
+// run on the main thread and haven't been withdrawn.
+std::function<void(const TOpenedFolder&)> TFolderView::MakeLister(const std::shared_ptr<TListAnswer>& pAnswer) {
+  const ComPtr<ICancellationIndicator> indicator = fNavigation;
+  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
+    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
+      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
+    });
+  };
+  const int page = HandleAllocated() ? GetVisibleRowCount() : 0;
+  return [pAnswer, indicator, deliver, order = fOrder, page](const TOpenedFolder& folder) {
+    pAnswer->since = LastChange(folder.diskPath);
+    pAnswer->failure = ListFolder({folder, order, page}, *indicator.Get(), deliver);
+  };
 }
 
 void TFolderView::StartListing(bool pAgain) {
@@ -90,18 +123,14 @@ void TFolderView::StartListing(bool pAgain) {
   fRelist = false;
   fNames.clear();
   fMoved = std::exchange(fRenamed, {});
-  const auto failure = std::make_shared<TFailure>();
-  // Its closures refer to the view only where they run on the main thread and haven't been withdrawn.
-  const ComPtr<ICancellationIndicator> indicator = fNavigation;
-  const TListing listing{fFolder, fOrder, HandleAllocated() ? GetVisibleRowCount() + 1 : 0};
-  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
-    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
-      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
-    });
-  };
-  Run([failure, indicator, listing, deliver] { *failure = ListFolder(listing, *indicator.Get(), deliver); },
-      [this, failure] { EndListing(*failure); });
+  const auto answer = std::make_shared<TListAnswer>();
+  Run([list = MakeLister(answer), folder = fFolder] { list(folder); }, [this, answer] { TakeListed(*answer); });
   StatusChanged();
+}
+
+void TFolderView::TakeListed(const TListAnswer& pAnswer) {
+  if (!fAgain) fListedSince = pAnswer.since;
+  EndListing(pAnswer.failure);
 }
 
 void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder) {
@@ -130,7 +159,19 @@ void TFolderView::EndListing(const TFailure& pFailure) {
   }
   fMessage = pFailure ? pFailure.what + L"\n" + DescribeError(pFailure.code) : L"This folder is empty.";
   ShowRows();
-  if (fRelist || !fNames.empty()) fChangeTimer.SetEnabled(true);
+  if (fRelist || !fNames.empty() || !fNotifier) fChangeTimer.SetEnabled(true);
+}
+
+// What has come or gone since the listing began and before the folder was watched.
+void TFolderView::LookForMissedChanges() {
+  if (fListedSince == 0) return;
+  const auto now = std::make_shared<TFileTime>(0);
+  Run([now, path = fFolder.diskPath] { *now = LastChange(path); },
+      [this, now] {
+        if (*now == fListedSince) return;
+        fRelist = true;
+        RunChanges();
+      });
 }
 
 // The folder has been listed again: what was known already keeps its row, whatever has changed about it.
@@ -162,7 +203,7 @@ void TFolderView::Reload() {
     GoToText(fFolder.path); // a list that was invalid once stays so
     return;
   }
-  if (!fNotifier) {
+  if (!fOpened) {
     Show(ComPtr<IItemIdList>(fFolder.list));
     return;
   }

@@ -3,6 +3,7 @@
 #include <core/FileFunctions.h>
 #include <core/FolderFunctions.h>
 #include <core/ItemIdList.h>
+#include <core/PathUtils.h>
 #include <core/PathmereError.h>
 #include <core/ShellFolderSource.h>
 #include <platform/ErrorText.h>
@@ -168,6 +169,13 @@ TFailure ListFolder(const TListing& pListing, ICancellationIndicator& pWithdrawn
     return CannotShow(pListing.folder.path, CodeOf(error));
   }
   return {};
+}
+
+TFileTime LastChange(const std::wstring& pDiskPath) {
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  const std::wstring path = TPathUtils::GetUnicodeAPICallPath(pDiskPath);
+  if (pDiskPath.empty() || !GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data)) return 0;
+  return static_cast<TFileTime>(data.ftLastWriteTime.dwHighDateTime) << 32U | data.ftLastWriteTime.dwLowDateTime;
 }
 
 std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,

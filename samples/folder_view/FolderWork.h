@@ -50,6 +50,9 @@ struct TReread {
   std::wstring key;
   TEntry entry;
 };
+/// When something last came to a folder of a disk or left it; 0 if nobody knows.
+TFileTime LastChange(const std::wstring& pDiskPath);
+
 /// Reads some objects again, by their names in the folder.
 std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
                                  ICancellationIndicator& pWithdrawn);

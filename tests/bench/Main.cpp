@@ -14,9 +14,10 @@ int main(int pCount, char** pArguments) {
 #if defined(_WIN32)
   OleInitialize(nullptr);
   kiv::MainThread::Attach();
-  constexpr TFigures all[] = {&kiv::bench::WalkFigures, &kiv::bench::ListFigures,   &kiv::bench::MainThreadFigures,
-                              &kiv::bench::PathFigures, &kiv::bench::PoolFigures,   &kiv::bench::IconFigures,
-                              &kiv::bench::BrowserFigures, &kiv::bench::RowFigures,  &kiv::bench::ChangeFigures, &kiv::bench::SelectionFigures};
+  constexpr TFigures all[] = {&kiv::bench::WalkFigures,     &kiv::bench::ListFigures, &kiv::bench::MainThreadFigures,
+                              &kiv::bench::PathFigures,     &kiv::bench::PoolFigures, &kiv::bench::IconFigures,
+                              &kiv::bench::BrowserFigures,  &kiv::bench::RowFigures,  &kiv::bench::ChangeFigures,
+                              &kiv::bench::SelectionFigures};
 #else
   constexpr TFigures all[] = {&kiv::bench::PathFigures, &kiv::bench::PoolFigures, &kiv::bench::SelectionFigures};
 #endif

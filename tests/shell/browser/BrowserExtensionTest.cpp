@@ -40,12 +40,8 @@ TEST_F(BrowserExtension, ShowsWhatItCanOfBrokenFolders) {
     int objects;
     bool tells;
   } cases[] = {
-      {L"5 objects", 5, false},
-      {L"5 objects, crash next 3", 5, false},
-      {L"5 objects, fail next 3", 0, true},
-      {L"5 objects, fail enum", 0, true},
-      {L"5 objects, empty next 3", 2, false},
-      {L"5 objects, no folder2", 5, false},
+      {L"5 objects", 5, false},           {L"5 objects, crash next 3", 5, false}, {L"5 objects, fail next 3", 0, true},
+      {L"5 objects, fail enum", 0, true}, {L"5 objects, empty next 3", 2, false}, {L"5 objects, no folder2", 5, false},
   };
   for (const auto& one : cases) {
     EnterExtension(one.name);

@@ -159,6 +159,7 @@ TEST_F(BrowserUse, ChecksByMouseAndKeyForAllWindows) {
   Row(L"large.txt")->SetSelected(true);
   PressKey(VK_SPACE);
   EXPECT_TRUE(PumpUntil([&] { return Row(L"sub")->GetState() == ssChecked && Selection().GetCount() == 3; }));
+  EXPECT_TRUE(PumpUntil([&] { return fWindow->SelectionText() == L"Checked: 3 files, 1 folder, 4.90 KB"; }));
   Selection().RemovePathFromSelection(fTemp.PathOf(L"sub"));
   Selection().AddPathToSelection(fTemp.MakeFile(L"sub\\second.txt"));
   EXPECT_TRUE(PumpUntil([&] { return other.View().FindRow(L"sub")->GetState() == ssGrayed; }));
