@@ -338,7 +338,7 @@ TEST(WatchedTree, TellsAllThatAListingNeeds) {
   const TWatchedTree::TOptions ways[] = {{false, false}, {true, false}, {true, true}};
   for (const auto& way : ways) {
     for (const bool loses : {false, true}) {
-      for (unsigned seed = 1; seed <= 100; ++seed) {
+      for (unsigned seed = 1; seed <= 50; ++seed) {
         SCOPED_TRACE(testing::Message() << "seed " << seed << " recursive " << way.recursive << " subtree "
                                         << way.subtree << " loses " << loses);
         TRun(seed, way, loses).Go(60);
