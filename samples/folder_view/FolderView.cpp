@@ -88,7 +88,8 @@ bool TFolderView::CustomDraw(const RECT& pRect, TCustomDrawStage pStage) {
     canvas.GetFont().Assign(&GetFont());
     canvas.GetFont().SetColor(StyleServices().GetSystemColor(clGrayText));
     canvas.GetBrush().SetStyle(TBrushStyle::bsClear);
-    canvas.TextRect(rect, fMessage, DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
+    canvas.TextRect(rect, fEntries.empty() ? fMessage : L"Nothing here passes the filter.",
+                    DT_CENTER | DT_WORDBREAK | DT_NOPREFIX);
   }
   return TCustomListView::CustomDraw(pRect, pStage);
 }
