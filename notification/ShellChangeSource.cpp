@@ -29,7 +29,8 @@ constexpr wchar_t ClassName[] = L"TKivShellChangeNotifier";
 constexpr UINT ShellMessage = 2011;
 constexpr UINT NoticesMessage = 2012;
 constexpr UINT_PTR NoticesTimer = 1;
-constexpr ULONGLONG LongestTurn = 10; // ms
+constexpr std::uint32_t LongestBegin = 100; // ms that the main thread waits for a watch
+constexpr ULONGLONG LongestTurn = 10;       // ms
 
 // Interrupt level, shell level, new delivery; recursive interrupts.
 constexpr int Sources = SHCNRF_InterruptLevel | SHCNRF_ShellLevel | SHCNRF_NewDelivery;
@@ -212,7 +213,8 @@ bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
     path = ExtractFileDir(path);
     recursive = false;
   }
-  pRegistration.directory = DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, fWindow);
+  pRegistration.directory =
+      DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, fWindow, LongestBegin);
   return pRegistration.directory != 0;
 }
 

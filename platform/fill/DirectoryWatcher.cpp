@@ -38,7 +38,6 @@ constexpr std::size_t LooksAtOnce = 256;      // folders
 constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
 constexpr std::size_t MostReports = 1024;     // kept
 constexpr std::size_t RecordsAtOnce = 64;
-constexpr auto LongestBegin = 1000ms;
 constexpr auto LongestRelease = 1000ms;
 
 struct TWatch;
@@ -343,7 +342,7 @@ std::atomic<std::uint32_t> gLastNumber{0};
 } // namespace
 
 std::uint32_t DirectoryWatcher::Watch(const std::wstring& pPath, bool pRecursive, std::shared_ptr<TNoticeQueue> pQueue,
-                                      HWND pDeviceWindow) {
+                                      HWND pDeviceWindow, std::uint32_t pLongest) {
   const std::uint32_t number = ++gLastNumber;
   const auto begin = std::make_shared<TBegin>();
   {
@@ -357,7 +356,7 @@ std::uint32_t DirectoryWatcher::Watch(const std::wstring& pPath, bool pRecursive
     const TWatcherThread::TRequest request{number, pPath, pRecursive, pQueue, pDeviceWindow};
     thread.Command([&thread, request, begin] { thread.Begin(request, begin); });
   }
-  if (!begin->done.WaitFor(LongestBegin)) {
+  if (!begin->done.WaitFor(std::chrono::milliseconds(pLongest))) {
     begin->given_up = true;
     return number;
   }

@@ -21,12 +21,12 @@ class KIV_EXPORT DirectoryWatcher {
 public:
   DirectoryWatcher() = delete;
 
-  /// Begins to watch a folder, and comes back when changes are seen from, in deep trees after a second at most: then
-  /// the rest follows, and the watch tells a FolderUpdate when it is complete. 0 if there is no such folder, or it
-  /// can't be opened. `pDeviceWindow`, if given, is asked by WM_DEVICECHANGE for the watched handle when its medium is
-  /// to be ejected, and calls ReleaseVolume then.
+  /// Begins to watch a folder, and comes back when changes are seen from, in deep trees and large folders after
+  /// `pLongest` milliseconds: then the rest follows, and the watch tells a FolderUpdate when it is complete. 0 if there
+  /// is no such folder, or it can't be opened. `pDeviceWindow`, if given, is asked by WM_DEVICECHANGE for the watched
+  /// handle when its medium is to be ejected, and calls ReleaseVolume then.
   static std::uint32_t Watch(const std::wstring& pPath, bool pRecursive, std::shared_ptr<TNoticeQueue> pQueue,
-                             HWND pDeviceWindow = nullptr);
+                             HWND pDeviceWindow = nullptr, std::uint32_t pLongest = 1000);
   /// Ends it; what the queue holds of it goes. Doesn't wait.
   static void Unwatch(std::uint32_t pWatch) noexcept;
   /// Lets go of all folders on the volume of a watched handle. Comes back when the handles are closed. They are opened
