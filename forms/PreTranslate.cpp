@@ -12,6 +12,12 @@ namespace {
 bool IsTranslated(const MSG& message) {
   TWinControl* const control = NearestControl(message.hwnd);
   if (!control) return false;
+  // A window that a control's own code has made, such as the edit of a label: Enter and Delete are the label's then.
+  if (!FindControl(message.hwnd) && message.message == WM_KEYDOWN &&
+      (SendMessageW(message.hwnd, WM_GETDLGCODE, message.wParam, reinterpret_cast<LPARAM>(&message)) &
+       DLGC_WANTALLKEYS) != 0) {
+    return false;
+  }
   const TAliveWatch alive(control->GetAliveToken());
   if (control->PreProcessMessage(message)) return true;
   // A control that has gone has used its key.

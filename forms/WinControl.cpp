@@ -82,7 +82,6 @@ void TWinControl::CreateParented(HWND pParent) {
   if (alive.IsAlive()) HandleNeeded();
 }
 
-// The host has put the window into another one of its own, as those do whose panes can be docked.
 void TWinControl::FollowParentWindow(HWND pParent) {
   if (GetWindowThreadProcessId(pParent, nullptr) != GetCurrentThreadId()) return;
   WatchParentWindow(pParent);

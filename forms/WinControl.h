@@ -161,6 +161,9 @@ protected:
   friend struct TWindowLink;
 
   // --- hooks of the window's life ---
+  /// The host has put the window into another one of its own, as those do whose panes can be docked. Overrides call the
+  /// base class.
+  virtual void FollowParentWindow(HWND pParent);
   /// How the window is made. Overrides call the base class first, then change what they want.
   virtual void CreateParams(TCreateParams& pParams);
   /// Makes the window and sets it up. Overrides call the base class, then give the window what it holds.
@@ -313,7 +316,6 @@ private:
   void PutName(std::wstring& pPart, std::wstring pName);
   const std::wstring& NameToTell() const noexcept { return fAccessibleName.empty() ? fLabelText : fAccessibleName; }
   void ApplyLook();
-  void FollowParentWindow(HWND pParent);
   void HandleWheel(TMessage& pMessage);
   void HandleMouseLeave(TMessage& pMessage);
   void HandleLookChange(TMessage& pMessage);

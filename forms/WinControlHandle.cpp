@@ -69,7 +69,9 @@ void TWinControl::CreateWindowHandle(const TCreateParams& pParams) {
   if (!MainThread::IsCurrent()) throw EInvalidOperation(L"Windows of controls are made by the main thread only");
   TScreen::SetCursorHook(&TWinControl::ApplyScreenCursor);
   const TAliveWatch alive(GetAliveToken());
-  if (!TWindowLink::Create(*this, pParams)) throw EOSError(GetLastError(), L"The window of a control can't be made");
+  const bool isMade = TWindowLink::Create(*this, pParams) != nullptr;
+  const DWORD error = GetLastError();
+  if (!isMade && alive.IsAlive() && error != 0) throw EOSError(error, L"The window of a control can't be made");
   if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
   UpdateBrush();
   ApplyLook();
@@ -78,6 +80,7 @@ void TWinControl::CreateWindowHandle(const TCreateParams& pParams) {
   StoreWindowBounds();
   if (alive.IsAlive()) AdoptWindowPPI();
   if (alive.IsAlive()) ApplyFont();
+  if (!alive.IsAlive() || !fHandle) throw EAbort(L"The window went while it was made");
 }
 
 void TWinControl::AdoptLink(TWindowLink* pLink, HWND pWindow) noexcept {

@@ -47,7 +47,7 @@ void Attach(TWindowLink& link, HWND window) {
 }
 
 LRESULT CALLBACK CreationHook(int code, WPARAM wParam, LPARAM lParam) {
-  if (code == HCBT_CREATEWND && gCreation && !gCreation->link->window) {
+  if (code == HCBT_CREATEWND && gCreation && gCreation->link && !gCreation->link->window) {
     std::array<wchar_t, 128> name{};
     const HWND window = reinterpret_cast<HWND>(wParam);
     GetClassNameW(window, name.data(), static_cast<int>(name.size()));
@@ -89,7 +89,7 @@ TWinControl* MeasuredControl(HWND parent, UINT id) {
   const HWND window = GetDlgItem(parent, static_cast<int>(id));
   if (TWinControl* const control = window ? FindControl(window) : nullptr) return control;
   // Asked while the window is being made, before its parent knows it.
-  return gCreation ? gCreation->link->control : nullptr;
+  return gCreation && gCreation->link ? gCreation->link->control : nullptr;
 }
 
 // The control that a notification tells of; null if it is none.
@@ -172,18 +172,22 @@ void TWindowLink::LetGo() {
   // Its own last message deletes the link.
   if (window)
     DestroyWindow(window);
-  else
+  else {
+    for (TCreation* creation = gCreation; creation; creation = creation->outer) {
+      if (creation->link == this) creation->link = nullptr; // it ended while it was made
+    }
     delete this;
+  }
 }
 
 TWindowLink* TWindowLink::Create(TWinControl& pControl, const TCreateParams& pParams) {
   CommonControlsApi(); // registers the classes
-  auto link = std::make_unique<TWindowLink>();
-  link->control = &pControl;
-  link->isOwnClass = pParams.className.empty();
+  auto owner = std::make_unique<TWindowLink>();
+  owner->control = &pControl;
+  owner->isOwnClass = pParams.className.empty();
   const std::wstring className =
-      link->isOwnClass ? OwnClass(pControl.ClassName(), pParams.classStyle) : pParams.className;
-  TCreation creation{link.get(), className.c_str(), gCreation};
+      owner->isOwnClass ? OwnClass(pControl.ClassName(), pParams.classStyle) : pParams.className;
+  TCreation creation{owner.get(), className.c_str(), gCreation};
   const HHOOK hook = SetWindowsHookExW(WH_CBT, &CreationHook, nullptr, GetCurrentThreadId());
   gCreation = &creation;
   const bool isChild = (pParams.style & WS_CHILD) != 0;
@@ -199,18 +203,19 @@ TWindowLink* TWindowLink::Create(TWinControl& pControl, const TCreateParams& pPa
   }
   gCreation = creation.outer;
   if (hook) UnhookWindowsHookEx(hook);
-  if (!window) {
-    // A window that was refused in mid-creation has told its end: then the link is deleted already.
-    if (link->control && !pControl.HandleAllocated()) {
-      SetLastError(error);
-      return nullptr;
-    }
+  // A window that has told its end has ended its link as well, and perhaps its control.
+  static_cast<void>(owner.release());
+  TWindowLink* const link = creation.link;
+  if (!link || (!window && !link->window)) {
+    delete link;
+    SetLastError(error);
+    return nullptr;
   }
-  if (window && !link->window) {
-    pControl.AdoptLink(link.get(), window);
+  if (!link->window) {
+    pControl.AdoptLink(link, window);
     Attach(*link, window);
   }
-  return link.release();
+  return link;
 }
 
 void TWindowLink::Abandon() noexcept {

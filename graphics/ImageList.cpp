@@ -265,7 +265,7 @@ void TCustomImageList::Overlay(int pIndex, int pOverlay) {
 
 void TCustomImageList::Require(int) {}
 
-bool TCustomImageList::IsReady(int) const {
+bool TCustomImageList::IsReady(int) {
   return true;
 }
 

@@ -121,7 +121,7 @@ public:
   /// A control is about to show an image through the handle: a list that makes its images one by one makes it now.
   virtual void Require(int pIndex);
   /// Whether what Require makes is there. For numbers outside of the list true as well. Cheap: asked while painting.
-  virtual bool IsReady(int pIndex) const;
+  virtual bool IsReady(int pIndex);
 
   /// Brings all images to another scale, from those that were added: there and back leaves no trace. A shared list
   /// can't be scaled; nothing happens to it.

@@ -29,6 +29,7 @@ TCustomListView::~TCustomListView() {
 void TCustomListView::EndListView() noexcept {
   EndWindow();
   fActions.clear();
+  AllRowsLeaving();
   fItems = std::make_unique<TListItems>(static_cast<IListItemsHost&>(*this));
 }
 

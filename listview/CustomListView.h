@@ -271,6 +271,7 @@ protected:
   // --- framework ---
   void CreateParams(TCreateParams& pParams) override;
   void CreateWnd() override;
+  void FollowParentWindow(HWND pParent) override;
   void WMDestroy(TMessage& pMessage) override;
   void WndProc(TMessage& pMessage) override;
   void DefaultHandler(TMessage& pMessage) override;
@@ -352,6 +353,7 @@ private:
   RECT RowBounds(int pIndex, int pPart = LVIR_BOUNDS) const;
   void EndWriting();
   void WriteColumns();
+  void RequireColumnImage(int pIndex) noexcept;
   void WriteColumnLooks();
   void TakeColumnWidth(int pIndex);
   void RedrawLooks();
@@ -366,6 +368,7 @@ private:
   LRESULT BeginLabelEdit(int pIndex);
   void EndLabelEdit(const wchar_t* pText);
   std::wstring EditText();
+  std::pair<DWORD, DWORD> EditSelection();
   void ReopenEdit(TListItem& pItem);
   LRESULT FindRow(const NMLVFINDITEMW& pFind);
   LRESULT HandleCustomDraw(NMLVCUSTOMDRAW& pDraw);

@@ -98,7 +98,7 @@ void TCustomListView::GetDispInfo(LVITEMW& pItem) {
     const int image = pItem.iSubItem == 0 ? item->GetImageIndex() : item->GetSubItemImage(pItem.iSubItem - 1);
     pItem.iImage = image < 0 ? I_IMAGENONE : image;
     const int kind = fViewStyle == TViewStyle::vsIcon ? LVSIL_NORMAL : LVSIL_SMALL;
-    const TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
+    TCustomImageList* const images = fImages[static_cast<std::size_t>(kind)].images;
     if (isPainted && image >= 0 && images != nullptr && !images->IsReady(image)) {
       fWantedImages.emplace_back(kind, image);
       WakeUp();
@@ -179,7 +179,7 @@ LRESULT TCustomListView::BeginLabelEdit(int pIndex) {
   const TAliveWatch alive(GetAliveToken());
   const TAliveWatch row(item->GetAliveToken());
   const HWND window = AllocatedHandle();
-  const bool allow = CanEdit(item);
+  const bool allow = fIsReopening || CanEdit(item); // it was allowed when it began
   // A handler may have moved the rows, so that the platform would edit another one, or replaced the window.
   if (!alive.IsAlive() || !row.IsAlive() || !allow || item->GetIndex() != pIndex) return TRUE;
   if (window != AllocatedHandle()) return TRUE;
@@ -194,22 +194,34 @@ std::wstring TCustomListView::EditText() {
   return text;
 }
 
+std::pair<DWORD, DWORD> TCustomListView::EditSelection() {
+  std::pair<DWORD, DWORD> selected;
+  if (const HWND edit = GetEditControl()) {
+    SendMessageW(edit, EM_GETSEL, reinterpret_cast<WPARAM>(&selected.first),
+                 reinterpret_cast<LPARAM>(&selected.second));
+  }
+  return selected;
+}
+
 // The edit that is about to be closed, though nobody wants that, comes back with what it holds.
 void TCustomListView::ReopenEdit(TListItem& pItem) {
-  PostAction([this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText()] {
-    if (!row.IsAlive() || item->GetIndex() < 0) return;
-    const TAliveWatch alive(GetAliveToken());
-    // The platform selects a row that is edited, and no other.
-    fIsReopening = true;
-    const bool isOpen = item->EditCaption();
-    if (!alive.IsAlive()) return;
-    StateChanged();
-    if (!alive.IsAlive()) return;
-    CatchUp();
-    fIsReopening = false;
-    const HWND edit = isOpen ? GetEditControl() : nullptr;
-    if (edit != nullptr) SetWindowTextW(edit, text.c_str());
-  });
+  PostAction(
+      [this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText(), selected = EditSelection()] {
+        if (!row.IsAlive() || item->GetIndex() < 0) return;
+        const TAliveWatch alive(GetAliveToken());
+        // The platform selects a row that is edited, and no other.
+        fIsReopening = true;
+        const bool isOpen = item->EditCaption();
+        if (!alive.IsAlive()) return;
+        StateChanged();
+        if (!alive.IsAlive()) return;
+        CatchUp();
+        fIsReopening = false;
+        const HWND edit = isOpen ? GetEditControl() : nullptr;
+        if (edit == nullptr) return;
+        SetWindowTextW(edit, text.c_str());
+        SendMessageW(edit, EM_SETSEL, static_cast<WPARAM>(selected.first), static_cast<LPARAM>(selected.second));
+      });
 }
 
 void TCustomListView::EndLabelEdit(const wchar_t* pText) {

@@ -140,7 +140,18 @@ void TCustomListView::Settle(UINT pMessage) {
   if (mayHaveChanged && !fRowsDirty && !fStateDirty && Reconcile()) fReportsDue = true;
   if (!fReportsDue || fItems->IsUpdating()) return;
   fReportsDue = false;
-  if (fItems->ReportChanges()) CatchUp();
+  const TAliveWatch alive(GetAliveToken());
+  try {
+    if (!fItems->ReportChanges()) return;
+  } catch (...) {
+    // What a handler raises doesn't keep the other rows from being told.
+    if (alive.IsAlive()) {
+      fReportsDue = true;
+      WakeUp();
+    }
+    throw;
+  }
+  CatchUp();
 }
 
 // Posted, so that it arrives while no code of the platform's runs, or while that runs a message loop: a marquee.
@@ -217,6 +228,7 @@ void TCustomListView::MakeWantedImages() {
   if (fWantedImages.empty()) return;
   const TAliveWatch alive(GetAliveToken());
   const auto end = std::chrono::steady_clock::now() + FetchTime;
+  bool made = false;
   while (!fWantedImages.empty() && std::chrono::steady_clock::now() < end) {
     const auto [kind, image] = fWantedImages.back();
     fWantedImages.pop_back();
@@ -224,40 +236,45 @@ void TCustomListView::MakeWantedImages() {
     if (images == nullptr || images->IsReady(image)) continue;
     try {
       images->Require(image);
+      // One that can't be made isn't painted, and so asked for, again and again.
+      made = made || (alive.IsAlive() && images->IsReady(image));
     } catch (...) {
       ReportException(std::current_exception());
     }
     if (!alive.IsAlive()) return;
   }
-  fLooksDirty = true;
-  WakeUp();
+  if (made) fLooksDirty = true;
+  if (made || !fWantedImages.empty()) WakeUp();
 }
 
 // --- in step ---------------------------------------------------------------------------------------------------------
 
 void TCustomListView::CatchUp() {
-  const bool isDirty =
-      fRowsDirty || fStateDirty || fColumnsDirty || fColumnLooksDirty || fLooksDirty || !fLooks.empty();
+  const bool isDirty = fRowsDirty || fStateDirty || fColumnsDirty || fColumnLooksDirty || fLooksDirty ||
+                       !fLooks.empty() || (fTopNoted && !IsEditing() && !fItems->IsUpdating());
   if (!isDirty || fCatchingUp || fNativeDepth > 0 || !fIsReady) return;
   fCatchingUp = true;
-  {
-    const TWriteScope scope(*this);
-    fWrites = 0;
-    if (!fColumns->IsUpdating()) WriteColumns();
-    if (!fItems->IsUpdating()) {
-      const bool moved = std::exchange(fRowsDirty, false);
-      fStateDirty = false;
-      fMirror.Write(*fItems, *this);
-      if (moved) {
-        fLooksDirty = true;
-        PlaceEdit();
-      }
-      if (fTopNoted && !IsEditing()) RestoreTop();
-      RedrawLooks();
+  struct TCatching { // also behind what was raised, or nothing would be written any more
+    TCustomListView& view;
+    ~TCatching() {
+      view.EndWriting();
+      view.fCatchingUp = false;
     }
-    EndWriting();
+  };
+  const TWriteScope scope(*this);
+  const TCatching catching{*this};
+  fWrites = 0;
+  if (!fColumns->IsUpdating()) WriteColumns();
+  if (fItems->IsUpdating()) return;
+  const bool moved = std::exchange(fRowsDirty, false);
+  fStateDirty = false;
+  fMirror.Write(*fItems, *this);
+  if (moved) {
+    fLooksDirty = true;
+    PlaceEdit();
   }
-  fCatchingUp = false;
+  if (fTopNoted && !IsEditing()) RestoreTop();
+  RedrawLooks();
 }
 
 void TCustomListView::EndWriting() {

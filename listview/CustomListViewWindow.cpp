@@ -2,6 +2,7 @@
 #include <listview/ListAccessible.h>
 #include <listview/NativeScope.h>
 
+#include <framework/Application.h>
 #include <graphics/StyleServices.h>
 #include <platform/DpiAwareness.h>
 
@@ -89,14 +90,27 @@ void TCustomListView::CreateWnd() {
   WakeUp();
 }
 
+// The platform's list view goes on to notify the window that it was made in.
+void TCustomListView::FollowParentWindow(HWND pParent) {
+  TWinControl::FollowParentWindow(pParent);
+  PostAction([this] {
+    if (HandleAllocated()) RecreateWnd();
+  });
+}
+
 void TCustomListView::WMDestroy(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   // The place is taken over by the next window.
   if (IsRecreating()) NoteTop();
   if (IsEditing()) {
     TListItem* const item = fItems->GetEditing();
-    if (IsRecreating()) ReopenEdit(*item);
-    CancelEditOf(*item);
+    if (IsRecreating()) {
+      ReopenEdit(*item);
+      fItems->SetEditing(nullptr); // first: nobody is to hear of it
+      Query(LVM_CANCELEDITLABEL);
+    } else {
+      CancelEditOf(*item);
+    }
     if (!alive.IsAlive()) return;
   }
   fMirror.Reset();
@@ -352,6 +366,15 @@ void TCustomListView::WriteColumns() {
   if (fColumnLooksDirty) WriteColumnLooks();
 }
 
+void TCustomListView::RequireColumnImage(int pIndex) noexcept {
+  if (GetSmallImages() == nullptr) return;
+  try {
+    GetSmallImages()->Require(pIndex);
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+}
+
 void TCustomListView::WriteColumnLooks() {
   fColumnLooksDirty = false;
   const HWND header = reinterpret_cast<HWND>(SendMessageW(AllocatedHandle(), LVM_GETHEADER, 0, 0));
@@ -363,7 +386,7 @@ void TCustomListView::WriteColumnLooks() {
     info.pszText = caption.data();
     info.fmt = AlignmentBits(column.GetAlignment());
     if (column.GetImageIndex() >= 0) {
-      if (GetSmallImages() != nullptr) GetSmallImages()->Require(column.GetImageIndex());
+      RequireColumnImage(column.GetImageIndex());
       info.mask |= LVCF_IMAGE;
       info.fmt |= LVCFMT_IMAGE;
       info.iImage = column.GetImageIndex();

@@ -6,6 +6,10 @@
 
 namespace kiv {
 
+namespace {
+constexpr int WidestColumn = 0x7FFF; // several can be added up
+} // namespace
+
 TListColumn::TListColumn(TListColumns* pOwner) : fOwner(pOwner) {
   if (pOwner == nullptr) throw EInvalidArgument(L"A column needs the columns that it is made for.");
 }
@@ -51,6 +55,7 @@ void TListColumn::SetPosition(int pPosition) {
     throw EArgumentOutOfRange(L"A column's position lies within the columns.");
   }
   const int index = GetIndex();
+  if (index < 0) throw EInvalidOperation(L"A column that is in no list has no position.");
   order.erase(std::find(order.begin(), order.end(), index));
   order.insert(order.begin() + pPosition, index);
   fOwner->SetOrder(order);
@@ -63,6 +68,7 @@ void TListColumn::SetCaption(const std::wstring& pCaption) {
 }
 
 int TListColumn::Limit(int pWidth) const noexcept {
+  pWidth = std::min(pWidth, WidestColumn);
   if (fMaxWidth > 0) pWidth = std::min(pWidth, fMaxWidth);
   return std::max({pWidth, fMinWidth, 0});
 }
@@ -75,12 +81,12 @@ void TListColumn::SetWidth(int pWidth) {
 }
 
 void TListColumn::SetMinWidth(int pWidth) {
-  fMinWidth = std::max(pWidth, 0);
+  fMinWidth = std::clamp(pWidth, 0, WidestColumn);
   SetWidth(fWidth);
 }
 
 void TListColumn::SetMaxWidth(int pWidth) {
-  fMaxWidth = std::max(pWidth, 0);
+  fMaxWidth = std::clamp(pWidth, 0, WidestColumn);
   SetWidth(fWidth);
 }
 
@@ -135,11 +141,14 @@ void TListColumns::Assign(const TPersistent* pSource) {
     return;
   }
   if (source == this) return;
-  BeginUpdate();
+  struct TUpdate {
+    TListColumns& columns;
+    explicit TUpdate(TListColumns& pColumns) : columns(pColumns) { columns.BeginUpdate(); }
+    ~TUpdate() { columns.EndUpdate(); }
+  } const update(*this);
   Clear();
   for (const auto& column : source->fColumns) Add()->Assign(column.get());
   SetOrder(source->fOrder);
-  EndUpdate();
 }
 
 void TListColumns::CheckIndex(int pIndex) const {

@@ -165,9 +165,10 @@ void TKivSystemImageList::Require(int pIndex) {
   fMade[index] = true;
 }
 
-bool TKivSystemImageList::IsReady(int pIndex) const {
+bool TKivSystemImageList::IsReady(int pIndex) {
   if (fSize != si_FreeScaled || pIndex < 0) return true;
-  return static_cast<std::size_t>(pIndex) < fMade.size() && fMade[static_cast<std::size_t>(pIndex)];
+  const auto index = static_cast<std::size_t>(pIndex);
+  return (index < fMade.size() && fMade[index]) || pIndex >= GetCount();
 }
 
 int TKivSystemImageList::OverlayImage(int pOverlay) {

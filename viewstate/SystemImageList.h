@@ -88,7 +88,7 @@ public:
   /// The platform's lists are always shared, and scaled ones never: there is no choice.
   void SetShareImages(bool pShare) override;
   void Require(int pIndex) override;
-  bool IsReady(int pIndex) const override;
+  bool IsReady(int pIndex) override;
 
 protected:
   void CreateList() override;

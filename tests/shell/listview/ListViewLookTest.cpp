@@ -104,16 +104,19 @@ public:
     Add(strip);
   }
   void Require(int pIndex) override {
-    if (!ready.insert(pIndex).second) return;
+    ++wishes;
+    if (pIndex == never || !ready.insert(pIndex).second) return;
     whilePainting += isPainting() ? 1 : 0;
     TBitmap image(16, 16);
     image.GetCanvas().FillRect({0, 0, 16, 16}, clFuchsia);
     image.MakeOpaque();
     Put(pIndex, image);
   }
-  bool IsReady(int pIndex) const override { return ready.count(pIndex) == 1; }
+  bool IsReady(int pIndex) override { return ready.count(pIndex) == 1; }
 
   std::set<int> ready;
+  int never = -1; // can't be made
+  int wishes = 0;
   int whilePainting = 0;
   std::function<bool()> isPainting = [] { return false; };
 };
@@ -148,6 +151,11 @@ TEST(ListViewLook, ImagesThatArentMadeYetAreMadeOutsideOfPainting) {
   EXPECT_EQ(images.ready, (std::set<int>{3, 7})) << "of rows that show";
   for (const int row : {0, 1, 2}) EXPECT_EQ(pixel(row), RGB(255, 0, 255)) << row;
   EXPECT_EQ(images.whilePainting, 0);
+  images.never = 8;
+  images.wishes = 0;
+  list.Row(1).SetImageIndex(8);
+  for (int turn = 0; turn < 20; ++turn) PumpMessages();
+  EXPECT_EQ(images.wishes, 1) << "painted without it, and not asked again and again";
 }
 
 TEST(ListViewLook, FollowsTheScaleAndTheDark) {

@@ -1,5 +1,9 @@
 #include "ListFixture.h"
 
+#include <forms/PopupMenu.h>
+#include <forms/PreTranslate.h>
+#include <forms/ShortCut.h>
+
 #include <functional>
 #include <set>
 
@@ -122,9 +126,12 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   list.Show(5);
   int cancels = 0;
   list.list->SetOnCancelEdit([&](TPersistent*) { ++cancels; });
+  int asked = 0;
+  list.list->SetOnEditing([&](TPersistent*, TListItem*, bool& allow) { allow = ++asked == 1; });
   TListItem& row = list.Row(2);
   ASSERT_TRUE(row.EditCaption());
   SetWindowTextW(list.list->GetEditControl(), L"typed");
+  SendMessageW(list.list->GetEditControl(), EM_SETSEL, 2, 4);
   list.list->SetSelected(&list.Row(4));
   const TListItem* const selected = &list.Row(4);
   const auto closes = reinterpret_cast<LONG_PTR>(&ClosesEdits);
@@ -137,8 +144,63 @@ TEST(ListViewRows, AnEditThatThePlatformClosesComesBack) {
   EXPECT_EQ(list.list->GetSelected(), selected);
   EXPECT_EQ(list.list->GetSelCount(), 1);
   EXPECT_EQ(list.list->DescribeInconsistency(), L"");
+  EXPECT_EQ(SendMessageW(list.list->GetEditControl(), EM_GETSEL, 0, 0), MAKELONG(2, 4));
+  list.list->RecreateWnd();
+  PumpMessages();
+  EXPECT_EQ(cancels, 0);
   PressKey(VK_RETURN);
   EXPECT_EQ(row.GetCaption(), L"typed");
+  EXPECT_EQ(asked, 1) << "it was allowed when it began";
+}
+
+TEST(ListViewRows, WhatAnEditHeldUpFollowsIt) {
+  TListFixture list;
+  list.Show(200);
+  const TRowRect row = list.Row(0).DisplayRect(TDisplayCode::drBounds);
+  list.Send(LVM_SCROLL, 0, 20 * (row.bottom - row.top));
+  PumpMessages();
+  TListItem* const top = list.list->GetTopItem();
+  ASSERT_GT(top->GetIndex(), 0);
+  ASSERT_TRUE(list.Row(top->GetIndex() + 2).EditCaption());
+  for (int i = 0; i < 5; ++i) list.Rows().Insert(0)->SetCaption(L"new");
+  PumpMessages();
+  PressKey(VK_ESCAPE);
+  EXPECT_EQ(list.list->GetTopItem(), top);
+}
+
+TEST(ListViewRows, AnEditsKeysAreItsOwn) {
+  TListFixture list;
+  TPopupMenu menu;
+  int clicks = 0;
+  auto* const item = new TMenuItem(&menu);
+  item->SetShortCut(MakeShortCut('D', {TShiftStateFlag::ssCtrl}));
+  item->SetOnClick([&](TPersistent*) { ++clicks; });
+  menu.GetItems().Add(item);
+  list.list->SetPopupMenu(&menu);
+  list.Show(1);
+  test::SetPreTranslate([](MSG& message) { return PreTranslateMessage(message); });
+  ASSERT_TRUE(list.Row(0).EditCaption());
+  PressKey('D', {TShiftStateFlag::ssCtrl});
+  EXPECT_EQ(clicks, 0);
+  PressKey(VK_RETURN);
+  PressKey('D', {TShiftStateFlag::ssCtrl});
+  EXPECT_EQ(clicks, 1);
+  test::SetPreTranslate(nullptr);
+}
+
+TEST(ListViewRows, AHostMayPutTheListIntoAnotherWindow) {
+  TListFixture list;
+  list.Show(3);
+  test::THostWindow other;
+  ::SetParent(list.Window(), other.Get());
+  SetWindowPos(list.Window(), nullptr, 5, 6, 300, 200, SWP_NOZORDER);
+  PumpMessages();
+  EXPECT_EQ(list.TextOf(1, 0), L"row 1");
+  LVITEMW item{};
+  item.state = item.stateMask = LVIS_SELECTED;
+  list.Send(LVM_SETITEMSTATE, 2, reinterpret_cast<LPARAM>(&item));
+  PumpMessages();
+  EXPECT_EQ(list.Selected(), std::vector<int>{2});
 }
 
 TEST(ListViewRows, EditingCanBeRefusedCancelledAndChanged) {
