@@ -17,10 +17,16 @@ void TNoticeQueue::End(std::uint32_t pWatch) {
   if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
 }
 
+// Whoever takes that one looks at the file later than this.
+bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const {
+  return pNotice.event == TDirectoryEvent::FileChange && !fEntries.empty() && fEntries.back().watch == pWatch &&
+         fEntries.back().notice == pNotice;
+}
+
 void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
   const std::lock_guard guard(fLock);
   const auto watch = fWatches.find(pWatch);
-  if (watch == fWatches.end() || watch->second.overflowed) return;
+  if (watch == fWatches.end() || watch->second.overflowed || IsTold(pWatch, pNotice)) return;
   if (fEntries.size() >= fCapacity) {
     watch->second.overflowed = true;
     pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
