@@ -214,7 +214,8 @@ bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
     recursive = false;
   }
   pRegistration.directory =
-      DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, fWindow, LongestBegin);
+      DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, pRegistration.network ? nullptr : fWindow,
+                              LongestBegin, pRegistration.network);
   return pRegistration.directory != 0;
 }
 

@@ -7,6 +7,7 @@
 #include <dbt.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <new>
 #include <span>
@@ -274,7 +275,7 @@ bool IsReportedFromBelow(const std::wstring& folder) {
 } // namespace
 
 bool ProbeSubtrees() {
-  static std::uint32_t count = 0;
+  static std::atomic<std::uint32_t> count{0};
   const std::wstring folder =
       KivGetTempPath() + L"kiv" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
   const std::wstring below = folder + L"\\below";
