@@ -70,16 +70,18 @@ TKivShellChangeNotifier::~TKivShellChangeNotifier() {
   BeginDestruction();
   fDuplicates.Close();
   fCancellationToken.Cancel();
+  // Before the source goes: a handler that still runs on a worker may end watches.
+  fLife->Close();
   const auto end = [this] {
     Unregister(fNotificationHandles.RemoveAll());
     fSource.reset();
   };
-  if (!fSource || MainThread::IsCurrent()) {
+  // A call that was queued for the main thread may run there just now, and may only just open the source.
+  if (MainThread::IsCurrent()) {
     end();
   } else {
     MainThread::Synchronize(end);
   }
-  fLife->Close();
 }
 
 bool TKivShellChangeNotifier::Accepts(TNotificationEvent pEvent) {

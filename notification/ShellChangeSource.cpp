@@ -20,6 +20,7 @@
 #include <cstring>
 #include <iterator>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -256,53 +257,73 @@ void ShellChangeSource::Unregister(std::uint32_t pHandle) noexcept {
   End(registration);
 }
 
+// What a handler throws ends nothing but itself. False if what it did was the end of this source.
+bool ShellChangeSource::Tell(const std::function<void()>& pTell) {
+  bool gone = false;
+  bool* const outer = std::exchange(fGone, &gone);
+  try {
+    pTell();
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+  if (gone) {
+    if (outer) *outer = true;
+    return false;
+  }
+  fGone = outer;
+  return true;
+}
+
 void ShellChangeSource::OnProbed(bool pShellReports) {
   if (!pShellReports || gKind != TChangeSourceKind::Automatic) return;
-  std::map<std::uint32_t, TRegistration> all;
+  std::vector<std::uint32_t> handles;
   {
     const std::lock_guard guard(fLock);
-    all = fRegistrations;
+    for (const auto& [handle, registration] : fRegistrations) handles.push_back(handle);
   }
-  for (auto& [handle, registration] : all) {
-    if (registration.directory == 0) continue;
-    const std::uint32_t directory = std::exchange(registration.directory, 0);
-    registration.shell = ShellNotifyRegister(registration.list.Get(), registration.recursive, registration.events);
-    if (registration.shell == 0) continue;
-    fQueue->End(directory);
-    DirectoryWatcher::Unwatch(directory);
-    {
-      const std::lock_guard guard(fLock);
-      const auto found = fRegistrations.find(handle);
-      if (found != fRegistrations.end()) found->second = registration;
-    }
-    // What fell between the two.
-    if (registration.events.Contains(neFolderUpdate)) {
-      fSink.OnChangeArrived(neFolderUpdate, registration.list, NoList());
-    }
+  for (const std::uint32_t handle : handles) {
+    if (!Tell([&] { GoOverToShell(handle); })) return;
+  }
+}
+
+// Any watch may be ended meanwhile, by a handler or on another thread.
+void ShellChangeSource::GoOverToShell(std::uint32_t pHandle) {
+  TRegistration registration;
+  {
+    const std::lock_guard guard(fLock);
+    const auto found = fRegistrations.find(pHandle);
+    if (found == fRegistrations.end() || found->second.directory == 0) return;
+    registration = found->second;
+  }
+  const std::uint32_t directory = std::exchange(registration.directory, 0);
+  registration.shell = ShellNotifyRegister(registration.list.Get(), registration.recursive, registration.events);
+  if (registration.shell == 0) return;
+  bool stands = false;
+  {
+    const std::lock_guard guard(fLock);
+    const auto found = fRegistrations.find(pHandle);
+    stands = found != fRegistrations.end();
+    if (stands) found->second = registration;
+  }
+  if (!stands) return End(registration);
+  fQueue->End(directory);
+  DirectoryWatcher::Unwatch(directory);
+  // What fell between the two.
+  if (registration.events.Contains(neFolderUpdate)) {
+    fSink.OnChangeArrived(neFolderUpdate, registration.list, NoList());
   }
 }
 
 // --- the directory watcher's notices --------------------------------------------------------------------------------
 
 void ShellChangeSource::OnNotices() {
-  bool gone = false;
-  bool* const outer = std::exchange(fGone, &gone);
   const ULONGLONG end = GetTickCount64() + LongestTurn;
   const std::shared_ptr<TNoticeQueue> queue = fQueue;
   TNoticeQueue::TEntry entry;
   bool more = true;
   while (more && GetTickCount64() < end && (more = queue->Pop(entry))) {
-    try {
-      OnNotice(entry);
-    } catch (...) {
-      ReportException(std::current_exception());
-    }
-    if (gone) {
-      if (outer) *outer = true;
-      return;
-    }
+    if (!Tell([&] { OnNotice(entry); })) return;
   }
-  fGone = outer;
   if (!more) return;
   // Posted messages come before input and painting, timers behind them.
   constexpr UINT waiting = QS_INPUT | QS_PAINT;
