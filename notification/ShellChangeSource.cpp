@@ -57,9 +57,10 @@ ComPtr<IItemIdList> NoList() {
 }
 
 // What has gone is nothing that the shell could parse any more. A server that is asked may not answer, so nothing is
-// resolved of it but within a time.
+// resolved of it but within a time, and of what has gone nobody asks for its folder either.
 ComPtr<IItemIdList> ListOf(const std::wstring& path, bool gone, bool on_network) {
-  return on_network && !gone ? TKivItemIdList::Create(path) : TKivItemIdList::CreateOfChange(path, gone);
+  if (!on_network) return TKivItemIdList::CreateOfChange(path, gone);
+  return gone ? TKivItemIdList::CreateSimpleIdList(path) : TKivItemIdList::Create(path);
 }
 
 // The shell's pair of numbers in the place of a list: the first one says which drives. Nil if it says none.
@@ -74,6 +75,14 @@ ComPtr<IItemIdList> DriveOf(PCIDLIST_ABSOLUTE numbers) {
     return TKivItemIdList::Create(root);
   }
   return nullptr;
+}
+
+// Whether a notice of a folder's watch concerns the only file in it that is watched.
+bool Concerns(const TDirectoryNotice& notice, const std::wstring& file) {
+  if (notice.event == TDirectoryEvent::FolderUpdate) {
+    return SamePath(notice.path1, TPathUtils::UnifyPath(ExtractFileDir(file)));
+  }
+  return SamePath(notice.path1, file) || SamePath(notice.path2, file);
 }
 
 /// The platform's memory of one event, let go at the end of the scope.
@@ -135,7 +144,8 @@ ShellChangeSource::ShellChangeSource(IChangeSink& pSink) : fSink(pSink) {
   }
   if (!fWindow) throw EOSError(GetLastError(), L"The window for change notifications can't be made.");
   SetWindowLongPtrW(fWindow, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-  fQueue = std::make_shared<TNoticeQueue>([window = fWindow] { PostMessageW(window, NoticesMessage, 0, 0); });
+  fQueue = std::make_shared<TNoticeQueue>(
+      [window = fWindow] { return PostMessageW(window, NoticesMessage, 0, 0) != FALSE; });
   ReportingProbe::Add(*this);
 }
 
@@ -321,16 +331,17 @@ void ShellChangeSource::OnNotices() {
   const std::shared_ptr<TNoticeQueue> queue = fQueue;
   TNoticeQueue::TEntry entry;
   bool more = true;
+  bool timer = false;
   while (more && GetTickCount64() < end && (more = queue->Pop(entry))) {
+    // A handler may be modal: the timer goes on with the rest inside of it.
+    if (!timer) timer = SetTimer(fWindow, NoticesTimer, USER_TIMER_MINIMUM, nullptr) != 0;
     if (!Tell([&] { OnNotice(entry); })) return;
   }
-  if (!more) return;
   // Posted messages come before input and painting, timers behind them.
   constexpr UINT waiting = QS_INPUT | QS_PAINT;
   const bool others = (HIWORD(GetQueueStatus(waiting)) & waiting) != 0;
-  if (!others || SetTimer(fWindow, NoticesTimer, USER_TIMER_MINIMUM, nullptr) == 0) {
-    PostMessageW(fWindow, NoticesMessage, 0, 0);
-  }
+  if (more && others && timer) return;
+  if (!more || PostMessageW(fWindow, NoticesMessage, 0, 0)) KillTimer(fWindow, NoticesTimer);
 }
 
 void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
@@ -344,8 +355,7 @@ void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
     if (found == fRegistrations.end() || !found->second.events.Contains(event)) return;
     on_network = found->second.network;
     const std::wstring& file = found->second.file;
-    if (!file.empty() && event != neFolderUpdate && !SamePath(notice.path1, file) && !SamePath(notice.path2, file))
-      return;
+    if (!file.empty() && !Concerns(notice, file)) return;
   }
   if (!fSink.Accepts(event)) return;
   constexpr TNotificationEvents gone = {neFileDelete, neFileRename, neFolderDelete, neFolderRename};

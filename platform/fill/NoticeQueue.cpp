@@ -4,7 +4,7 @@
 
 namespace kiv {
 
-TNoticeQueue::TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity)
+TNoticeQueue::TNoticeQueue(std::function<bool()> pWake, std::size_t pCapacity)
     : fWake(std::move(pWake)), fCapacity(pCapacity) {}
 
 void TNoticeQueue::Begin(std::uint32_t pWatch, std::wstring pPath) {
@@ -32,7 +32,7 @@ void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
     pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
   }
   fEntries.push_back({pWatch, std::move(pNotice)});
-  if (!std::exchange(fAwake, true) && fWake) fWake();
+  if (!fAwake && fWake) fAwake = fWake();
 }
 
 bool TNoticeQueue::Pop(TEntry& pEntry) {

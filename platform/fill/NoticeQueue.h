@@ -28,7 +28,9 @@ public:
     TDirectoryNotice notice;
   };
 
-  explicit TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity = DefaultCapacity);
+  /// `pWake` is called on the thread that pushes, and mustn't call the queue. False if the taker can't be woken now:
+  /// the next notice tries it again.
+  explicit TNoticeQueue(std::function<bool()> pWake, std::size_t pCapacity = DefaultCapacity);
 
   /// A watch's path is what its FolderUpdate would be of.
   void Begin(std::uint32_t pWatch, std::wstring pPath);
@@ -49,7 +51,7 @@ private:
   bool IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const;
 
   std::mutex fLock;
-  std::function<void()> fWake;
+  std::function<bool()> fWake;
   const std::size_t fCapacity;
   std::deque<TEntry> fEntries;
   std::map<std::uint32_t, TWatch> fWatches;

@@ -356,7 +356,7 @@ TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   files.MakeFolder(Root + L"\\sub");
   TReportingFolders folders(files, [] {});
   std::vector<TDirectoryNotice> told;
-  TNoticeQueue queue([] {});
+  TNoticeQueue queue([] { return true; });
   queue.Begin(1, Root);
   TWatchedTree tree(Root, {}, folders, [&queue](TDirectoryNotice notice) { queue.Push(1, std::move(notice)); });
   const auto take = [&] {

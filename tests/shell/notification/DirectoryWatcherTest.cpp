@@ -56,7 +56,8 @@ protected:
 
   test::ScopedTempFolder fFolder;
   std::shared_ptr<TSignal> fWoken = std::make_shared<TSignal>();
-  std::shared_ptr<TNoticeQueue> fQueue = std::make_shared<TNoticeQueue>([woken = fWoken] { woken->Set(); });
+  std::shared_ptr<TNoticeQueue> fQueue =
+      std::make_shared<TNoticeQueue>([woken = fWoken] { return woken->Set(), true; });
 };
 
 TEST_F(DirectoryWatches, TellFilesFromFolders) {
@@ -115,7 +116,7 @@ TEST_F(DirectoryWatches, NoticeThatTheirFolderGoesAndComesBack) {
 
 TEST_F(DirectoryWatches, DontWaitForThoseOnTheNetworkAndOpenLateWhatIsntThere) {
   test::TGate gate;
-  const auto held = std::make_shared<TNoticeQueue>([&gate] { gate.Pass(); });
+  const auto held = std::make_shared<TNoticeQueue>([&gate] { return gate.Pass(), true; });
   ASSERT_NE(DirectoryWatcher::Watch(fFolder.MakeFolder(L"slow"), false, held, nullptr, 10'000, true), 0U);
   fFolder.MakeFile(L"slow\\x");
   gate.AwaitArrivals();
