@@ -90,7 +90,8 @@ bool TKivShellChangeNotifier::Accepts(TNotificationEvent pEvent) {
 
 void TKivShellChangeNotifier::OnChangeArrived(TNotificationEvent pEvent, ComPtr<IItemIdList> pFirst,
                                               ComPtr<IItemIdList> pSecond) {
-  if (!Accepts(pEvent)) return;
+  // While the destructor waits, the source is still there.
+  if (!Accepts(pEvent) || fLife->IsClosed()) return;
   // The shell tells of all drives; only those count that are watched themselves.
   if (pEvent == neDriveSpaceChange && pFirst) {
     const std::lock_guard guard(fListLock);
