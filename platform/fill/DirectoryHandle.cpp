@@ -205,9 +205,10 @@ TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
   handle->armed = false;
   pReport.tag = handle->tag;
   const auto* const first = reinterpret_cast<const std::byte*>(handle->buffer.get());
+  const auto* const last = first + std::min(bytes, handle->size);
   const bool lost = error == ERROR_NOTIFY_ENUM_DIR || (error == ERROR_SUCCESS && bytes == 0);
   std::vector<std::byte> filled;
-  const bool copied = HasRoom([&] { return filled.assign(first, first + std::min(bytes, handle->size)), true; });
+  const bool copied = HasRoom([&] { return filled.assign(first, last), true; });
   if ((error != ERROR_SUCCESS && !lost) || !Arm(*handle)) {
     pReport.kind = TReport::TKind::Failed;
     return TEvent::Report;
