@@ -70,16 +70,18 @@ TKivShellChangeNotifier::~TKivShellChangeNotifier() {
   BeginDestruction();
   fDuplicates.Close();
   fCancellationToken.Cancel();
+  // Before the source goes: a handler that still runs on a worker may end watches.
+  fLife->Close();
   const auto end = [this] {
     Unregister(fNotificationHandles.RemoveAll());
     fSource.reset();
   };
-  if (!fSource || MainThread::IsCurrent()) {
+  // A call that was queued for the main thread may run there just now, and may only just open the source.
+  if (MainThread::IsCurrent()) {
     end();
   } else {
     MainThread::Synchronize(end);
   }
-  fLife->Close();
 }
 
 bool TKivShellChangeNotifier::Accepts(TNotificationEvent pEvent) {
@@ -88,7 +90,8 @@ bool TKivShellChangeNotifier::Accepts(TNotificationEvent pEvent) {
 
 void TKivShellChangeNotifier::OnChangeArrived(TNotificationEvent pEvent, ComPtr<IItemIdList> pFirst,
                                               ComPtr<IItemIdList> pSecond) {
-  if (!Accepts(pEvent)) return;
+  // While the destructor waits, the source is still there.
+  if (!Accepts(pEvent) || fLife->IsClosed()) return;
   // The shell tells of all drives; only those count that are watched themselves.
   if (pEvent == neDriveSpaceChange && pFirst) {
     const std::lock_guard guard(fListLock);

@@ -20,7 +20,8 @@ public:
 
   bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
     const auto* const list = dynamic_cast<const TKivItemIdList*>(pItemIdList);
-    const bool is_fresh = list && (list->IsOfChange() || list->IsSimple()) && !pItemIdList->IsResolved();
+    // What was made of a path's text alone has nothing to be reloaded.
+    const bool is_fresh = list && (list->IsSimple() || (list->IsOfChange() && !pItemIdList->IsResolved()));
     if (is_fresh) return true;
     bool finished = false;
     TItemIdListHelper::TryReload(pItemIdList, pLimit, finished, std::move(pIndicator));

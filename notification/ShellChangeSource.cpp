@@ -20,6 +20,7 @@
 #include <cstring>
 #include <iterator>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -56,9 +57,10 @@ ComPtr<IItemIdList> NoList() {
 }
 
 // What has gone is nothing that the shell could parse any more. A server that is asked may not answer, so nothing is
-// resolved of it but within a time.
+// resolved of it but within a time, and of what has gone nobody asks for its folder either.
 ComPtr<IItemIdList> ListOf(const std::wstring& path, bool gone, bool on_network) {
-  return on_network && !gone ? TKivItemIdList::Create(path) : TKivItemIdList::CreateOfChange(path, gone);
+  if (!on_network) return TKivItemIdList::CreateOfChange(path, gone);
+  return gone ? TKivItemIdList::CreateSimpleIdList(path) : TKivItemIdList::Create(path);
 }
 
 // The shell's pair of numbers in the place of a list: the first one says which drives. Nil if it says none.
@@ -73,6 +75,14 @@ ComPtr<IItemIdList> DriveOf(PCIDLIST_ABSOLUTE numbers) {
     return TKivItemIdList::Create(root);
   }
   return nullptr;
+}
+
+// Whether a notice of a folder's watch concerns the only file in it that is watched.
+bool Concerns(const TDirectoryNotice& notice, const std::wstring& file) {
+  if (notice.event == TDirectoryEvent::FolderUpdate) {
+    return SamePath(notice.path1, TPathUtils::UnifyPath(ExtractFileDir(file)));
+  }
+  return SamePath(notice.path1, file) || SamePath(notice.path2, file);
 }
 
 /// The platform's memory of one event, let go at the end of the scope.
@@ -134,7 +144,8 @@ ShellChangeSource::ShellChangeSource(IChangeSink& pSink) : fSink(pSink) {
   }
   if (!fWindow) throw EOSError(GetLastError(), L"The window for change notifications can't be made.");
   SetWindowLongPtrW(fWindow, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-  fQueue = std::make_shared<TNoticeQueue>([window = fWindow] { PostMessageW(window, NoticesMessage, 0, 0); });
+  fQueue = std::make_shared<TNoticeQueue>(
+      [window = fWindow] { return PostMessageW(window, NoticesMessage, 0, 0) != FALSE; });
   ReportingProbe::Add(*this);
 }
 
@@ -214,7 +225,8 @@ bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
     recursive = false;
   }
   pRegistration.directory =
-      DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, fWindow, LongestBegin);
+      DirectoryWatcher::Watch(TPathUtils::UnifyPath(path), recursive, fQueue, pRegistration.network ? nullptr : fWindow,
+                              LongestBegin, pRegistration.network);
   return pRegistration.directory != 0;
 }
 
@@ -255,60 +267,81 @@ void ShellChangeSource::Unregister(std::uint32_t pHandle) noexcept {
   End(registration);
 }
 
+// What a handler throws ends nothing but itself. False if what it did was the end of this source.
+bool ShellChangeSource::Tell(const std::function<void()>& pTell) {
+  bool gone = false;
+  bool* const outer = std::exchange(fGone, &gone);
+  try {
+    pTell();
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+  if (gone) {
+    if (outer) *outer = true;
+    return false;
+  }
+  fGone = outer;
+  return true;
+}
+
 void ShellChangeSource::OnProbed(bool pShellReports) {
   if (!pShellReports || gKind != TChangeSourceKind::Automatic) return;
-  std::map<std::uint32_t, TRegistration> all;
+  std::vector<std::uint32_t> handles;
   {
     const std::lock_guard guard(fLock);
-    all = fRegistrations;
+    for (const auto& [handle, registration] : fRegistrations) handles.push_back(handle);
   }
-  for (auto& [handle, registration] : all) {
-    if (registration.directory == 0) continue;
-    const std::uint32_t directory = std::exchange(registration.directory, 0);
-    registration.shell = ShellNotifyRegister(registration.list.Get(), registration.recursive, registration.events);
-    if (registration.shell == 0) continue;
-    fQueue->End(directory);
-    DirectoryWatcher::Unwatch(directory);
-    {
-      const std::lock_guard guard(fLock);
-      const auto found = fRegistrations.find(handle);
-      if (found != fRegistrations.end()) found->second = registration;
-    }
-    // What fell between the two.
-    if (registration.events.Contains(neFolderUpdate)) {
-      fSink.OnChangeArrived(neFolderUpdate, registration.list, NoList());
-    }
+  for (const std::uint32_t handle : handles) {
+    if (!Tell([&] { GoOverToShell(handle); })) return;
+  }
+}
+
+// Any watch may be ended meanwhile, by a handler or on another thread.
+void ShellChangeSource::GoOverToShell(std::uint32_t pHandle) {
+  TRegistration registration;
+  {
+    const std::lock_guard guard(fLock);
+    const auto found = fRegistrations.find(pHandle);
+    if (found == fRegistrations.end() || found->second.directory == 0) return;
+    registration = found->second;
+  }
+  const std::uint32_t directory = std::exchange(registration.directory, 0);
+  registration.shell = ShellNotifyRegister(registration.list.Get(), registration.recursive, registration.events);
+  if (registration.shell == 0) return;
+  bool stands = false;
+  {
+    const std::lock_guard guard(fLock);
+    const auto found = fRegistrations.find(pHandle);
+    stands = found != fRegistrations.end();
+    if (stands) found->second = registration;
+  }
+  if (!stands) return End(registration);
+  fQueue->End(directory);
+  DirectoryWatcher::Unwatch(directory);
+  // What fell between the two.
+  if (registration.events.Contains(neFolderUpdate)) {
+    fSink.OnChangeArrived(neFolderUpdate, registration.list, NoList());
   }
 }
 
 // --- the directory watcher's notices --------------------------------------------------------------------------------
 
 void ShellChangeSource::OnNotices() {
-  bool gone = false;
-  bool* const outer = std::exchange(fGone, &gone);
   const ULONGLONG end = GetTickCount64() + LongestTurn;
   const std::shared_ptr<TNoticeQueue> queue = fQueue;
   TNoticeQueue::TEntry entry;
   bool more = true;
+  bool timer = false;
   while (more && GetTickCount64() < end && (more = queue->Pop(entry))) {
-    try {
-      OnNotice(entry);
-    } catch (...) {
-      ReportException(std::current_exception());
-    }
-    if (gone) {
-      if (outer) *outer = true;
-      return;
-    }
+    // A handler may be modal: the timer goes on with the rest inside of it.
+    if (!timer) timer = SetTimer(fWindow, NoticesTimer, USER_TIMER_MINIMUM, nullptr) != 0;
+    if (!Tell([&] { OnNotice(entry); })) return;
   }
-  fGone = outer;
-  if (!more) return;
   // Posted messages come before input and painting, timers behind them.
   constexpr UINT waiting = QS_INPUT | QS_PAINT;
   const bool others = (HIWORD(GetQueueStatus(waiting)) & waiting) != 0;
-  if (!others || SetTimer(fWindow, NoticesTimer, USER_TIMER_MINIMUM, nullptr) == 0) {
-    PostMessageW(fWindow, NoticesMessage, 0, 0);
-  }
+  if (more && others && timer) return;
+  if (!more || PostMessageW(fWindow, NoticesMessage, 0, 0)) KillTimer(fWindow, NoticesTimer);
 }
 
 void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
@@ -322,8 +355,7 @@ void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
     if (found == fRegistrations.end() || !found->second.events.Contains(event)) return;
     on_network = found->second.network;
     const std::wstring& file = found->second.file;
-    if (!file.empty() && event != neFolderUpdate && !SamePath(notice.path1, file) && !SamePath(notice.path2, file))
-      return;
+    if (!file.empty() && !Concerns(notice, file)) return;
   }
   if (!fSink.Accepts(event)) return;
   constexpr TNotificationEvents gone = {neFileDelete, neFileRename, neFolderDelete, neFolderRename};

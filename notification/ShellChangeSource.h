@@ -5,6 +5,7 @@
 #include <platform/fill/NoticeQueue.h>
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -43,6 +44,8 @@ private:
 
   static LRESULT CALLBACK WindowProcedure(HWND pWindow, UINT pMessage, WPARAM wParam, LPARAM lParam);
   LRESULT OnShellMessage(WPARAM wParam, LPARAM lParam);
+  bool Tell(const std::function<void()>& pTell);
+  void GoOverToShell(std::uint32_t pHandle);
   void OnNotices();
   void OnNotice(const TNoticeQueue::TEntry& pEntry);
   ULONG ShellNotifyRegister(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEvents);

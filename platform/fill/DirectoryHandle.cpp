@@ -7,7 +7,9 @@
 #include <dbt.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
+#include <new>
 #include <span>
 #include <utility>
 
@@ -54,6 +56,16 @@ bool Arm(TDirectoryHandle& handle) noexcept {
   handle.armed = ReadDirectoryChangesW(handle.file.Get(), handle.buffer.get(), handle.size, handle.subtree, Changes,
                                        nullptr, &handle.overlapped, nullptr) != FALSE;
   return handle.armed;
+}
+
+// What there is no memory for is lost, and told as that: the handle must be armed again all the same.
+template <typename F>
+bool HasRoom(F&& act) {
+  try {
+    return act();
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 } // namespace
@@ -149,7 +161,9 @@ TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree,
   handle->buffer = std::make_unique_for_overwrite<DWORD[]>(handle->size / sizeof(DWORD));
   if (!handle->file || !CreateIoCompletionPort(handle->file.Get(), fPort.Get(), 0, 0) || !Arm(*handle)) return nullptr;
   handle->number = FileNumberOf(handle->file.Get());
-  return handle.release();
+  if (handle->number != 0) return handle.release();
+  Close(handle.release());
+  return nullptr;
 }
 
 void TDirectoryPort::Close(TDirectoryHandle* pHandle) noexcept {
@@ -191,13 +205,16 @@ TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
   handle->armed = false;
   pReport.tag = handle->tag;
   const auto* const first = reinterpret_cast<const std::byte*>(handle->buffer.get());
-  const std::vector<std::byte> filled(first, first + std::min(bytes, handle->size));
+  const auto* const last = first + std::min(bytes, handle->size);
   const bool lost = error == ERROR_NOTIFY_ENUM_DIR || (error == ERROR_SUCCESS && bytes == 0);
+  std::vector<std::byte> filled;
+  const bool copied = HasRoom([&] { return filled.assign(first, last), true; });
   if ((error != ERROR_SUCCESS && !lost) || !Arm(*handle)) {
     pReport.kind = TReport::TKind::Failed;
     return TEvent::Report;
   }
-  const bool whole = !lost && ParseDirectoryRecords(filled, pReport.records);
+  const bool whole = !lost && copied && HasRoom([&] { return ParseDirectoryRecords(filled, pReport.records); });
+  if (!whole) pReport.records.clear();
   pReport.kind = whole ? TReport::TKind::Records : TReport::TKind::Overflow;
   return TEvent::Report;
 }
@@ -259,7 +276,7 @@ bool IsReportedFromBelow(const std::wstring& folder) {
 } // namespace
 
 bool ProbeSubtrees() {
-  static std::uint32_t count = 0;
+  static std::atomic<std::uint32_t> count{0};
   const std::wstring folder =
       KivGetTempPath() + L"kiv" + std::to_wstring(GetCurrentProcessId()) + L"-" + std::to_wstring(++count);
   const std::wstring below = folder + L"\\below";

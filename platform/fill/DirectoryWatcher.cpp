@@ -1,8 +1,9 @@
 // How the directory watcher works.
 //
-// Threads: callers put commands into a list and wake the one thread; it alone touches watches, trees and handles.
-// It waits at a completion port for whatever comes first: a command, a buffer that a directory handle filled, or the
-// time to look after watched folders that have gone.
+// Threads: callers put commands into a list and wake the thread that serves the watch, one for local folders and one
+// for those on the network; it alone touches its watches, trees and handles. It waits at a completion port for whatever
+// comes first: a command, a buffer that a directory handle filled, or the time to look after watched folders that have
+// gone.
 //
 // A handle's buffer is copied and the handle armed again before anything else is done with it; all buffers that are
 // filled are taken before the next few records are looked at. A closed handle's memory
@@ -32,7 +33,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr DWORD IdleAfter = 50;               // ms without a report
+constexpr std::uint64_t IdleAfter = 50;       // ms without a report of a watch
 constexpr std::uint64_t LookAfter = 2000;     // ms between looks at the watched folders
 constexpr std::size_t LooksAtOnce = 256;      // folders
 constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
@@ -40,12 +41,27 @@ constexpr std::size_t MostReports = 1024;     // kept
 constexpr std::size_t RecordsAtOnce = 64;
 constexpr auto LongestRelease = 1000ms;
 
-struct TWatch;
+/// What a caller waits for, a limited time: either it hears the answer, or the thread hears that it has gone on.
+class TBegin {
+public:
+  enum class TState { Waiting, GivenUp, Opened, Failed };
 
-struct TBegin {
-  TSignal done;
-  std::atomic<bool> given_up{false};
-  bool opened = false;
+  /// False if nobody waits any more.
+  bool Answer(TState pState) noexcept {
+    TState waiting = TState::Waiting;
+    const bool heard = fState.compare_exchange_strong(waiting, pState);
+    fDone.Set();
+    return heard;
+  }
+  TState Await(std::chrono::milliseconds pLongest) noexcept {
+    if (fDone.WaitFor(pLongest)) return fState;
+    TState state = TState::Waiting;
+    return fState.compare_exchange_strong(state, TState::GivenUp) ? TState::GivenUp : state;
+  }
+
+private:
+  TSignal fDone;
+  std::atomic<TState> fState{TState::Waiting};
 };
 
 /// One watch; the thread's own, but for the number.
@@ -97,15 +113,16 @@ struct TWatch final : IWatchedFolders {
   const HWND deviceWindow;
   std::map<std::uint64_t, TDirectoryHandle*> handles;
   std::uint64_t releasedUntil = 0;
-  bool complete = false;
-  bool tellComplete = false; // the listeners may have listed the folder before everything was open
+  std::uint64_t quietSince = 0; // the last report, or what else an idle time must come behind
+  bool complete = false;        // nothing is left to be opened
+  bool tellComplete = false;    // the listeners may have listed the folder before everything was open
   std::shared_ptr<TBegin> begin;
   TWatchedTree tree; // last: its end closes handles
 };
 
 class TWatcherThread {
 public:
-  TWatcherThread() : fThread([this] { Run(); }) {}
+  explicit TWatcherThread(bool pOnNetwork) : fOnNetwork(pOnNetwork), fThread([this] { Run(); }) {}
   ~TWatcherThread() {
     Command([this] { fStopped = true; });
     fThread.join();
@@ -131,9 +148,13 @@ public:
     const TWatchedTree::TOptions options{pRequest.recursive, pRequest.recursive && SubtreesAreReported()};
     auto watch = std::make_unique<TWatch>(pRequest.number, fPort, fReports, pRequest.path, options, pRequest.queue,
                                           pRequest.deviceWindow);
-    pBegin->opened = watch->tree.Open();
-    if (!pBegin->opened) return pBegin->done.Set();
     watch->begin = pBegin;
+    if (!watch->tree.Open()) {
+      if (pBegin->Answer(TBegin::TState::Failed)) return;
+      // Its caller believes in it: it is looked for like one that has gone.
+      watch->begin.reset();
+      watch->complete = true;
+    }
     fWatches.emplace(pRequest.number, std::move(watch));
   }
 
@@ -184,13 +205,18 @@ private:
     }
   }
 
+  // One by one: those behind one that has no memory must not be lost.
   void RunCommands() {
-    std::vector<std::function<void()>> commands;
-    {
-      const std::lock_guard guard(fLock);
-      commands.swap(fCommands);
+    for (;;) {
+      std::function<void()> command;
+      {
+        const std::lock_guard guard(fLock);
+        if (fCommands.empty()) return;
+        command = std::move(fCommands.front());
+        fCommands.pop_front();
+      }
+      command();
     }
-    for (const auto& command : commands) command();
   }
 
   void Turn() {
@@ -198,20 +224,27 @@ private:
     const bool busy = scanning || !fReports.empty();
     TDirectoryPort::TReport report;
     TDirectoryPort::TEvent event = fPort.Await(busy ? 0 : WaitTime(), report);
-    const bool idle = event == TDirectoryPort::TEvent::TimeOut && !busy;
     // All that is ready, before any of it is looked at: a buffer that nobody takes overflows soon.
-    while (event == TDirectoryPort::TEvent::Report) {
-      fReports.push_back(std::move(report));
+    while (event != TDirectoryPort::TEvent::TimeOut && fReports.size() < MostReports) {
+      if (event == TDirectoryPort::TEvent::Report) fReports.push_back(std::move(report));
       report = {};
-      event = fReports.size() < MostReports ? fPort.Await(0, report) : TDirectoryPort::TEvent::Nothing;
+      event = fPort.Await(0, report);
     }
+    if (event == TDirectoryPort::TEvent::Report) fReports.push_back(std::move(report));
     if (!fReports.empty()) TakeReport();
-    if (idle) {
-      for (auto& [number, watch] : fWatches) {
-        if (watch->tree.WantsIdle()) watch->tree.OnIdle();
-      }
-    }
+    if (event == TDirectoryPort::TEvent::TimeOut) TellIdle();
     LookAround();
+  }
+
+  // Each for itself: where something is reported all the time, the others have their silence all the same.
+  void TellIdle() {
+    for (auto& [number, watch] : fWatches) {
+      if (!watch->complete || !watch->tree.WantsIdle() || GetTickCount64() < watch->quietSince + IdleAfter) continue;
+      const auto is_of = [owner = watch.get()](const auto& report) { return report.tag.owner == owner; };
+      if (std::any_of(fReports.begin(), fReports.end(), is_of)) continue;
+      watch->tree.OnIdle();
+      watch->quietSince = GetTickCount64();
+    }
   }
 
   // Some of the oldest one.
@@ -228,11 +261,12 @@ private:
 
   DWORD WaitTime() const {
     if (fWatches.empty()) return INFINITE;
-    const bool idle =
-        std::any_of(fWatches.begin(), fWatches.end(), [](const auto& watch) { return watch.second->tree.WantsIdle(); });
-    if (idle) return IdleAfter;
+    std::uint64_t next = fNextLook;
+    for (const auto& [number, watch] : fWatches) {
+      if (watch->complete && watch->tree.WantsIdle()) next = std::min(next, watch->quietSince + IdleAfter);
+    }
     const std::uint64_t now = GetTickCount64();
-    return now >= fNextLook ? 0 : static_cast<DWORD>(fNextLook - now);
+    return now >= next ? 0 : static_cast<DWORD>(next - now);
   }
 
   bool ScanSome() {
@@ -247,8 +281,8 @@ private:
 
   static void OnComplete(TWatch& pWatch) {
     pWatch.complete = true;
-    const bool late = pWatch.begin && pWatch.begin->given_up;
-    if (pWatch.begin) pWatch.begin->done.Set();
+    pWatch.quietSince = GetTickCount64();
+    const bool late = pWatch.begin && !pWatch.begin->Answer(TBegin::TState::Opened);
     pWatch.begin.reset();
     if (std::exchange(pWatch.tellComplete, false) || late) pWatch.tree.TellUpdate();
   }
@@ -256,6 +290,7 @@ private:
   void OnReport(TDirectoryPort::TReport& pReport) {
     auto& watch = *static_cast<TWatch*>(pReport.tag.owner);
     TWatchedTree& tree = watch.tree;
+    watch.quietSince = GetTickCount64();
     switch (pReport.kind) {
     case TDirectoryPort::TReport::TKind::Records:
       return tree.OnRecords(pReport.tag.folder, std::move(pReport.records));
@@ -271,7 +306,7 @@ private:
     if (!pWatch.tree.IsOpen()) return;
     pWatch.tree.Close();
     pWatch.complete = true;
-    if (pWatch.begin) pWatch.begin->done.Set();
+    if (pWatch.begin) pWatch.begin->Answer(TBegin::TState::Opened);
     pWatch.begin.reset();
     pWatch.tree.TellUpdate();
   }
@@ -290,13 +325,15 @@ private:
     }
   }
 
-  static void LookAfterWatch(TWatch& pWatch, std::uint64_t pNow) {
+  void LookAfterWatch(TWatch& pWatch, std::uint64_t pNow) {
     TWatchedTree& tree = pWatch.tree;
     if (tree.IsOpen()) {
-      // A server that doesn't answer would hold up all other watches, and its end is reported.
-      if (tree.Path().starts_with(LR"(\\)")) return;
+      // A server that doesn't answer would hold up the other watches, and its end is reported.
+      if (fOnNetwork) return;
       if (FileNumberAt(tree.Path()) != pWatch.Root()->number) return Lose(pWatch);
-      if (pWatch.complete && pWatch.reports.empty()) tree.LetGoOfEmpty();
+      if (!pWatch.complete || !pWatch.reports.empty()) return;
+      tree.LetGoOfEmpty();
+      pWatch.quietSince = GetTickCount64(); // what it has seen to be empty must be so for a whole silence
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
@@ -308,8 +345,9 @@ private:
     return *fSubtrees;
   }
 
+  const bool fOnNetwork;
   std::mutex fLock;
-  std::vector<std::function<void()>> fCommands; // under fLock
+  std::deque<std::function<void()>> fCommands; // under fLock
   TDirectoryPort fPort;
   TWatch::TReports fReports; // read, and not looked at
   std::map<std::uint32_t, std::unique_ptr<TWatch>> fWatches;
@@ -322,7 +360,7 @@ private:
 
 struct THolder {
   std::mutex lock;
-  std::unique_ptr<TWatcherThread> thread; // under lock
+  std::unique_ptr<TWatcherThread> threads[2]; // under lock; of local folders, of those on the network
 };
 
 // Never destroyed: Shutdown empties it.
@@ -331,10 +369,10 @@ THolder& Holder() {
   return *holder;
 }
 
-void EndThread() {
-  std::unique_ptr<TWatcherThread> thread;
+void EndThreads() {
+  std::unique_ptr<TWatcherThread> threads[2];
   const std::lock_guard guard(Holder().lock);
-  thread = std::move(Holder().thread);
+  std::swap(threads, Holder().threads);
 }
 
 std::atomic<std::uint32_t> gLastNumber{0};
@@ -342,37 +380,35 @@ std::atomic<std::uint32_t> gLastNumber{0};
 } // namespace
 
 std::uint32_t DirectoryWatcher::Watch(const std::wstring& pPath, bool pRecursive, std::shared_ptr<TNoticeQueue> pQueue,
-                                      HWND pDeviceWindow, std::uint32_t pLongest) {
+                                      HWND pDeviceWindow, std::uint32_t pLongest, bool pOnNetwork) {
   const std::uint32_t number = ++gLastNumber;
   const auto begin = std::make_shared<TBegin>();
   {
     const std::lock_guard guard(Holder().lock);
-    if (!Holder().thread) {
-      Holder().thread = std::make_unique<TWatcherThread>();
-      AtShutdown(&EndThread);
+    std::unique_ptr<TWatcherThread>& standing = Holder().threads[pOnNetwork ? 1 : 0];
+    if (!standing) {
+      standing = std::make_unique<TWatcherThread>(pOnNetwork);
+      AtShutdown(&EndThreads);
     }
     pQueue->Begin(number, pPath);
-    TWatcherThread& thread = *Holder().thread;
+    TWatcherThread& thread = *standing;
     const TWatcherThread::TRequest request{number, pPath, pRecursive, pQueue, pDeviceWindow};
     thread.Command([&thread, request, begin] { thread.Begin(request, begin); });
   }
-  if (!begin->done.WaitFor(std::chrono::milliseconds(pLongest))) {
-    begin->given_up = true;
-    return number;
-  }
-  if (begin->opened) return number;
+  if (begin->Await(std::chrono::milliseconds(pLongest)) != TBegin::TState::Failed) return number;
   pQueue->End(number);
   return 0;
 }
 
 void DirectoryWatcher::Unwatch(std::uint32_t pWatch) noexcept {
   const std::lock_guard guard(Holder().lock);
-  if (!Holder().thread) return;
-  TWatcherThread& thread = *Holder().thread;
-  try {
-    thread.Command([&thread, pWatch] { thread.End(pWatch); });
-  } catch (...) {
-    // Without memory the watch goes on, and nobody hears it.
+  for (const auto& thread : Holder().threads) {
+    if (!thread) continue;
+    try {
+      thread->Command([&thread = *thread, pWatch] { thread.End(pWatch); });
+    } catch (...) {
+      // Without memory the watch goes on, and nobody hears it.
+    }
   }
 }
 
@@ -381,8 +417,9 @@ void DirectoryWatcher::ReleaseVolume(HANDLE pHandle) noexcept {
     const auto done = std::make_shared<TSignal>();
     {
       const std::lock_guard guard(Holder().lock);
-      if (!Holder().thread) return;
-      TWatcherThread& thread = *Holder().thread;
+      const auto& local = Holder().threads[0];
+      if (!local) return;
+      TWatcherThread& thread = *local;
       thread.Command([&thread, pHandle, done] {
         thread.Release(pHandle);
         done->Set();

@@ -4,7 +4,7 @@
 
 namespace kiv {
 
-TNoticeQueue::TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity)
+TNoticeQueue::TNoticeQueue(std::function<bool()> pWake, std::size_t pCapacity)
     : fWake(std::move(pWake)), fCapacity(pCapacity) {}
 
 void TNoticeQueue::Begin(std::uint32_t pWatch, std::wstring pPath) {
@@ -17,16 +17,22 @@ void TNoticeQueue::End(std::uint32_t pWatch) {
   if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
 }
 
+// Whoever takes that one looks at the file later than this.
+bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const {
+  return pNotice.event == TDirectoryEvent::FileChange && !fEntries.empty() && fEntries.back().watch == pWatch &&
+         fEntries.back().notice == pNotice;
+}
+
 void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
   const std::lock_guard guard(fLock);
   const auto watch = fWatches.find(pWatch);
-  if (watch == fWatches.end() || watch->second.overflowed) return;
+  if (watch == fWatches.end() || watch->second.overflowed || IsTold(pWatch, pNotice)) return;
   if (fEntries.size() >= fCapacity) {
     watch->second.overflowed = true;
     pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
   }
   fEntries.push_back({pWatch, std::move(pNotice)});
-  if (!std::exchange(fAwake, true) && fWake) fWake();
+  if (!fAwake && fWake) fAwake = fWake();
 }
 
 bool TNoticeQueue::Pop(TEntry& pEntry) {

@@ -17,7 +17,8 @@ namespace kiv {
 ///
 /// It wakes the taker when the first notice comes into an empty queue, and not again until the taker has asked for
 /// more than there is. A queue that the taker doesn't get to keeps a limited number: a watch that is told more loses
-/// the rest, and gets one FolderUpdate of its folder behind what it kept. Any thread.
+/// the rest, and gets one FolderUpdate of its folder behind what it kept. A write to the file whose write is the newest
+/// notice is in that one; once that has been taken it is told anew. Any thread.
 class KIV_EXPORT TNoticeQueue {
 public:
   static constexpr std::size_t DefaultCapacity = 100'000;
@@ -27,7 +28,9 @@ public:
     TDirectoryNotice notice;
   };
 
-  explicit TNoticeQueue(std::function<void()> pWake, std::size_t pCapacity = DefaultCapacity);
+  /// `pWake` is called on the thread that pushes, and mustn't call the queue. False if the taker can't be woken now:
+  /// the next notice tries it again.
+  explicit TNoticeQueue(std::function<bool()> pWake, std::size_t pCapacity = DefaultCapacity);
 
   /// A watch's path is what its FolderUpdate would be of.
   void Begin(std::uint32_t pWatch, std::wstring pPath);
@@ -45,8 +48,10 @@ private:
     bool overflowed = false;
   };
 
+  bool IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const;
+
   std::mutex fLock;
-  std::function<void()> fWake;
+  std::function<bool()> fWake;
   const std::size_t fCapacity;
   std::deque<TEntry> fEntries;
   std::map<std::uint32_t, TWatch> fWatches;

@@ -48,9 +48,6 @@ TWatchedTree::~TWatchedTree() {
 }
 
 void TWatchedTree::Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstring pPath2) {
-  const bool write = pEvent == TDirectoryEvent::FileChange;
-  if (write && fLastWritten == pPath1) return;
-  fLastWritten = write ? pPath1 : std::wstring();
   if (pEvent == TDirectoryEvent::FolderDelete || pEvent == TDirectoryEvent::FolderRename) Doubt();
   fEmit({pEvent, std::move(pPath1), std::move(pPath2)});
 }
@@ -113,7 +110,8 @@ TWatchedTree::TNode& TWatchedTree::AddFolder(TNode& pParent, const std::wstring&
   node.name = pName;
   node.id = ++fLastId;
   pParent.folders[pName] = std::move(made);
-  const bool room = fById.size() < MostFolders;
+  // One handle for all costs nothing more for each.
+  const bool room = fOptions.subtree || fById.size() < MostFolders;
   node.entered = fOptions.recursive && pKind == TKind::Folder && room;
   if (node.entered && !fOptions.subtree) {
     node.number = fFolders.Open(node.id, PathOf(node), false);

@@ -71,7 +71,7 @@ protected:
 /// own: then a new folder is opened first and listed behind that, so that nothing in it is missed, and what its handle
 /// reports of the objects listed isn't told twice. Reports of several handles come in no order: what isn't found
 /// because a folder above it has another name by now is looked for again when that is reported. Links to folders aren't
-/// followed. Writes to one file that come straight one after the other are told once.
+/// followed.
 ///
 /// Between a report and what is then seen at its path folders may be exchanged, and what was told is of another one. So
 /// when folders were renamed or have gone, and nothing is reported any more, those that were touched are audited: each
@@ -178,7 +178,6 @@ private:
   int fClock = 0;
   std::set<std::uint64_t> fTouched; // since the last audit
   int fAuditsLeft = MostAudits;     // without a report
-  std::wstring fLastWritten;        // the path of the last event, if that was a write
   bool fIsOpen = false;
   bool fWantsIdle = false;
   int fListsLeft = 0;     // of everything, in idle times behind lost reports

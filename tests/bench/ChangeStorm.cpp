@@ -29,7 +29,8 @@ constexpr double Failed = 1e9;
 
 // The watcher lets go of folders on a thread of its own, in the order in which it is told to.
 void AwaitUnwatched(const std::wstring& folder) {
-  DirectoryWatcher::Unwatch(DirectoryWatcher::Watch(folder, false, std::make_shared<TNoticeQueue>([] {})));
+  DirectoryWatcher::Unwatch(
+      DirectoryWatcher::Watch(folder, false, std::make_shared<TNoticeQueue>([] { return true; })));
 }
 
 int ThreadCount() {
@@ -91,7 +92,8 @@ double ChangesToQueue(int pCount) {
   test::ScopedTempFolder folder;
   const std::wstring last = folder.PathOf(L"last");
   const auto woken = std::make_shared<TSignal>();
-  const auto queue = std::make_shared<TNoticeQueue>([woken] { woken->Set(); }, static_cast<std::size_t>(pCount) * 4);
+  const auto queue =
+      std::make_shared<TNoticeQueue>([woken] { return woken->Set(), true; }, static_cast<std::size_t>(pCount) * 4);
   const std::uint32_t watch = DirectoryWatcher::Watch(folder.Path(), false, queue);
   test::ChangeFromOutside(folder.Path(), test::TOutsideChanges::ComeAndGo, 1, pCount, last);
   TNoticeQueue::TEntry entry;

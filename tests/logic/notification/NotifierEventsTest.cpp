@@ -154,13 +154,13 @@ TEST_F(NotifierEvents, AreToldOnWorkersUntilTheNotifierGoes) {
   fNotifier->SetNotifyAsynchronously(true);
   std::atomic<bool> on_main{true};
   std::atomic<int> told{0};
-  std::atomic<bool> synchronized{false};
+  std::wstring watched;
   test::TGate handler;
   fNotifier->SetOnChange([&](auto&&...) {
     on_main = MainThread::IsCurrent();
     ++told;
     handler.Pass();
-    MainThread::Synchronize([&] { synchronized = true; });
+    MainThread::Synchronize([&] { watched = fPlatform.Registered(); });
   });
   fNotifier->SetOnChangePIDL(nullptr);
   Arrive(neFileCreate, L"C:\\a\\x");
@@ -177,7 +177,7 @@ TEST_F(NotifierEvents, AreToldOnWorkersUntilTheNotifierGoes) {
   handler.Open();
   fNotifier.reset();
   EXPECT_FALSE(on_main);
-  EXPECT_TRUE(synchronized) << "the end waits for a handler, and lets it come to the main thread";
+  EXPECT_EQ(watched, L"C:\\a* ") << "the end waits for a handler, and lets it come to the main thread";
   share.Open();
   while (TWorkerPool::GlobalInstance().GetWorkItemsActive()) std::this_thread::yield();
   EXPECT_EQ(told, 1) << "nothing is told behind the end";

@@ -1,3 +1,4 @@
+#include <platform/fill/NoticeQueue.h>
 #include <platform/fill/WatchedTree.h>
 
 #include <doubles/SimulatedFileSystem.h>
@@ -348,14 +349,20 @@ TEST(WatchedTree, TellsAllThatAListingNeeds) {
   }
 }
 
-TEST(WatchedTree, MergesNothingButAdjacentWrites) {
+TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   SimulatedFileSystem files;
   files.AddDrive(L'C');
   files.MakeFolder(Root);
   files.MakeFolder(Root + L"\\sub");
   TReportingFolders folders(files, [] {});
   std::vector<TDirectoryNotice> told;
-  TWatchedTree tree(Root, {}, folders, [&told](TDirectoryNotice notice) { told.push_back(std::move(notice)); });
+  TNoticeQueue queue([] { return true; });
+  queue.Begin(1, Root);
+  TWatchedTree tree(Root, {}, folders, [&queue](TDirectoryNotice notice) { queue.Push(1, std::move(notice)); });
+  const auto take = [&] {
+    TNoticeQueue::TEntry entry;
+    while (queue.Pop(entry)) told.push_back(std::move(entry.notice));
+  };
   ASSERT_TRUE(tree.Open());
   while (tree.ScanSome()) {
   }
@@ -368,13 +375,17 @@ TEST(WatchedTree, MergesNothingButAdjacentWrites) {
   tree.OnRecords(TWatchedTree::RootFolder, {{RenamedFrom, L"x"}});
   EXPECT_TRUE(tree.WantsIdle());
   tree.OnIdle();
+  for (int i = 0; i < 2; ++i) {
+    tree.OnRecords(TWatchedTree::RootFolder, {{Modified, L"b"}, {Modified, L"b"}});
+    take();
+  }
   using enum TDirectoryEvent;
   const auto path = [](const wchar_t* name) { return Root + L"\\" + name; };
   const std::vector<TDirectoryNotice> expected = {
       {FileCreate, path(L"a"), {}}, {FileChange, path(L"a"), {}},     {FileChange, path(L"b"), {}},
       {FileChange, path(L"a"), {}}, {FileDelete, path(L"a"), {}},     {FileCreate, path(L"a"), {}},
       {FileDelete, path(L"a"), {}}, {FolderUpdate, path(L"sub"), {}}, {FolderDelete, path(L"sub"), {}},
-      {FileDelete, path(L"x"), {}},
+      {FileDelete, path(L"x"), {}}, {FileChange, path(L"b"), {}},     {FileChange, path(L"b"), {}},
   };
   EXPECT_EQ(told, expected);
 }

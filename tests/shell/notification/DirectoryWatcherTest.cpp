@@ -2,6 +2,7 @@
 
 #include <core/FolderFunctions.h>
 #include <core/PathFunctions.h>
+#include <doubles/Gate.h>
 #include <doubles/ScopedTempFolder.h>
 #include <platform/Lifecycle.h>
 #include <platform/Signal.h>
@@ -55,7 +56,8 @@ protected:
 
   test::ScopedTempFolder fFolder;
   std::shared_ptr<TSignal> fWoken = std::make_shared<TSignal>();
-  std::shared_ptr<TNoticeQueue> fQueue = std::make_shared<TNoticeQueue>([woken = fWoken] { woken->Set(); });
+  std::shared_ptr<TNoticeQueue> fQueue =
+      std::make_shared<TNoticeQueue>([woken = fWoken] { return woken->Set(), true; });
 };
 
 TEST_F(DirectoryWatches, TellFilesFromFolders) {
@@ -110,6 +112,26 @@ TEST_F(DirectoryWatches, NoticeThatTheirFolderGoesAndComesBack) {
   EXPECT_EQ(TellUntil(TDirectoryEvent::FolderUpdate, watched), L"!\\watched ");
   const std::wstring file = fFolder.MakeFile(L"watched\\x");
   EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\watched\\x ");
+}
+
+TEST_F(DirectoryWatches, DontWaitForThoseOnTheNetworkAndOpenLateWhatIsntThere) {
+  test::TGate gate;
+  const auto held = std::make_shared<TNoticeQueue>([&gate] { return gate.Pass(), true; });
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.MakeFolder(L"slow"), false, held, nullptr, 10'000, true), 0U);
+  fFolder.MakeFile(L"slow\\x");
+  gate.AwaitArrivals();
+  const std::wstring late = fFolder.PathOf(L"late");
+  EXPECT_NE(DirectoryWatcher::Watch(late, false, fQueue, nullptr, 1, true), 0U) << "nobody knows yet";
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.MakeFolder(L"local"), true, fQueue), 0U);
+  const std::wstring local = fFolder.MakeFile(L"local\\x");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, local), L"+\\local\\x ");
+  gate.Open();
+  // Commands are obeyed in their order: by now that folder wasn't there.
+  EXPECT_EQ(DirectoryWatcher::Watch(fFolder.PathOf(L"none"), false, fQueue, nullptr, 10'000, true), 0U);
+  fFolder.MakeFolder(L"late");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FolderUpdate, late), L"!\\late ");
+  const std::wstring file = fFolder.MakeFile(L"late\\x");
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\late\\x ");
 }
 
 TEST_F(DirectoryWatches, ComeAndGoInNumbers) {

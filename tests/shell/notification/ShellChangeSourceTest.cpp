@@ -158,9 +158,14 @@ TEST_F(NotifierSources, HearWhatOthersDo) {
   const std::wstring file = fFolder.MakeFile(L"watched alone");
   fFolder.MakeFile(L"not watched");
   const std::wstring sub = fFolder.MakeFolder(L"sub");
+  const std::wstring beside = fFolder.MakeFolder(L"beside the file");
   fNotifier->AddPath(file);
   fNotifier->AddPath(sub);
   std::thread([&] {
+    const TUniqueHandle touched(CreateFileW(beside.c_str(), FILE_WRITE_ATTRIBUTES, 7, nullptr, OPEN_EXISTING,
+                                            FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    const FILETIME time{0, 0x1D00000};
+    EXPECT_TRUE(SetFileTime(touched.Get(), nullptr, nullptr, &time));
     EXPECT_TRUE(DeleteFileW(fFolder.PathOf(L"not watched").c_str()));
     EXPECT_TRUE(DeleteFileW(file.c_str()));
     EXPECT_TRUE(CreateEmptyFile(sub + L"\\a"));
@@ -168,6 +173,7 @@ TEST_F(NotifierSources, HearWhatOthersDo) {
   }).join();
   PumpUntil([&] { return HasTold(L"5:" + sub + L"\\a>" + sub + L"\\b") && HasTold(L"4:" + file); });
   EXPECT_FALSE(HasTold(L"4:" + fFolder.PathOf(L"not watched")));
+  EXPECT_FALSE(HasTold(L"15:" + beside));
   EXPECT_NE(lists.find(L"4:" + file + L" "), std::wstring::npos) << "though nothing could parse it any more";
 }
 
@@ -176,12 +182,13 @@ TEST_F(NotifierSources, SurviveWhatHandlersDo) {
   int told = 0;
   fNotifier->SetOnChange([&](auto&&...) {
     if (++told == 1) throw std::runtime_error("a handler's own");
+    if (told == 2) return PumpUntil([&] { return !fNotifier; });
     fNotifier.reset();
   });
   fNotifier->AddPath(fFolder.Path());
   for (int i = 0; i < 50; ++i) fFolder.MakeFile(std::to_wstring(i));
   PumpUntil([&] { return !fNotifier; });
-  EXPECT_EQ(told, 2);
+  EXPECT_EQ(told, 3) << "the last one inside of the one before";
 }
 
 TEST_F(NotifierSources, MayBeMadeAndEndedOnAnyThread) {
@@ -213,15 +220,24 @@ TEST_F(NotifierSources, GoOverToAShellThatReports) {
     return 1000;
   };
   Listen();
-  fNotifier->AddPath(fFolder.Path());
+  const std::wstring ended = fFolder.MakeFolder(L"ended");
+  const std::wstring other = fFolder.MakeFolder(L"other");
+  fNotifier->SetOnChangePIDL([&](auto*, TNotificationEvent event, auto&&...) {
+    if (event != neFolderUpdate) return;
+    fNotifier->RemovePath(ended);
+    throw std::runtime_error("a handler's own");
+  });
+  for (const std::wstring& path : {fFolder.Path(), ended, other}) fNotifier->AddPath(path);
   EXPECT_EQ(gAsked.registered, 0) << "the directory watcher serves until the answer is known";
   fFolder.MakeFile(L"a");
   PumpUntil([&] { return HasTold(L"3:" + fFolder.PathOf(L"a")); });
   gate.Open();
-  PumpUntil([&] { return HasTold(L"15:" + fFolder.Path()); });
-  EXPECT_EQ(gAsked.registered, 1);
+  PumpUntil([&] { return HasTold(L"15:" + other); });
+  EXPECT_TRUE(HasTold(L"15:" + fFolder.Path()));
+  EXPECT_EQ(gAsked.registered, 2) << "of three, one of which a handler ended in between";
   // Never both: the end of the first source is told by the order of its thread.
-  DirectoryWatcher::Unwatch(DirectoryWatcher::Watch(fFolder.Path(), false, std::make_shared<TNoticeQueue>([] {})));
+  DirectoryWatcher::Unwatch(
+      DirectoryWatcher::Watch(fFolder.Path(), false, std::make_shared<TNoticeQueue>([] { return true; })));
   fTold.clear();
   fFolder.MakeFile(L"b");
   const auto created = TKivItemIdList::Create(fFolder.MakeFile(L"c"));
@@ -231,7 +247,7 @@ TEST_F(NotifierSources, GoOverToAShellThatReports) {
   PumpMessages();
   EXPECT_EQ(fTold, L"3:" + fFolder.PathOf(L"c") + L" ");
   fNotifier->AddPath(fFolder.MakeFolder(L"sub"));
-  EXPECT_EQ(gAsked.registered, 2);
+  EXPECT_EQ(gAsked.registered, 3);
 }
 
 TEST_F(NotifierSources, LetGoOfAMediumThatIsToBeEjected) {
