@@ -104,12 +104,23 @@ void TFolderView::GoToAwaited() {
   TFolderRow* const row = FindRow(fAwaited);
   if (!row) return;
   fAwaited.clear();
-  SetSelected(row);
-  SetItemFocused(row);
-  row->MakeVisible(false);
-  if (std::exchange(fEditAwaited, false)) {
-    PostAction([this] { RenameFocused(); });
-  }
+  const bool edit = std::exchange(fEditAwaited, false);
+  if (SelectOnly(row) && edit) PostAction([this] { RenameFocused(); });
+}
+
+// What was waited for isn't there: that it comes some day is no reason to take the focus then.
+void TFolderView::EndAwaiting() {
+  fAwaited.clear();
+  fEditAwaited = false;
+}
+
+// False if a handler has let the row go.
+bool TFolderView::SelectOnly(TFolderRow* pRow) {
+  const TAliveWatch alive(pRow->GetAliveToken());
+  SetSelected(pRow);
+  if (alive.IsAlive()) SetItemFocused(pRow);
+  if (alive.IsAlive()) pRow->MakeVisible(false);
+  return alive.IsAlive();
 }
 
 // --- order -----------------------------------------------------------------------------------------------------------
@@ -141,19 +152,25 @@ void TFolderView::SortLater() {
     TEntries entries;
     TFolderOrder order;
     unsigned version;
+    bool done = false;
   };
   const auto sort = std::make_shared<TSort>(TSort{fEntries, fOrder, fVersion});
-  Run([sort] { SortEntries(sort->entries, sort->order); },
-      [this, sort] {
-        fSorting = false;
-        if (sort->version != fVersion || sort->order != fOrder) {
-          SortLater();
-          return;
-        }
-        fEntries = std::move(sort->entries);
-        ++fVersion;
-        ShowRows();
-      });
+  const auto work = [sort] {
+    SortEntries(sort->entries, sort->order);
+    sort->done = true;
+  };
+  Run(fNavigation, work, [this, sort] {
+    fSorting = false;
+    if (sort->done && (sort->version != fVersion || sort->order != fOrder)) {
+      SortLater();
+      return;
+    }
+    RunWhatWasHeldUp();
+    if (!sort->done) return;
+    fEntries = std::move(sort->entries);
+    ++fVersion;
+    ShowRows();
+  });
 }
 
 // --- what is seen ----------------------------------------------------------------------------------------------------
