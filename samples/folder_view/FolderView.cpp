@@ -217,8 +217,9 @@ void TFolderView::ToggleSelected() {
   std::vector<std::wstring> paths;
   for (int i = 0; i < GetItems().GetCount(); ++i) {
     const TFolderRow* const row = GetRow(i);
-    if (row->GetSelected() && row->Entry()->IsOnDisk()) paths.push_back(PathOf(*row->Entry()));
+    if (row->GetSelected()) paths.push_back(PathOf(*row->Entry()));
   }
+  std::erase(paths, std::wstring()); // what has no box
   const TAliveWatch alive(GetAliveToken());
   selection->BeginUpdate();
   if (add) {

@@ -55,6 +55,8 @@ public:
   /// Goes to what a user has typed, once a worker has found it; if there is no such folder, OnFailure says so and this
   /// one stays.
   void GoToText(const std::wstring& pText);
+  /// What was typed and isn't found yet isn't wanted any more.
+  void WithdrawText() { fTyped.Reset(); }
   /// The list is known from the beginning, the rest when the folder has been opened.
   const TOpenedFolder& GetFolder() const noexcept { return fFolder; }
   /// What stands in the place of rows when there are none.

@@ -1,6 +1,7 @@
 #include <folder_view/FolderView.h>
 
 #include <core/PathFunctions.h>
+#include <framework/FileNames.h>
 #include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
 
@@ -35,6 +36,7 @@ void TFolderView::Act(std::function<TFailure()> pAction, TActed pDone) {
 
 std::wstring TFolderView::PathOf(const TFolderEntry& pEntry) const {
   if (!pEntry.IsOnDisk()) return {};
+  if (!pEntry.path.empty()) return pEntry.path;
   if (IsDrive(pEntry.name)) return pEntry.name;
   return fFolder.diskPath.empty() ? std::wstring() : PathIn(fFolder.diskPath, pEntry.name);
 }
@@ -94,14 +96,15 @@ void TFolderView::Edit(TListItem* pItem, const std::wstring& pText) {
   RunWhatWasHeldUp();
   if (pText.empty() || pText == name) return;
   const auto rename = [folder = fFolder, name, pText] { return RenameObject(folder, name, pText); };
-  Act(rename, [this, name, pText, path = PathIn(fFolder.diskPath, name),
-               new_path = PathIn(fFolder.diskPath, pText)](bool succeeded, bool is_here) {
+  const std::wstring path = PathOf(*row.Entry());
+  Act(rename, [this, name, pText, path, new_path = PathIn(ExtractFileDir(path), pText)](bool succeeded, bool is_here) {
     if (!succeeded) return;
     const TAliveWatch alive(GetAliveToken());
     if (Selection()) Selection()->PathWasRenamed(path, new_path);
     if (!alive.IsAlive() || !is_here) return;
     NoteRename(name, pText); // the notification may take its time
     RunChanges();
+    if (alive.IsAlive() && fFolder.names == TNameUse::Merged) SetAwaited(pText, false);
   });
 }
 

@@ -97,7 +97,8 @@ void TFolderView::RunChanges() {
     LookForMissedChanges();
   }
   if (IsEditing() || fListing || fReading || fSorting) return; // their end looks again
-  if (fRelist || fNames.size() > MostNames) {
+  const bool is_plain = fFolder.names == TNameUse::Unique || fNames.empty();
+  if (fRelist || fNames.size() > MostNames || !is_plain) {
     StartListing(true);
     return;
   }

@@ -1,6 +1,7 @@
 #include <folder_view/FolderView.h>
 
 #include <core/ItemIdList.h>
+#include <framework/TextCompare.h>
 #include <threading/WorkProcedures.h>
 
 #include <algorithm>
@@ -38,7 +39,7 @@ bool TFolderView::RankRows(const TEntries& pWanted) {
   for (const TEntry& entry : pWanted) {
     if (!entry->row) {
       auto row = std::make_unique<TFolderRow>(&rows, entry);
-      if (nothing_checked) row->SetState(entry->IsOnDisk() ? ssUnChecked : ssDisabled);
+      if (nothing_checked) row->SetState(PathOf(*entry).empty() ? ssDisabled : ssUnChecked);
       rows.AddItem(std::move(row));
     }
     entry->row->rank = rank++;
@@ -88,7 +89,8 @@ void TFolderView::ShowRows() {
 TFolderRow* TFolderView::FindRow(std::wstring_view pName) const {
   const std::wstring key = KeyOfName(pName);
   for (const TEntry& entry : fEntries) {
-    if (entry->key == key) return entry->row;
+    const bool found = fFolder.names == TNameUse::Unique ? entry->key == key : SameText(entry->name, pName);
+    if (found) return entry->row;
   }
   return nullptr;
 }
@@ -188,9 +190,9 @@ void TFolderView::GetImageIndex(TListItem* pItem) {
       look->type = TypeOf(*entry);
     }
     bool below = false;
-    // A list of a path knows it without asking.
-    const ComPtr<IItemIdList> object = path.empty() ? folder->Concat(entry->item.Get()) : TKivItemIdList::Create(path);
-    if (states) look->state = states->IsPIDLSelected(object.Get(), below);
+    if (!states) return;
+    // What has no path can't be selected. A list of a path knows it without asking.
+    look->state = path.empty() ? ssDisabled : states->IsPIDLSelected(TKivItemIdList::Create(path).Get(), below);
   };
   const auto show = [this, row, look, known = row->HasLook(), wants_state] {
     if (!known) row->TakeLook(look->image, std::move(look->type));

@@ -66,6 +66,9 @@ TOpenedFolder OpenFolder(const ComPtr<IItemIdList>& pFolder) {
     walker.SetFolderIdList(pFolder);
     if (!walker.GetShellFolder()) throw EPathmereError(E_FAIL, opened.path);
     opened.diskPath = pFolder->HasAttributes(SFGAO_FILESYSTEM) ? pFolder->Path() : std::wstring();
+    if (!opened.diskPath.empty()) {
+      opened.names = pFolder->IsSpecialFolder(SF_DESKTOP) ? TNameUse::Merged : TNameUse::Unique;
+    }
     opened.title = pFolder->DisplayName(dnfNormal);
     // The main thread will ask for this one: whoever doesn't answer isn't to answer there.
     static_cast<void>(pFolder->HasAttributes(SFGAO_LINK));
@@ -124,7 +127,9 @@ public:
     TObjectFacts facts(walker.GetShellFolder());
     auto due = std::chrono::steady_clock::now() + BetweenDeliveries;
     while (!fWithdrawn.IsCancellationRequested() && walker.Next()) {
-      if (auto entry = ReadEntry(facts, walker.GetItemIdList())) fNew.push_back(std::move(entry));
+      const TOpenedFolder& folder = fListing.folder;
+      auto entry = ReadEntry(facts, walker.GetItemIdList(), folder.list.Get(), folder.names);
+      if (entry) fNew.push_back(std::move(entry));
       if (std::chrono::steady_clock::now() < due) continue;
       Deliver(false);
       due = std::chrono::steady_clock::now() + BetweenDeliveries;
@@ -212,7 +217,9 @@ std::optional<std::vector<TReread>> ReadObjects(const TOpenedFolder& pFolder, co
           GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &raw, nullptr); });
       TUniqueItemIdList item(raw);
       TEntry entry;
-      if (SUCCEEDED(hr) && item) entry = ReadEntry(facts, TKivItemIdList::Create(std::move(item)));
+      if (SUCCEEDED(hr) && item) {
+        entry = ReadEntry(facts, TKivItemIdList::Create(std::move(item)), pFolder.list.Get(), pFolder.names);
+      }
       // The report may have had the short name.
       const std::wstring key = entry ? entry->key : KeyOfName(name);
       answers.push_back({key, std::move(entry)});

@@ -28,6 +28,7 @@ struct TOpenedFolder {
   std::wstring title;
   std::wstring path;     ///< to be shown, and understood when it is typed
   std::wstring diskPath; ///< empty for a folder that isn't on a disk
+  TNameUse names = TNameUse::Shown;
   TFailure failure;
 };
 /// By its list.
