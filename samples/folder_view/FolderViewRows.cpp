@@ -194,7 +194,7 @@ void TFolderView::GetImageIndex(TListItem* pItem) {
     // What has no path can't be selected. A list of a path knows it without asking.
     look->state = path.empty() ? ssDisabled : states->IsPIDLSelected(TKivItemIdList::Create(path).Get(), below);
   };
-  const auto show = [this, row, look, known = row->HasLook(), wants_state] {
+  const auto show = [row, look, known = row->HasLook(), wants_state] {
     if (!known) row->TakeLook(look->image, std::move(look->type));
     if (wants_state) row->SetState(look->state);
     row->Update();

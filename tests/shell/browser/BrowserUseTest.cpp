@@ -63,7 +63,7 @@ TEST_F(BrowserUse, SaysWhatCannotBeShownAndStays) {
   };
   for (const auto& [path, code] : cases) {
     Enter(path);
-    ASSERT_TRUE(PumpUntil([&] { return fWindow->Failure().find(path) != std::wstring::npos; }));
+    ASSERT_TRUE(PumpUntil([&, &where = path] { return fWindow->Failure().find(where) != std::wstring::npos; }));
     EXPECT_NE(fWindow->Failure().find(DescribeError(HRESULT_FROM_WIN32(code))), std::wstring::npos)
         << code << " in \"" << std::string(fWindow->Failure().begin(), fWindow->Failure().end()) << '"';
     EXPECT_EQ(Names(), fAll);
