@@ -50,6 +50,8 @@ public:
   /// end, but a root with one; the path itself if that is none.
   virtual std::wstring CompletePathSelected(const std::wstring& sFQPath) = 0;
   virtual void AddPathToSelection(const std::wstring& sFQPath) = 0;
+  /// Selects many, as AddPathToSelection does each, but looks only once at what they complete.
+  virtual void AddPaths(std::vector<std::wstring> pPaths) = 0;
   virtual void RemovePathFromSelection(const std::wstring& sFQPath) = 0;
   virtual void Clear() = 0;
   /// Follows a rename or move on disk. An entry whose new place is selected anyway goes.
@@ -74,8 +76,6 @@ protected:
 
   /// Runs a change under the lock. Its events go out behind the outermost one.
   virtual void Edit(const std::function<void()>& pChange) = 0;
-  /// Selects many, as AddPathToSelection does each.
-  virtual void AddPaths(std::vector<std::wstring> pPaths) = 0;
   virtual void DeleteEntry(int pIndex, bool pUpdateSize) = 0;
   /// An entry came or went.
   virtual void Changed(const std::wstring& pPath) = 0;

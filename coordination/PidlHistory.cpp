@@ -18,7 +18,7 @@ void TPidlHistory::Add(IItemIdList* pItemIdList) {
   auto kept = static_cast<std::size_t>(fPosition) + 1;
   if (const ComPtr<IItemIdList> current = GetCurrentFolderItemIDList(); !current) {
     kept = 0;
-  } else if (current->CompareTo(pItemIdList, ilcDisplay) == 0 || !current->Reload()) {
+  } else if (current.Get() == pItemIdList || current->CompareTo(pItemIdList, ilcDisplay) == 0 || !current->Reload()) {
     --kept;
   }
   fPaths.resize(kept);

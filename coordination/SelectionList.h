@@ -38,6 +38,7 @@ public:
   std::wstring ClassName() const override;
 
   void AddPathToSelection(const std::wstring& sFQPath) override;
+  void AddPaths(std::vector<std::wstring> pPaths) override;
   void RemovePathFromSelection(const std::wstring& sFQPath) override;
   /// Nothing for nil and for what has no path.
   void AddPIDLToSelection(IItemIdList* PIDL);
@@ -107,7 +108,6 @@ public:
 
 protected:
   void Edit(const std::function<void()>& pChange) override;
-  void AddPaths(std::vector<std::wstring> pPaths) override;
   void DeleteEntry(int pIndex, bool pUpdateSize) override;
   void Changed(const std::wstring& pPath) override;
   void AddAllExclude(const std::wstring& pParent, const std::wstring& pExclude, std::wstring& pTop) override;

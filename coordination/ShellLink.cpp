@@ -19,6 +19,11 @@ bool Publish() {
 }
 [[maybe_unused]] const bool gPublished = Publish();
 
+// The same object needs no question, which a shell may take its time over.
+bool IsSame(IItemIdList& first, IItemIdList* second, TItemIdListComparison comparison) {
+  return &first == second || first.Equals(second, comparison);
+}
+
 } // namespace
 
 TKivShellLink::TKivShellLink(TComponent* pOwner) : TKivBaseComponent(pOwner), fHistory(Make<TPidlHistory>()) {
@@ -69,7 +74,7 @@ bool TKivShellLink::TellOthers(const IKivShellControl* pSender, const std::funct
 
 bool TKivShellLink::CanNavigate(TPersistent* pSender, IItemIdList* pItemIdList) {
   if (!fOnNavigating) return true;
-  if (fLastCheckedFolder && fLastCheckedFolder->Equals(pItemIdList, ilcDisplay)) return fLastAccessCheckResult;
+  if (fLastCheckedFolder && IsSame(*fLastCheckedFolder.Get(), pItemIdList, ilcDisplay)) return fLastAccessCheckResult;
   const ComPtr<IItemIdList> folder(pItemIdList);
   bool cancel = false;
   if (!FireEvent(GetAliveToken(), fOnNavigating, pSender, pItemIdList, cancel)) return false;
@@ -86,7 +91,7 @@ void TKivShellLink::PathChanged(IKivShellControl* pSender, IItemIdList* pFolder)
   const bool enabled = GetEnabled();
   SetEnabled(false);
   const bool changed =
-      fCurrentFolderItemIdList ? !fCurrentFolderItemIdList->Equals(pFolder, ilcExact) : pFolder != nullptr;
+      fCurrentFolderItemIdList ? !IsSame(*fCurrentFolderItemIdList.Get(), pFolder, ilcExact) : pFolder != nullptr;
   if (changed) {
     fCurrentFolderItemIdList = folder;
     fCurrentFileItemIdList = nullptr;

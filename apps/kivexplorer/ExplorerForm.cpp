@@ -110,6 +110,7 @@ TExplorerForm::TExplorerForm(TExplorer& pExplorer) : fExplorer(pExplorer) {
   BuildMenu();
   LayOutBar();
   SetActiveControl(fView);
+  if (TExplorerForm* const other = fExplorer.Windows().front()) fView->FilterChanged(other->View().GetFilter());
   UpdateButtons();
   UpdateSelection();
 }
@@ -161,6 +162,8 @@ void TExplorerForm::BuildBar() {
   fPath->SetAccessibleName(L"Path");
   fPath->onEnter = [this] { GoTo(fPath->GetText()); };
   fPath->onEscape = [this] {
+    fView->WithdrawText();
+    fPath->SetModified(false);
     ShowFolder();
     ShowFailure({});
     fView->SetFocus();
@@ -267,6 +270,7 @@ void TExplorerForm::BuildMenu() {
 
 void TExplorerForm::GoTo(const std::wstring& pPath) {
   fPath->SetText(pPath);
+  fPath->SetModified(false);
   ShowFailure({});
   fView->GoToText(pPath);
 }
@@ -284,7 +288,8 @@ void TExplorerForm::Move(int pSteps) {
 
 void TExplorerForm::ShowFolder() {
   const auto& folder = fView->GetFolder();
-  if (!folder.path.empty()) fPath->SetText(folder.path);
+  const bool is_typed = fPath->Focused() && fPath->IsModified();
+  if (!folder.path.empty() && !is_typed) fPath->SetText(folder.path);
   if (!folder.title.empty()) SetText(folder.title);
   UpdateButtons();
   UpdateStatus();
@@ -307,6 +312,7 @@ void TExplorerForm::UpdateButtons() {
 
 void TExplorerForm::UpdateStatus() {
   if (!fView) return;
+  if (fFilter->GetText() != fView->GetFilter()) fFilter->SetText(fView->GetFilter()); // another window's
   const int shown = fView->GetItems().GetCount();
   std::wstring text = Counted(shown, L"object", L"objects");
   if (shown < fView->GetObjectCount()) text += L" of " + std::to_wstring(fView->GetObjectCount());

@@ -75,7 +75,8 @@ std::wstring KeyOfName(std::wstring_view pName) {
   return key;
 }
 
-std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList> pItem) {
+std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList> pItem, IItemIdList* pFolder,
+                                        TNameUse pNames) {
   const auto* const raw = reinterpret_cast<PCUITEMID_CHILD>(pItem->WindowsPointer());
   TFolderObject object;
   if (!raw || FAILED(pFacts.Read(raw, object))) return nullptr;
@@ -85,10 +86,13 @@ std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList
   entry->flags = object.flags;
   entry->size = object.size;
   entry->changed = object.changed;
-  if (entry->IsOnDisk()) {
+  if (pNames == TNameUse::Merged && entry->IsOnDisk()) entry->path = pFolder->Concat(entry->item.Get())->Path();
+  if (pNames == TNameUse::Unique && entry->IsOnDisk()) {
     entry->key = KeyOfName(entry->name);
+  } else if (!entry->path.empty()) {
+    entry->key = KeyOfName(entry->path);
   } else {
-    // What is shown of a virtual object may be the same for several: what the folder calls it is its list's bytes.
+    // What is shown of an object may be the same for several: what the folder calls it is its list's bytes.
     const auto* const bytes = reinterpret_cast<const unsigned char*>(raw);
     entry->key.assign(1, L'/');
     entry->key.append(bytes, bytes + raw->mkid.cb);

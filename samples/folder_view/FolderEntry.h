@@ -18,7 +18,8 @@ class TFolderRow;
 struct TFolderEntry {
   ComPtr<IItemIdList> item; ///< relative to the folder
   std::wstring name;
-  std::wstring key; ///< what makes it the same object when it is read again
+  std::wstring key;  ///< what makes it the same object when it is read again
+  std::wstring path; ///< of its own, where the folder's and its name don't make it: on the desktop
   TObjectFlags flags;
   std::int64_t size = TFolderObject::UnknownSize;
   TFileTime changed = 0;
@@ -40,8 +41,16 @@ struct TFolderOrder {
   friend bool operator==(const TFolderOrder&, const TFolderOrder&) = default;
 };
 
-/// Reads what an open folder says of an object. Nil if it says nothing.
-std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList> pItem);
+/// What names are worth in a folder.
+enum class TNameUse {
+  Unique, ///< on a disk
+  Merged, ///< the desktop: several folders' files, whose names may be the same
+  Shown   ///< whatever several objects are shown as: the recycle bin, a library
+};
+
+/// Reads what an open folder says of an object. Nil if it says nothing. `pFolder` is the folder's list.
+std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList> pItem, IItemIdList* pFolder,
+                                        TNameUse pNames);
 /// Whether two entries of one object say the same of it.
 bool IsSameFact(const TFolderEntry& pFirst, const TFolderEntry& pSecond) noexcept;
 /// The key of a file of that name.

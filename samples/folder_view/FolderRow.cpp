@@ -1,5 +1,7 @@
 #include <folder_view/FolderRow.h>
 
+#include <framework/FileNames.h>
+#include <framework/TextCompare.h>
 #include <viewstate/SystemImageList.h>
 
 #include <utility>
@@ -7,7 +9,7 @@
 namespace kiv::sample {
 
 TFolderRow::TFolderRow(TListItems* pOwner, TEntry pEntry) : TListItem(pOwner), fEntry(std::move(pEntry)) {
-  Show();
+  Show(-1);
 }
 
 TFolderRow::~TFolderRow() {
@@ -19,17 +21,23 @@ void TFolderRow::SetEntry(TEntry pEntry) {
   if (fEntry == pEntry) return;
   if (fEntry->row == this) fEntry->row = nullptr;
   fToken.Reset();
+  // Until it is asked anew, it looks as it did.
+  const bool same_kind =
+      fEntry->IsFolder() == pEntry->IsFolder() && SameText(ExtractFileExt(fEntry->name), ExtractFileExt(pEntry->name));
+  const int image = GetImageIndex();
   fEntry = std::move(pEntry);
   fHasTexts = false;
-  Show();
+  if (!same_kind) fTexts[static_cast<int>(TFolderColumn::Type)].clear();
+  Show(same_kind ? image : -1);
   Update();
 }
 
-void TFolderRow::Show() {
+void TFolderRow::Show(int pFormerImage) {
   fEntry->row = this;
   fHasLook = fEntry->image >= 0;
   // Both are known by the time that a folder has been listed.
   SetImageIndex(fHasLook             ? fEntry->image
+                : pFormerImage >= 0  ? pFormerImage
                 : fEntry->IsFolder() ? TKivSystemImageList::GetFolderIconNumber(false)
                                      : TKivSystemImageList::GetUnknownFileIconNumber());
   SetCut(fEntry->flags.Contains(TObjectFlag::Hidden));

@@ -45,7 +45,7 @@ public:
   int rank = -1; ///< the place that the row is to get
 
 private:
-  void Show();
+  void Show(int pFormerImage);
 
   TEntry fEntry;
   CancellationToken fToken;

@@ -50,8 +50,8 @@ void TFolderSizes::Measure(std::vector<std::wstring> pPaths, bool pFollowReparse
     const auto measure = [size, path = std::move(path), pFollowReparsePoints, pCancellationToken] {
       *size = SizeOf(path, pFollowReparsePoints, *pCancellationToken.Get());
     };
-    FolderWorkers().AddWorkItem(TAsyncProcedure::Create(measure, pCancellationToken, [size, pDone] { pDone(*size); }),
-                                TPriority::Normal);
+    SizeWorkers().AddWorkItem(TAsyncProcedure::Create(measure, pCancellationToken, [size, pDone] { pDone(*size); }),
+                              TPriority::Normal);
   }
 }
 

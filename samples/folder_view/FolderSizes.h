@@ -4,7 +4,7 @@
 
 namespace kiv::sample {
 
-/// Measures folders for the totals of a selection, on the views' workers. One stands for the process, while it lives.
+/// Measures folders for the totals of a selection, on workers of their own. One stands for the process, while it lives.
 /// Main thread.
 class TFolderSizes final : public IFolderSizeSource {
 public:

@@ -35,6 +35,7 @@ TFolderView::~TFolderView() {
   SetShellLink(nullptr);
   Leave();
   fTyped.Reset();
+  fActions.Reset();
   EndListView();
 }
 
@@ -128,11 +129,10 @@ void TFolderView::FileChanged(IItemIdList*, IItemIdList* pFile) {
     TFolderRow* const row = GetRow(i);
     const auto* const item = row->Entry()->item->WindowsPointer();
     if (item->mkid.cb != file->mkid.cb || std::memcmp(item, file, file->mkid.cb) != 0) continue;
+    const TAliveWatch alive(GetAliveToken());
     const bool told = std::exchange(fTold, true);
-    SetSelected(row);
-    SetItemFocused(row);
-    row->MakeVisible(false);
-    fTold = told;
+    SelectOnly(row);
+    if (alive.IsAlive()) fTold = told;
     return;
   }
 }
@@ -162,8 +162,10 @@ bool TFolderView::GoUp() {
   if (!fFolder.list || !fFolder.list->IsResolved() || fFolder.list->IsInvalid()) return false;
   if (fFolder.list->IsSpecialFolder(SF_DESKTOP) || fFolder.list->Depth() == 0) return false;
   const std::wstring name = fFolder.diskPath.substr(fFolder.diskPath.find_last_of(L'\\') + 1);
-  GoTo(fFolder.list->GetParent());
-  SetAwaited(name, false);
+  const ComPtr<IItemIdList> parent = fFolder.list->GetParent();
+  const TAliveWatch alive(GetAliveToken());
+  GoTo(parent);
+  if (alive.IsAlive() && fFolder.list == parent) SetAwaited(name, false);
   return true;
 }
 
@@ -215,17 +217,18 @@ void TFolderView::ToggleSelected() {
   std::vector<std::wstring> paths;
   for (int i = 0; i < GetItems().GetCount(); ++i) {
     const TFolderRow* const row = GetRow(i);
-    if (row->GetSelected() && row->Entry()->IsOnDisk()) paths.push_back(PathOf(*row->Entry()));
+    if (row->GetSelected()) paths.push_back(PathOf(*row->Entry()));
   }
+  std::erase(paths, std::wstring()); // what has no box
+  const TAliveWatch alive(GetAliveToken());
   selection->BeginUpdate();
-  for (const std::wstring& path : paths) {
-    if (add)
-      selection->AddPathToSelection(path);
-    else
-      selection->RemovePathFromSelection(path);
+  if (add) {
+    selection->AddPaths(std::move(paths)); // which asks once whether their folder is complete
+  } else {
+    for (const std::wstring& path : paths) selection->RemovePathFromSelection(path);
   }
   selection->EndUpdate();
-  fLink->Refresh(TRefreshLevel::rfCheckboxes);
+  if (alive.IsAlive() && fLink) fLink->Refresh(TRefreshLevel::rfCheckboxes);
 }
 
 // --- keys and mouse --------------------------------------------------------------------------------------------------

@@ -55,6 +55,8 @@ public:
   /// Goes to what a user has typed, once a worker has found it; if there is no such folder, OnFailure says so and this
   /// one stays.
   void GoToText(const std::wstring& pText);
+  /// What was typed and isn't found yet isn't wanted any more.
+  void WithdrawText() { fTyped.Reset(); }
   /// The list is known from the beginning, the rest when the folder has been opened.
   const TOpenedFolder& GetFolder() const noexcept { return fFolder; }
   /// What stands in the place of rows when there are none.
@@ -149,7 +151,7 @@ private:
   void EndListing(const TFailure& pFailure);
   void LookForMissedChanges();
   void MergeEntries(TEntries pEntries);
-  void Run(std::function<void()> pWork, std::function<void()> pDone);
+  void Run(CancellationToken& pToken, std::function<void()> pWork, std::function<void()> pDone);
   void Fail(const std::wstring& pText);
 
   // rows
@@ -158,6 +160,8 @@ private:
   bool RankRows(const TEntries& pWanted);
   void KeepFocusNear();
   void GoToAwaited();
+  void EndAwaiting();
+  bool SelectOnly(TFolderRow* pRow);
   void SortLater();
   void StatusChanged();
 
@@ -168,12 +172,16 @@ private:
   void RunChanges();
   void TakeReread(const std::vector<TReread>& pObjects);
   void SetAwaited(const std::wstring& pName, bool pEdit);
-  void RunWhatTheEditHeldUp();
+  void RunWhatWasHeldUp();
+  void ListBehindTheEdit();
+
+  // what the user does
+  using TActed = std::function<void(bool pSucceeded, bool pIsHere)>;
+  void Act(std::function<TFailure()> pAction, TActed pDone);
 
   /// Empty for what isn't on a disk; never asked of the shell.
   std::wstring PathOf(const TFolderEntry& pEntry) const;
   bool DoKey(WORD pKey, bool pCtrl);
-  std::wstring PathOfName(const std::wstring& pName) const;
   TKivSelectionList* Selection() const noexcept { return fLink ? fLink->GetSelectionList() : nullptr; }
   TFolderRow* FocusedRow() const { return static_cast<TFolderRow*>(GetItemFocused()); }
 
@@ -181,6 +189,7 @@ private:
   TOpenedFolder fFolder;
   CancellationToken fNavigation; // all that runs for the folder
   CancellationToken fTyped;      // the search for what was typed
+  CancellationToken fActions;    // what the user wants done, for as long as the view lives
   TEntries fEntries;             // in order
   unsigned fVersion = 0;         // of fEntries
   bool fOpened = false;          // and can be shown

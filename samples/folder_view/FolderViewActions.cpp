@@ -1,6 +1,7 @@
 #include <folder_view/FolderView.h>
 
 #include <core/PathFunctions.h>
+#include <framework/FileNames.h>
 #include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
 
@@ -10,14 +11,34 @@
 
 namespace kiv::sample {
 
-std::wstring TFolderView::PathOf(const TFolderEntry& pEntry) const {
-  if (!pEntry.IsOnDisk()) return {};
-  if (IsDrive(pEntry.name)) return pEntry.name;
-  return fFolder.diskPath.empty() ? std::wstring() : PathOfName(pEntry.name);
+namespace {
+
+std::wstring PathIn(const std::wstring& folder, const std::wstring& name) {
+  return folder + (folder.ends_with(L'\\') ? L"" : L"\\") + name;
 }
 
-std::wstring TFolderView::PathOfName(const std::wstring& pName) const {
-  return fFolder.diskPath + (fFolder.diskPath.ends_with(L'\\') ? L"" : L"\\") + pName;
+} // namespace
+
+// What a user wants done is done, and told of, wherever the view goes meanwhile. `pDone` learns whether it still shows
+// the same folder. Behind Fail, which may let the view go: nothing of it is used behind a call.
+void TFolderView::Act(std::function<TFailure()> pAction, TActed pDone) {
+  const ComPtr<ICancellationIndicator> left = fNavigation;
+  const auto failure = std::make_shared<TFailure>(TFailure{L"That can't be done.", E_FAIL});
+  const auto done = [this, failure, left, done = std::move(pDone)] {
+    const TAliveWatch alive(GetAliveToken());
+    if (*failure) Fail(failure->Text());
+    if (alive.IsAlive()) done(!*failure, !left->IsCancellationRequested());
+  };
+  Run(
+      fActions, [failure, action = std::move(pAction)] { *failure = action(); }, done);
+  Fail({});
+}
+
+std::wstring TFolderView::PathOf(const TFolderEntry& pEntry) const {
+  if (!pEntry.IsOnDisk()) return {};
+  if (!pEntry.path.empty()) return pEntry.path;
+  if (IsDrive(pEntry.name)) return pEntry.name;
+  return fFolder.diskPath.empty() ? std::wstring() : PathIn(fFolder.diskPath, pEntry.name);
 }
 
 std::vector<ComPtr<IItemIdList>> TFolderView::GetSelectedItemIdLists() const {
@@ -37,24 +58,16 @@ void TFolderView::OpenFocused() {
     return;
   }
   // A shortcut to a folder leads there.
-  struct TAnswer {
-    ComPtr<IItemIdList> folder;
-    TFailure failure;
-  };
-  const auto answer = std::make_shared<TAnswer>();
-  const auto open = [answer, object, name = row->Entry()->name,
+  const auto folder = std::make_shared<ComPtr<IItemIdList>>();
+  const auto open = [folder, object, name = row->Entry()->name,
                      is_link = row->Entry()->flags.Contains(TObjectFlag::Link)] {
     const ComPtr<IItemIdList> target = is_link ? object->LinkTarget() : nullptr;
-    if (target && target->IsFolder())
-      answer->folder = target;
-    else
-      answer->failure = OpenObject(object, name);
+    if (!target || !target->IsFolder()) return OpenObject(object, name);
+    *folder = target;
+    return TFailure();
   };
-  Run(open, [this, answer] {
-    if (answer->folder)
-      GoTo(answer->folder);
-    else
-      Fail(answer->failure.Text());
+  Act(open, [this, folder](bool, bool is_here) {
+    if (is_here) GoTo(*folder);
   });
 }
 
@@ -80,45 +93,36 @@ void TFolderView::RenameFocused() {
 void TFolderView::Edit(TListItem* pItem, const std::wstring& pText) {
   const auto& row = static_cast<const TFolderRow&>(*pItem);
   const std::wstring name = row.Entry()->name;
-  RunWhatTheEditHeldUp();
+  RunWhatWasHeldUp();
   if (pText.empty() || pText == name) return;
-  Fail({});
-  const auto failure = std::make_shared<TFailure>();
-  Run([failure, folder = fFolder, name, pText] { *failure = RenameObject(folder, name, pText); },
-      [this, failure, name, pText] {
-        if (*failure) {
-          Fail(failure->Text());
-          return;
-        }
-        // The notification may take its time.
-        if (Selection()) Selection()->PathWasRenamed(PathOfName(name), PathOfName(pText));
-        NoteRename(name, pText);
-        RunChanges();
-      });
+  const auto rename = [folder = fFolder, name, pText] { return RenameObject(folder, name, pText); };
+  const std::wstring path = PathOf(*row.Entry());
+  Act(rename, [this, name, pText, path, new_path = PathIn(ExtractFileDir(path), pText)](bool succeeded, bool is_here) {
+    if (!succeeded) return;
+    const TAliveWatch alive(GetAliveToken());
+    if (Selection()) Selection()->PathWasRenamed(path, new_path);
+    if (!alive.IsAlive() || !is_here) return;
+    NoteRename(name, pText); // the notification may take its time
+    RunChanges();
+    if (alive.IsAlive() && fFolder.names == TNameUse::Merged) SetAwaited(pText, false);
+  });
 }
 
 void TFolderView::DoCancelEdit() {
-  RunWhatTheEditHeldUp();
+  RunWhatWasHeldUp();
   TCustomListView::DoCancelEdit();
 }
 
 void TFolderView::MakeNewFolder() {
   if (!fOpened) return;
-  Fail({});
-  struct TAnswer {
-    std::wstring name;
-    TFailure failure;
-  };
-  const auto answer = std::make_shared<TAnswer>();
-  Run([answer, folder = fFolder] { answer->failure = MakeFolder(folder, answer->name); },
-      [this, answer] {
-        if (answer->failure) {
-          Fail(answer->failure.Text());
-          return;
-        }
-        fNames.insert(answer->name);
-        SetAwaited(answer->name, true);
+  const auto name = std::make_shared<std::wstring>();
+  Act([name, folder = fFolder] { return MakeFolder(folder, *name); },
+      [this, name](bool succeeded, bool is_here) {
+        if (!succeeded || !is_here) return;
+        const TAliveWatch alive(GetAliveToken());
+        fNames.insert(*name);
         RunChanges();
+        if (alive.IsAlive()) SetAwaited(*name, true);
       });
 }
 
@@ -137,19 +141,16 @@ void TFolderView::DeleteSelectedObjects() {
   const std::wstring question = paths.size() == 1 ? L"Delete \u201C" + names.front() + L"\u201D?"
                                                   : L"Delete these " + std::to_wstring(paths.size()) + L" objects?";
   const TAliveWatch alive(GetAliveToken());
-  const ComPtr<ICancellationIndicator> indicator = fNavigation;
   int answer = 0;
   {
     const MainThread::ScopedModalLoop loop;
     answer = MessageBoxW(Root().GetHandle(), question.c_str(), L"Delete", MB_YESNO | MB_ICONQUESTION);
   }
-  if (!alive.IsAlive() || indicator->IsCancellationRequested() || answer != IDYES) return;
-  Fail({});
-  const auto failure = std::make_shared<TFailure>();
-  Run([failure, paths] { *failure = DeleteObjects(paths); },
-      [this, failure, names] {
-        Fail(failure->Text());
-        fNames.insert(names.begin(), names.end());
+  if (!alive.IsAlive() || answer != IDYES) return;
+  Act([paths] { return DeleteObjects(paths); },
+      [this, names](bool, bool is_here) {
+        if (!is_here) return;
+        fNames.insert(names.begin(), names.end()); // some may have gone although it failed
         RunChanges();
       });
 }

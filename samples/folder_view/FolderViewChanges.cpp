@@ -96,8 +96,9 @@ void TFolderView::RunChanges() {
     Watch();
     LookForMissedChanges();
   }
-  if (IsEditing() || fListing || fReading) return; // their end looks again
-  if (fRelist || fNames.size() > MostNames) {
+  if (IsEditing() || fListing || fReading || fSorting) return; // their end looks again
+  const bool is_plain = fFolder.names == TNameUse::Unique || fNames.empty();
+  if (fRelist || fNames.size() > MostNames || !is_plain) {
     StartListing(true);
     return;
   }
@@ -106,23 +107,36 @@ void TFolderView::RunChanges() {
   fMoved = std::exchange(fRenamed, {});
   const std::vector<std::wstring> names(fNames.begin(), fNames.end());
   fNames.clear();
-  const auto answers = std::make_shared<std::vector<TReread>>();
+  const auto answers = std::make_shared<std::optional<std::vector<TReread>>>();
   const ComPtr<ICancellationIndicator> indicator = fNavigation;
-  Run([answers, names, folder = fFolder, indicator] { *answers = ReadObjects(folder, names, *indicator.Get()); },
-      [this, answers] { TakeReread(*answers); });
+  Run(
+      fNavigation,
+      [answers, names, folder = fFolder, indicator] { *answers = ReadObjects(folder, names, *indicator.Get()); },
+      [this, answers] {
+        fReading = false;
+        if (*answers && !IsEditing())
+          TakeReread(**answers);
+        else
+          ListBehindTheEdit();
+      });
 }
 
-void TFolderView::RunWhatTheEditHeldUp() {
+void TFolderView::RunWhatWasHeldUp() {
   if (fRelist || !fNames.empty()) fChangeTimer.SetEnabled(true);
 }
 
-void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
-  fReading = false;
-  RunWhatTheEditHeldUp();
-  if (IsEditing()) {
-    fRelist = true;
-    return;
+// An answer can't be used: the next listing brings all of it, and rows follow their objects then.
+void TFolderView::ListBehindTheEdit() {
+  fRelist = true;
+  for (const auto& [from, to] : std::exchange(fMoved, {})) {
+    const auto further = fRenamed.extract(to);
+    fRenamed.emplace(from, further ? further.mapped() : to);
   }
+  if (!IsEditing()) RunWhatWasHeldUp(); // else the edit's end does
+}
+
+void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
+  RunWhatWasHeldUp();
   std::map<std::wstring_view, TEntry> answers;
   for (const TReread& object : pObjects) answers[object.key] = object.entry;
   TEntries entries;
@@ -160,7 +174,10 @@ void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
   }
   fEntries = std::move(entries);
   ++fVersion;
+  const TAliveWatch alive(GetAliveToken());
   ShowRows();
+  if (!alive.IsAlive()) return;
+  if (!fRelist && fNames.empty()) EndAwaiting();
   if (fOrder.column == TFolderColumn::Type) SortLater();
 }
 

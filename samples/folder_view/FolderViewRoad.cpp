@@ -1,5 +1,6 @@
 #include <folder_view/FolderView.h>
 
+#include <framework/Application.h>
 #include <platform/ErrorText.h>
 #include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
@@ -12,10 +13,18 @@
 
 namespace kiv::sample {
 
-// Done by a worker for the folder that is shown now, and not taken back once another one is.
-void TFolderView::Run(std::function<void()> pWork, std::function<void()> pDone) {
-  FolderWorkers().AddWorkItem(TAsyncProcedure::Create(std::move(pWork), fNavigation, std::move(pDone)),
-                              TPriority::Highest);
+// Done by a worker for whoever the token stands for. Unless that is withdrawn, `pDone` comes, whatever the work raised:
+// what waits for it would wait for ever.
+void TFolderView::Run(CancellationToken& pToken, std::function<void()> pWork, std::function<void()> pDone) {
+  const auto work = [raised = std::move(pWork)] {
+    try {
+      raised();
+    } catch (...) {
+      ReportException(std::current_exception());
+    }
+  };
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create(work, pToken, std::move(pDone)), TPriority::Highest);
+  MakeRoomForOne(); // all others may ask for icons that never come
 }
 
 void TFolderView::GoTo(const ComPtr<IItemIdList>& pFolder) {
@@ -24,7 +33,8 @@ void TFolderView::GoTo(const ComPtr<IItemIdList>& pFolder) {
   if (fLink && !fLink->CanNavigate(this, pFolder.Get())) return;
   if (!alive.IsAlive()) return;
   Show(pFolder);
-  if (alive.IsAlive() && fLink) fLink->PathChanged(this, pFolder.Get());
+  // Who heard of it may have gone on elsewhere, and told the link of that.
+  if (alive.IsAlive() && fLink && fFolder.list == pFolder) fLink->PathChanged(this, pFolder.Get());
 }
 
 void TFolderView::GoToText(const std::wstring& pText) {
@@ -38,8 +48,8 @@ void TFolderView::GoToText(const std::wstring& pText) {
       GoTo(opened->list);
     }
   };
-  FolderWorkers().AddWorkItem(TAsyncProcedure::Create([opened, pText] { *opened = OpenFolder(pText); }, fTyped, done),
-                              TPriority::Highest);
+  Run(
+      fTyped, [opened, pText] { *opened = OpenFolder(pText); }, done);
 }
 
 void TFolderView::Leave() {
@@ -49,25 +59,28 @@ void TFolderView::Leave() {
   fChangeTimer.SetEnabled(false);
   fNames.clear();
   fRenamed.clear();
+  fMoved.clear();
   fRelist = fReading = fSorting = fListing = false;
-  fAwaited.clear();
+  EndAwaiting();
   fOpened = false;
   fListedSince = 0;
 }
 
 void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
+  const TAliveWatch alive(GetAliveToken());
   fTyped.Reset();
   Leave();
+  GetItems().Clear();
+  if (!alive.IsAlive()) return;
+  Leave(); // a handler may have gone elsewhere when the rows went
   MakeRoom();
   fEntries.clear();
   ++fVersion;
-  GetItems().Clear();
   fMessage.clear();
   fFolder = {};
   fFolder.list = pFolder;
   fListing = true;
   fAgain = false;
-  const TAliveWatch alive(GetAliveToken());
   if (!FireEvent(GetAliveToken(), fOnFolder, this)) return;
   Fail({});
   if (!alive.IsAlive() || fFolder.list != pFolder) return;
@@ -82,7 +95,7 @@ void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
     });
     if (answer->listed) list(opened);
   };
-  Run(open, [this, answer] {
+  Run(fNavigation, open, [this, answer] {
     if (answer->listed) TakeListed(*answer);
   });
 }
@@ -124,7 +137,9 @@ void TFolderView::StartListing(bool pAgain) {
   fNames.clear();
   fMoved = std::exchange(fRenamed, {});
   const auto answer = std::make_shared<TListAnswer>();
-  Run([list = MakeLister(answer), folder = fFolder] { list(folder); }, [this, answer] { TakeListed(*answer); });
+  Run(
+      fNavigation, [list = MakeLister(answer), folder = fFolder] { list(folder); },
+      [this, answer] { TakeListed(*answer); });
   StatusChanged();
 }
 
@@ -137,7 +152,7 @@ void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOr
   if (fAgain) {
     if (!pComplete) return;
     if (IsEditing()) {
-      fRelist = true; // made up for behind the edit
+      ListBehindTheEdit();
       return;
     }
     MergeEntries(std::move(pEntries));
@@ -153,20 +168,26 @@ void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOr
 
 void TFolderView::EndListing(const TFailure& pFailure) {
   fListing = false;
-  if (pFailure && !IsEditing()) {
+  if (pFailure && IsEditing()) {
+    ListBehindTheEdit();
+  } else if (pFailure) {
     fEntries.clear();
     ++fVersion;
   }
   fMessage = pFailure ? pFailure.what + L"\n" + DescribeError(pFailure.code) : L"This folder is empty.";
+  const TAliveWatch alive(GetAliveToken());
   ShowRows();
+  if (!alive.IsAlive() || fListing) return;
   if (fRelist || !fNames.empty() || !fNotifier) fChangeTimer.SetEnabled(true);
+  if (!fRelist && fNames.empty()) EndAwaiting();
 }
 
 // What has come or gone since the listing began and before the folder was watched.
 void TFolderView::LookForMissedChanges() {
   if (fListedSince == 0) return;
   const auto now = std::make_shared<TFileTime>(0);
-  Run([now, path = fFolder.diskPath] { *now = LastChange(path); },
+  Run(
+      fNavigation, [now, path = fFolder.diskPath] { *now = LastChange(path); },
       [this, now] {
         if (*now == fListedSince) return;
         fRelist = true;
@@ -192,13 +213,15 @@ void TFolderView::MergeEntries(TEntries pEntries) {
     } else if (old->row) {
       old->row->SetEntry(entry);
     }
+    known.erase(found); // two objects share no row
   }
   fEntries = std::move(pEntries);
 }
 
 void TFolderView::Reload() {
+  const TAliveWatch alive(GetAliveToken());
   Fail({});
-  if (!fFolder.list) return;
+  if (!alive.IsAlive() || !fFolder.list) return;
   if (fFolder.failure && !fFolder.path.empty()) {
     GoToText(fFolder.path); // a list that was invalid once stays so
     return;

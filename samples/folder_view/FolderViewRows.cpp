@@ -1,6 +1,7 @@
 #include <folder_view/FolderView.h>
 
 #include <core/ItemIdList.h>
+#include <framework/TextCompare.h>
 #include <threading/WorkProcedures.h>
 
 #include <algorithm>
@@ -38,7 +39,7 @@ bool TFolderView::RankRows(const TEntries& pWanted) {
   for (const TEntry& entry : pWanted) {
     if (!entry->row) {
       auto row = std::make_unique<TFolderRow>(&rows, entry);
-      if (nothing_checked) row->SetState(entry->IsOnDisk() ? ssUnChecked : ssDisabled);
+      if (nothing_checked) row->SetState(PathOf(*entry).empty() ? ssDisabled : ssUnChecked);
       rows.AddItem(std::move(row));
     }
     entry->row->rank = rank++;
@@ -88,7 +89,8 @@ void TFolderView::ShowRows() {
 TFolderRow* TFolderView::FindRow(std::wstring_view pName) const {
   const std::wstring key = KeyOfName(pName);
   for (const TEntry& entry : fEntries) {
-    if (entry->key == key) return entry->row;
+    const bool found = fFolder.names == TNameUse::Unique ? entry->key == key : SameText(entry->name, pName);
+    if (found) return entry->row;
   }
   return nullptr;
 }
@@ -104,12 +106,23 @@ void TFolderView::GoToAwaited() {
   TFolderRow* const row = FindRow(fAwaited);
   if (!row) return;
   fAwaited.clear();
-  SetSelected(row);
-  SetItemFocused(row);
-  row->MakeVisible(false);
-  if (std::exchange(fEditAwaited, false)) {
-    PostAction([this] { RenameFocused(); });
-  }
+  const bool edit = std::exchange(fEditAwaited, false);
+  if (SelectOnly(row) && edit) PostAction([this] { RenameFocused(); });
+}
+
+// What was waited for isn't there: that it comes some day is no reason to take the focus then.
+void TFolderView::EndAwaiting() {
+  fAwaited.clear();
+  fEditAwaited = false;
+}
+
+// False if a handler has let the row go.
+bool TFolderView::SelectOnly(TFolderRow* pRow) {
+  const TAliveWatch alive(pRow->GetAliveToken());
+  SetSelected(pRow);
+  if (alive.IsAlive()) SetItemFocused(pRow);
+  if (alive.IsAlive()) pRow->MakeVisible(false);
+  return alive.IsAlive();
 }
 
 // --- order -----------------------------------------------------------------------------------------------------------
@@ -141,19 +154,25 @@ void TFolderView::SortLater() {
     TEntries entries;
     TFolderOrder order;
     unsigned version;
+    bool done = false;
   };
   const auto sort = std::make_shared<TSort>(TSort{fEntries, fOrder, fVersion});
-  Run([sort] { SortEntries(sort->entries, sort->order); },
-      [this, sort] {
-        fSorting = false;
-        if (sort->version != fVersion || sort->order != fOrder) {
-          SortLater();
-          return;
-        }
-        fEntries = std::move(sort->entries);
-        ++fVersion;
-        ShowRows();
-      });
+  const auto work = [sort] {
+    SortEntries(sort->entries, sort->order);
+    sort->done = true;
+  };
+  Run(fNavigation, work, [this, sort] {
+    fSorting = false;
+    if (sort->done && (sort->version != fVersion || sort->order != fOrder)) {
+      SortLater();
+      return;
+    }
+    RunWhatWasHeldUp();
+    if (!sort->done) return;
+    fEntries = std::move(sort->entries);
+    ++fVersion;
+    ShowRows();
+  });
 }
 
 // --- what is seen ----------------------------------------------------------------------------------------------------
@@ -171,11 +190,11 @@ void TFolderView::GetImageIndex(TListItem* pItem) {
       look->type = TypeOf(*entry);
     }
     bool below = false;
-    // A list of a path knows it without asking.
-    const ComPtr<IItemIdList> object = path.empty() ? folder->Concat(entry->item.Get()) : TKivItemIdList::Create(path);
-    if (states) look->state = states->IsPIDLSelected(object.Get(), below);
+    if (!states) return;
+    // What has no path can't be selected. A list of a path knows it without asking.
+    look->state = path.empty() ? ssDisabled : states->IsPIDLSelected(TKivItemIdList::Create(path).Get(), below);
   };
-  const auto show = [this, row, look, known = row->HasLook(), wants_state] {
+  const auto show = [row, look, known = row->HasLook(), wants_state] {
     if (!known) row->TakeLook(look->image, std::move(look->type));
     if (wants_state) row->SetState(look->state);
     row->Update();

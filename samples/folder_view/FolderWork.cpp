@@ -22,6 +22,7 @@ namespace {
 
 constexpr std::chrono::milliseconds BetweenDeliveries{100};
 constexpr int FreeWorkers = 4;
+constexpr int MostMeasuring = 2;
 
 HRESULT CodeOf(const EOSError& error) {
   const auto code = static_cast<HRESULT>(error.ErrorCode());
@@ -65,20 +66,24 @@ TOpenedFolder OpenFolder(const ComPtr<IItemIdList>& pFolder) {
     walker.SetFolderIdList(pFolder);
     if (!walker.GetShellFolder()) throw EPathmereError(E_FAIL, opened.path);
     opened.diskPath = pFolder->HasAttributes(SFGAO_FILESYSTEM) ? pFolder->Path() : std::wstring();
+    if (!opened.diskPath.empty()) {
+      opened.names = pFolder->IsSpecialFolder(SF_DESKTOP) ? TNameUse::Merged : TNameUse::Unique;
+    }
     opened.title = pFolder->DisplayName(dnfNormal);
     // The main thread will ask for this one: whoever doesn't answer isn't to answer there.
     static_cast<void>(pFolder->HasAttributes(SFGAO_LINK));
   } catch (const EOSError& error) {
     const std::wstring disk_path = pFolder->Path();
     opened.failure = CannotShow(opened.path, disk_path.empty() ? CodeOf(error) : WhyNot(disk_path));
-  } catch (const EException&) {
+  } catch (...) {
     opened.failure = CannotShow(opened.path, E_FAIL);
   }
   return opened;
 }
 
-TOpenedFolder OpenFolder(const std::wstring& pText) {
-  const std::wstring text = KIVExpandEnvironmentStrings(Trimmed(pText));
+namespace {
+
+TOpenedFolder OpenTyped(const std::wstring& text) {
   const ComPtr<IItemIdList> list = TKivItemIdList::Parse(text);
   TOpenedFolder opened;
   if (!list || list->IsInvalid()) {
@@ -90,6 +95,18 @@ TOpenedFolder OpenFolder(const std::wstring& pText) {
     opened = OpenFolder(list);
   }
   return opened;
+}
+
+} // namespace
+
+TOpenedFolder OpenFolder(const std::wstring& pText) {
+  try {
+    return OpenTyped(KIVExpandEnvironmentStrings(Trimmed(pText)));
+  } catch (...) {
+    TOpenedFolder failed;
+    failed.failure = CannotShow(pText, E_FAIL);
+    return failed;
+  }
 }
 
 // --- listing ---------------------------------------------------------------------------------------------------------
@@ -110,7 +127,9 @@ public:
     TObjectFacts facts(walker.GetShellFolder());
     auto due = std::chrono::steady_clock::now() + BetweenDeliveries;
     while (!fWithdrawn.IsCancellationRequested() && walker.Next()) {
-      if (auto entry = ReadEntry(facts, walker.GetItemIdList())) fNew.push_back(std::move(entry));
+      const TOpenedFolder& folder = fListing.folder;
+      auto entry = ReadEntry(facts, walker.GetItemIdList(), folder.list.Get(), folder.names);
+      if (entry) fNew.push_back(std::move(entry));
       if (std::chrono::steady_clock::now() < due) continue;
       Deliver(false);
       due = std::chrono::steady_clock::now() + BetweenDeliveries;
@@ -167,6 +186,8 @@ TFailure ListFolder(const TListing& pListing, ICancellationIndicator& pWithdrawn
     TLister(pListing, pWithdrawn, pDeliver).Run();
   } catch (const EOSError& error) {
     return CannotShow(pListing.folder.path, CodeOf(error));
+  } catch (...) {
+    return CannotShow(pListing.folder.path, E_FAIL);
   }
   return {};
 }
@@ -178,25 +199,35 @@ TFileTime LastChange(const std::wstring& pDiskPath) {
   return static_cast<TFileTime>(data.ftLastWriteTime.dwHighDateTime) << 32U | data.ftLastWriteTime.dwLowDateTime;
 }
 
-std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
-                                 ICancellationIndicator& pWithdrawn) {
-  std::vector<TReread> answers;
-  TPathmere walker;
-  walker.SetShowErrorMessages(false);
-  walker.SetFolderIdList(pFolder.list);
-  const ComPtr<IShellFolder> folder = walker.GetShellFolder();
-  TObjectFacts facts(folder, pFolder.diskPath, TFactsPrecision::Exact);
-  for (const std::wstring& name : pNames) {
-    if (pWithdrawn.IsCancellationRequested()) return {};
-    std::wstring text = name; // the platform's declaration takes it for changeable
-    PIDLIST_RELATIVE raw = nullptr;
-    const HRESULT hr =
-        GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &raw, nullptr); });
-    TUniqueItemIdList item(raw);
-    const bool found = SUCCEEDED(hr) && item;
-    answers.push_back({KeyOfName(name), found ? ReadEntry(facts, TKivItemIdList::Create(std::move(item))) : nullptr});
+std::optional<std::vector<TReread>> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
+                                                ICancellationIndicator& pWithdrawn) {
+  try {
+    std::vector<TReread> answers;
+    TPathmere walker;
+    walker.SetShowErrorMessages(false);
+    walker.SetFolderIdList(pFolder.list);
+    const ComPtr<IShellFolder> folder = walker.GetShellFolder();
+    if (!folder) return std::nullopt;
+    TObjectFacts facts(folder, pFolder.diskPath, TFactsPrecision::Exact);
+    for (const std::wstring& name : pNames) {
+      if (pWithdrawn.IsCancellationRequested()) break;
+      std::wstring text = name; // the platform's declaration takes it for changeable
+      PIDLIST_RELATIVE raw = nullptr;
+      const HRESULT hr =
+          GuardedCall([&] { return folder->ParseDisplayName(nullptr, nullptr, text.data(), nullptr, &raw, nullptr); });
+      TUniqueItemIdList item(raw);
+      TEntry entry;
+      if (SUCCEEDED(hr) && item) {
+        entry = ReadEntry(facts, TKivItemIdList::Create(std::move(item)), pFolder.list.Get(), pFolder.names);
+      }
+      // The report may have had the short name.
+      const std::wstring key = entry ? entry->key : KeyOfName(name);
+      answers.push_back({key, std::move(entry)});
+    }
+    return answers;
+  } catch (...) {
+    return std::nullopt; // a listing tells why
   }
-  return answers;
 }
 
 // --- workers ---------------------------------------------------------------------------------------------------------
@@ -204,19 +235,34 @@ std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector
 namespace {
 
 std::unique_ptr<TWorkerThreadPool> gWorkers;
+std::unique_ptr<TWorkerThreadPool> gSizeWorkers;
+
+std::unique_ptr<TWorkerThreadPool> MakePool() {
+  auto pool = std::make_unique<TWorkerThreadPool>(true);
+  pool->SetMaxTimeUntilHardTerminate(200);
+  pool->SetMaxCpuUsage(100);
+  pool->SetMaxIdleTime(10'000);
+  return pool;
+}
 
 } // namespace
 
 TWorkerThreadPool& FolderWorkers() {
   if (!gWorkers) {
-    gWorkers = std::make_unique<TWorkerThreadPool>(true);
-    gWorkers->SetMaxTimeUntilHardTerminate(200);
-    gWorkers->SetMaxCpuUsage(100);
-    gWorkers->SetMaxIdleTime(10'000);
+    gWorkers = MakePool();
     AtShutdown([] { gWorkers.reset(); });
     MakeRoom();
   }
   return *gWorkers;
+}
+
+TWorkerThreadPool& SizeWorkers() {
+  if (!gSizeWorkers) {
+    gSizeWorkers = MakePool();
+    AtShutdown([] { gSizeWorkers.reset(); });
+    gSizeWorkers->SetMaxRunningThreads(MostMeasuring);
+  }
+  return *gSizeWorkers;
 }
 
 void MakeRoom() {
@@ -224,6 +270,12 @@ void MakeRoom() {
   const int wanted = workers.GetActiveThreadCount() + FreeWorkers;
   if (wanted > workers.GetMaxRunningThreads()) workers.SetMaxRunningThreads(wanted);
   workers.SetMinWorkerThreads(wanted);
+}
+
+void MakeRoomForOne() {
+  TWorkerThreadPool& workers = FolderWorkers();
+  const int wanted = workers.GetActiveThreadCount() + 1;
+  if (wanted > workers.GetMinWorkerThreads()) workers.SetMinWorkerThreads(wanted);
 }
 
 } // namespace kiv::sample

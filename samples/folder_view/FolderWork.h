@@ -28,6 +28,7 @@ struct TOpenedFolder {
   std::wstring title;
   std::wstring path;     ///< to be shown, and understood when it is typed
   std::wstring diskPath; ///< empty for a folder that isn't on a disk
+  TNameUse names = TNameUse::Shown;
   TFailure failure;
 };
 /// By its list.
@@ -53,9 +54,9 @@ struct TReread {
 /// When something last came to a folder of a disk or left it; 0 if nobody knows.
 TFileTime LastChange(const std::wstring& pDiskPath);
 
-/// Reads some objects again, by their names in the folder.
-std::vector<TReread> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
-                                 ICancellationIndicator& pWithdrawn);
+/// Reads some objects again, by their names in the folder. Nothing if the folder can't be asked for them.
+std::optional<std::vector<TReread>> ReadObjects(const TOpenedFolder& pFolder, const std::vector<std::wstring>& pNames,
+                                                ICancellationIndicator& pWithdrawn);
 
 // What the user wants done. Answers are empty if it was done.
 
@@ -71,5 +72,10 @@ TFailure OpenObject(const ComPtr<IItemIdList>& pObject, const std::wstring& pNam
 /// there are as many free threads then as there were, however many are stuck. Main thread; ends with the library.
 TWorkerThreadPool& FolderWorkers();
 void MakeRoom();
+/// For what has been added with Highest: at least one worker that isn't busy now takes it.
+void MakeRoomForOne();
+
+/// Those that measure folders, which takes long: nobody waits behind them. As above.
+TWorkerThreadPool& SizeWorkers();
 
 } // namespace kiv::sample

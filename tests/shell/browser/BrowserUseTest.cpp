@@ -3,7 +3,9 @@
 
 #include <core/FileFunctions.h>
 #include <core/FolderFunctions.h>
+#include <core/ItemIdList.h>
 #include <platform/ErrorText.h>
+#include <platform/MainThread.h>
 
 #include <utility>
 
@@ -61,7 +63,7 @@ TEST_F(BrowserUse, SaysWhatCannotBeShownAndStays) {
   };
   for (const auto& [path, code] : cases) {
     Enter(path);
-    ASSERT_TRUE(PumpUntil([&] { return fWindow->Failure().find(path) != std::wstring::npos; }));
+    ASSERT_TRUE(PumpUntil([&, &where = path] { return fWindow->Failure().find(where) != std::wstring::npos; }));
     EXPECT_NE(fWindow->Failure().find(DescribeError(HRESULT_FROM_WIN32(code))), std::wstring::npos)
         << code << " in \"" << std::string(fWindow->Failure().begin(), fWindow->Failure().end()) << '"';
     EXPECT_EQ(Names(), fAll);
@@ -112,6 +114,38 @@ TEST_F(BrowserUse, Renames) {
   EXPECT_TRUE(PumpUntil([&] { return fWindow->Failure().find(L"c.doc") != std::wstring::npos; }));
   EXPECT_TRUE(IsFile(fTemp.PathOf(L"c.doc")));
   EXPECT_EQ(GetFileSize64(fTemp.PathOf(L"large.txt")), 5000);
+}
+
+// What the user has begun goes on, although the folder is left at once: a renaming, a path that is being typed.
+TEST_F(BrowserUse, LeavingAFolderEndsNothingElse) {
+  const ComPtr<IItemIdList> sub = TKivItemIdList::Create(fTemp.PathOf(L"sub"));
+  Selection().AddPathToSelection(fTemp.PathOf(L"b.doc"));
+  FocusOn(L"b.doc");
+  PressKey(VK_F2);
+  ASSERT_TRUE(PumpUntil([&] { return Edit() != nullptr; }));
+  SetWindowTextW(Edit(), L"c.doc");
+  fWindow->PathLine().SetFocus();
+  MainThread::Queue([&] { View().GoTo(sub); }); // right behind the edit's end
+  EXPECT_TRUE(PumpUntil([&] { return Selection().GetPaths().Get(0) == fTemp.PathOf(L"c.doc"); }));
+
+  fWindow->PathLine().SelectAll();
+  TypeText(L"being typed");
+  View().GoTo(sub->GetParent());
+  ASSERT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); }));
+  EXPECT_EQ(fWindow->PathLine().GetText(), L"being typed");
+  PressKey(VK_ESCAPE);
+  EXPECT_EQ(fWindow->PathLine().GetText(), fTemp.Path());
+}
+
+TEST_F(BrowserUse, ANestedNavigationIsTheOneThatCounts) {
+  const ComPtr<IItemIdList> sub = TKivItemIdList::Create(fTemp.PathOf(L"sub"));
+  bool nested = false;
+  View().SetOnFolder([&](TPersistent*) {
+    if (!std::exchange(nested, true)) View().GoTo(sub);
+  });
+  View().GoTo(sub->GetParent()->GetParent());
+  ASSERT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.PathOf(L"sub")); }));
+  EXPECT_EQ(fExplorer->Link().GetCurrentFolder()->Path(), fTemp.PathOf(L"sub"));
 }
 
 TEST_F(BrowserUse, MakesFoldersAndLetsThemBeNamed) {
@@ -168,6 +202,13 @@ TEST_F(BrowserUse, ChecksByMouseAndKeyForAllWindows) {
   PressKey(VK_RETURN);
   ASSERT_TRUE(PumpUntil([&] { return IsQuiet(other, fTemp.PathOf(L"sub")); })) << "and follows it";
   EXPECT_EQ(Names(other.View()), (std::vector<std::wstring>{L"inner.txt", L"second.txt"}));
+  other.FilterLine().SetText(L"inner");
+  EXPECT_TRUE(Shows({L"inner.txt"}));
+  EXPECT_EQ(fWindow->FilterLine().GetText(), L"inner");
+  TExplorerForm& third = fExplorer->OpenWindow();
+  EXPECT_EQ(third.FilterLine().GetText(), L"inner") << "one that is opened later";
+  EXPECT_EQ(third.View().GetFilter(), L"inner");
+  third.Close();
   other.Close();
   EXPECT_TRUE(PumpUntil([&] { return fExplorer->Windows().size() == 1; }));
 }
