@@ -51,20 +51,27 @@ double Seconds(const std::function<void()>& pWork) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups) {
-  std::set<std::string> known;
-  for (const TFigure& figure : pFigures) known.insert(figure.group);
-  if (pGroups.size() == 2 && pGroups[0] == "--has") return known.contains(pGroups[1]) ? 0 : 1;
-  for (const std::string& group : pGroups) {
-    if (known.contains(group)) continue;
-    std::fprintf(stderr, "kiv_bench: unknown group \"%s\"; there are:", group.c_str());
-    for (const std::string& name : known) std::fprintf(stderr, " %s", name.c_str());
+int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pWanted) {
+  std::set<std::string> groups;
+  std::set<std::string> names;
+  for (const TFigure& figure : pFigures) {
+    groups.insert(figure.group);
+    names.insert(figure.group + "/" + figure.name);
+  }
+  if (pWanted.size() == 2 && pWanted[0] == "--has")
+    return groups.contains(pWanted[1]) || names.contains(pWanted[1]) ? 0 : 1;
+  for (const std::string& name : pWanted) {
+    if (groups.contains(name) || names.contains(name)) continue;
+    std::fprintf(stderr, "kiv_bench: unknown group or figure \"%s\"; the groups are:", name.c_str());
+    for (const std::string& group : groups) std::fprintf(stderr, " %s", group.c_str());
     std::fputs("\n", stderr);
     return 2;
   }
   for (const TFigure& figure : pFigures) {
-    const bool all = pGroups.empty();
-    if (!all && std::find(pGroups.begin(), pGroups.end(), figure.group) == pGroups.end()) continue;
+    const auto isWanted = [&](const std::string& name) {
+      return name == figure.group || name == figure.group + "/" + figure.name;
+    };
+    if (!pWanted.empty() && std::none_of(pWanted.begin(), pWanted.end(), isWanted)) continue;
     std::puts(Measure(figure).c_str());
     std::fflush(stdout);
   }

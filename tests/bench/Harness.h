@@ -22,10 +22,10 @@ struct TFigure {
 /// Seconds that a piece of work takes.
 double Seconds(const std::function<void()>& pWork);
 
-/// Measures each figure of the chosen groups (all, if none is named): the medians of interleaved runs, behind one that
-/// warms up. Prints one tab-separated line a figure:
-/// `group/name  ours  floor  ratio  budget  ok|over`. Returns the program's exit code; a group that doesn't exist is an
-/// error, a figure over its budget is not. `--has GROUP` only says by the exit code whether there is such a group.
-int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups);
+/// Measures the chosen figures, `group` or `group/name` (all, if none is named): the medians of interleaved runs,
+/// behind one that warms up. Prints one tab-separated line a figure: `group/name  ours  floor  ratio  budget  ok|over`.
+/// Returns the program's exit code; a figure that doesn't exist is an error, one over its budget is not. `--has NAME`
+/// only says by the exit code whether there is such a group or figure.
+int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pWanted);
 
 } // namespace kiv::bench
