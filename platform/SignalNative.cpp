@@ -1,38 +1,55 @@
 #include <platform/Signal.h>
 
-#include <condition_variable>
-#include <mutex>
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+
+#include <semaphore.h>
+#include <time.h>
 
 namespace kiv {
 
+// A semaphore wakes its waiter in one step of the kernel's, where a condition variable has its lock taken once more.
 struct TSignal::TImpl {
-  std::mutex lock;
-  std::condition_variable changed;
-  bool set = false;
+  TImpl() noexcept { sem_init(&semaphore, 0, 0); }
+  ~TImpl() { sem_destroy(&semaphore); }
+  TImpl(const TImpl&) = delete;
+  TImpl& operator=(const TImpl&) = delete;
+
+  // By the waiter that got through: what was set up to here has been seen by it.
+  void Take() noexcept { isSet.exchange(false); }
+
+  sem_t semaphore{};
+  std::atomic<bool> isSet{false}; // posted, and nobody got through since
 };
 
 TSignal::TSignal() : fImpl(std::make_shared<TImpl>()) {}
 TSignal::~TSignal() = default;
 
 void TSignal::Set() noexcept {
-  const std::shared_ptr<TImpl> impl = fImpl; // the waiter may destroy the signal as soon as it has the lock
-  {
-    const std::lock_guard guard(impl->lock);
-    impl->set = true;
-  }
-  impl->changed.notify_one(); // not under the lock, for which the woken thread would wait at once
+  const std::shared_ptr<TImpl> impl = fImpl; // the waiter may destroy the signal as soon as it is posted
+  if (!impl->isSet.exchange(true)) sem_post(&impl->semaphore);
 }
 
 void TSignal::Wait() noexcept {
-  std::unique_lock guard(fImpl->lock);
-  fImpl->changed.wait(guard, [this] { return fImpl->set; });
-  fImpl->set = false;
+  while (sem_wait(&fImpl->semaphore) != 0) { // interrupted
+  }
+  fImpl->Take();
 }
 
 bool TSignal::WaitFor(std::chrono::milliseconds pTimeout) noexcept {
-  std::unique_lock guard(fImpl->lock);
-  if (!fImpl->changed.wait_for(guard, pTimeout, [this] { return fImpl->set; })) return false;
-  fImpl->set = false;
+  constexpr std::chrono::milliseconds longest = std::chrono::hours(24 * 365); // more would overflow
+  timespec until{};
+  clock_gettime(CLOCK_MONOTONIC, &until);
+  const auto now = std::chrono::seconds(until.tv_sec) + std::chrono::nanoseconds(until.tv_nsec);
+  const auto end = now + std::min(pTimeout, longest);
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(end);
+  until.tv_sec = seconds.count();
+  until.tv_nsec = (end - seconds).count();
+  while (sem_clockwait(&fImpl->semaphore, CLOCK_MONOTONIC, &until) != 0) {
+    if (errno != EINTR) return false;
+  }
+  fImpl->Take();
   return true;
 }
 

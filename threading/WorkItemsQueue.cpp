@@ -1,6 +1,7 @@
 #include <threading/WorkItemsQueue.h>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kiv {
@@ -21,14 +22,9 @@ TWorkItemsQueue::TLock TWorkItemsQueue::Lock() const {
 
 // --- with the lock held ----------------------------------------------------------------------------------------------
 
-void TWorkItemsQueue::Push(ComPtr<IWorkItem> pItem, bool pHighPriority) {
-  if (pHighPriority) {
-    fList.push_back(std::move(pItem));
-  } else {
-    fList.push_front(std::move(pItem));
-  }
+void TWorkItemsQueue::CountAdded(std::size_t pCount) noexcept {
   fLength.store(fList.size(), std::memory_order_relaxed);
-  fAdded.store(fAdded.load(std::memory_order_relaxed) + 1, std::memory_order_release);
+  fAdded.store(fAdded.load(std::memory_order_relaxed) + pCount, std::memory_order_release);
 }
 
 ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
@@ -57,7 +53,12 @@ TWorkItemsQueue::TWaker TWorkItemsQueue::NextWaker() {
 void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
   pItem->SetStatus(TTaskStatus::WaitingToRun);
   TLock guard = Lock();
-  Push(std::move(pItem), pHighPriority);
+  if (pHighPriority) {
+    fList.push_back(std::move(pItem));
+  } else {
+    fList.push_front(std::move(pItem));
+  }
+  CountAdded(1);
   const TWaker waker = NextWaker();
   guard.unlock();
   Wake(waker);
@@ -66,7 +67,15 @@ void TWorkItemsQueue::Add(ComPtr<IWorkItem> pItem, bool pHighPriority) {
 void TWorkItemsQueue::Add(IWorkItems pItems, bool pHighPriority) {
   for (const auto& item : pItems) item->SetStatus(TTaskStatus::WaitingToRun);
   TLock guard = Lock();
-  for (auto& item : pItems) Push(std::move(item), pHighPriority);
+  // All or, out of memory, none.
+  const auto first = std::make_move_iterator(pItems.begin());
+  const auto end = std::make_move_iterator(pItems.end());
+  if (pHighPriority) {
+    fList.insert(fList.end(), first, end);
+  } else {
+    fList.insert(fList.begin(), std::make_reverse_iterator(end), std::make_reverse_iterator(first));
+  }
+  CountAdded(pItems.size());
   const TWaker waker = NextWaker();
   guard.unlock();
   Wake(waker);

@@ -96,7 +96,7 @@ public:
   [[nodiscard]] TLock Lock() const;
 
 private:
-  void Push(ComPtr<IWorkItem> pItem, bool pHighPriority);
+  void CountAdded(std::size_t pCount) noexcept;
   ComPtr<IWorkItem> Pop();
   TWaker NextWaker();
   bool CountDone(std::size_t pCount) noexcept;
