@@ -30,7 +30,7 @@ void TWorkItemsQueue::CountAdded(std::size_t pCount) noexcept {
 ComPtr<IWorkItem> TWorkItemsQueue::Pop() {
   ComPtr<IWorkItem> item = std::move(fList.back());
   fList.pop_back();
-  fLength.store(fList.size(), std::memory_order_relaxed);
+  fLength.store(fLength.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
   return item;
 }
 
@@ -115,7 +115,8 @@ TWorkItemsQueue::TFound TWorkItemsQueue::TakeOrList(ComPtr<IWorkItem>& pItem, co
   TLock guard = Lock();
   if (pDone && CountDone(1)) return TFound::LastDone;
   if (pLast == TFound::Search) fSearching = false;
-  const auto listed = std::find(fWaiting.begin(), fWaiting.end(), pWaker);
+  // Whoever was told anything else isn't listed.
+  const auto listed = pLast == TFound::Nothing ? std::find(fWaiting.begin(), fWaiting.end(), pWaker) : fWaiting.end();
   if (fList.empty() || fAllWorkItemsDoneEventCount > 0) {
     if (pLast == TFound::Item && !fSearching) {
       fSearching = true;
