@@ -57,10 +57,12 @@ else()
   target_precompile_headers(kiv_test_pch PRIVATE "${KIV_LOGIC_PCH}" <gtest/gtest.h>)
 endif()
 
-# kiv_test_program(NAME ROOMS ROOM... SOURCES FILE... [LIBRARIES LIB...])
-# One program for a room and ring, one CTest entry for each test suite in it.
+# kiv_test_program(NAME ROOMS ROOM... SOURCES FILE... [LIBRARIES LIB...] [LOCKS LOCK...])
+# One program for a room and ring, one CTest entry for each test suite in it. Suites with a common lock don't run at the
+# same time: "screen" for those that need the keyboard focus and the mouse, "desktop" for those that may see what others
+# register in the namespace.
 function(kiv_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ROOMS;SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "ROOMS;SOURCES;LIBRARIES;LOCKS")
   add_executable(${name} ${arg_SOURCES})
   kiv_test_settings(${name})
   target_link_libraries(${name} PRIVATE test_doubles GTest::gtest ${arg_LIBRARIES})
@@ -90,6 +92,7 @@ function(kiv_test_program name)
     add_test(NAME "${name}.${suite}" COMMAND ${name} "--gtest_filter=${filter}" --gtest_brief=1)
     set_tests_properties("${name}.${suite}" PROPERTIES
       TIMEOUT ${KIV_CTEST_SECONDS}
+      RESOURCE_LOCK "${arg_LOCKS}"
       ENVIRONMENT "KIV_WATCHDOG_SECONDS=${KIV_TEST_SECONDS}")
   endforeach()
 endfunction()

@@ -8,7 +8,7 @@
 namespace kiv::test {
 
 /// The namespace extension of extension/Extension.h, registered for as long as this lives. One program at a time: a
-/// test suite that has one is kept apart from others by CTest's RESOURCE_LOCK "shell_extension".
+/// test suite that has one is kept apart from others by CTest's RESOURCE_LOCK "desktop".
 class ScopedExtension {
 public:
   /// Fails the test if the DLL isn't beside the program, or the registry can't be written.
