@@ -79,7 +79,7 @@ public:
   bool HandleAllocated() const noexcept { return static_cast<bool>(fList); }
   /// Takes a list of version 6 of the common controls: as the owner, or, if ShareImages is set, as a guest. Null lets
   /// go of what is there. Raises EInvalidGraphic for lists of other versions.
-  void SetHandle(HIMAGELIST pHandle);
+  virtual void SetHandle(HIMAGELIST pHandle);
 
   /// The size of all images, at least 1.
   virtual int GetWidth() const { return fWidth; }

@@ -13,17 +13,24 @@
 namespace kiv {
 
 /// Values by a text and a small number: what is dear to find out and doesn't change. Nothing is removed before Clear,
-/// so reading takes no lock, and workers that read all the time don't wait for one another. Any thread, but for Clear
-/// and the destructor.
+/// so reading takes no lock, and workers that read all the time don't wait for one another. Any thread, but for the
+/// destructor.
 template <typename V>
 class TGrowingTextMap {
 public:
   TGrowingTextMap() = default;
   TGrowingTextMap(const TGrowingTextMap&) = delete;
   TGrowingTextMap& operator=(const TGrowingTextMap&) = delete;
-  ~TGrowingTextMap() { Clear(); }
+  ~TGrowingTextMap() {
+    Clear();
+    for (TEntry* head = fCleared; head;) {
+      TEntry* entry = head;
+      head = head->nextCleared;
+      while (entry) delete std::exchange(entry, entry->next);
+    }
+  }
 
-  /// Null if it isn't there. Good until Clear.
+  /// Null if it isn't there. Good as long as the map.
   const V* Find(std::uint32_t pNumber, std::wstring_view pText) const noexcept {
     return Search(Hash(pNumber, pText), pNumber, pText);
   }
@@ -35,16 +42,17 @@ public:
     if (const V* const standing = Search(hash, pNumber, pText)) return *standing;
     std::atomic<TEntry*>& bucket = fBuckets[hash % Buckets];
     auto entry = std::make_unique<TEntry>(
-        TEntry{hash, pNumber, std::wstring(pText), std::move(pValue), bucket.load(std::memory_order_relaxed)});
+        TEntry{hash, pNumber, std::wstring(pText), std::move(pValue), bucket.load(std::memory_order_relaxed), nullptr});
     bucket.store(entry.get(), std::memory_order_release);
     return entry.release()->value;
   }
 
-  /// While no other thread is inside.
+  /// Nothing is found any more. What others may still read goes with the map.
   void Clear() noexcept {
+    const std::lock_guard guard(fLock);
     for (std::atomic<TEntry*>& bucket : fBuckets) {
-      TEntry* entry = bucket.exchange(nullptr);
-      while (entry) delete std::exchange(entry, entry->next);
+      TEntry* const head = bucket.exchange(nullptr, std::memory_order_relaxed);
+      if (head) head->nextCleared = std::exchange(fCleared, head);
     }
   }
 
@@ -57,6 +65,7 @@ private:
     std::wstring text;
     V value;
     TEntry* next;
+    TEntry* nextCleared; // guarded by fLock: of the first entry of a bucket that was cleared, the next one like it
   };
 
   static std::size_t Hash(std::uint32_t number, std::wstring_view text) noexcept {
@@ -73,7 +82,8 @@ private:
   }
 
   std::array<std::atomic<TEntry*>, Buckets> fBuckets{};
-  std::mutex fLock; // of Add
+  std::mutex fLock;           // of whatever writes
+  TEntry* fCleared = nullptr; // guarded by fLock
 };
 
 } // namespace kiv

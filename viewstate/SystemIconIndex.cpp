@@ -21,7 +21,8 @@ namespace {
 
 constexpr int None = -1;
 
-// What has been found out. Comes with its first use, and goes at the end of the library, when no worker is left.
+// What has been found out. Comes with its first use, and is forgotten at the end of the library: workers that are still
+// about to end may read it then.
 struct TKnown {
   TGrowingTextMap<int> indexes; // by extension without its point; the number says size and form
   TGrowingTextMap<std::wstring> types;
@@ -80,6 +81,7 @@ bool LooksLikeFolder(std::wstring_view path) {
 
 int TKivSystemImageList::GetFileInfo(const std::wstring& pFilepath, TKivImageListSize pSize, bool pOpened,
                                      DWORD pAttributes) {
+  if (pFilepath.find(L'\0') != std::wstring::npos) return None; // the platform would read another path
   UINT flags = IndexFlags(pSize, pOpened);
   DWORD attributes = 0;
   if (pAttributes != 0) {

@@ -48,7 +48,8 @@ TKivSystemImageList::TKivSystemImageList(int pHeight, TComponent* pOwner, TKivIm
 
 TKivSystemImageList* TKivSystemImageList::CreateScaled(TKivImageListSize pSize, int pDestPPI, TComponent* pOwner) {
   auto list = std::make_unique<TKivSystemImageList>(pSize, pOwner);
-  if (pSize != si_FreeScaled) list->Scale(ScaledPixels(TKivImageListSizeHelper::GetDefaultHeight(pSize), pDestPPI));
+  const int height = pSize == si_FreeScaled ? LeastWidth : TKivImageListSizeHelper::GetDefaultHeight(pSize);
+  list->Scale(ScaledPixels(height, pDestPPI));
   return list.release();
 }
 
@@ -87,6 +88,7 @@ TKivImageListSize TKivSystemImageList::PixelsToSize(int pPixels) {
 
 void TKivSystemImageList::Show(TKivImageListSize pSize, int pHeight) {
   if (pSize == fSize && (pSize != si_FreeScaled || pHeight == fHeight)) return;
+  if (fInstance) CheckOwn();
   BeginUpdate();
   DropList();
   fMade.clear();
@@ -112,6 +114,10 @@ void TKivSystemImageList::ChangeScale(int pMultiplier, int pDivisor) {
 }
 
 void TKivSystemImageList::SetShareImages(bool) {}
+
+void TKivSystemImageList::SetHandle(HIMAGELIST) {
+  CheckOwn();
+}
 
 void TKivSystemImageList::CheckOwn() const {
   throw EInvalidOperation(L"The system's image list can't be changed.");
@@ -142,27 +148,47 @@ void TKivSystemImageList::CreateList() {
     return;
   }
   fMade.clear();
+  fOverlays.fill(-1);
   UseList(MakeImageList(fHeight, fHeight, true, LeastWidth));
-  // So that controls which draw by the handle find them.
+  SyncOverlays();
+}
+
+// So that controls which draw by the handle find them. The shell loads them when objects first have them.
+void TKivSystemImageList::SyncOverlays() {
   for (int overlay = 1; overlay <= MostOverlays; ++overlay) {
     const int image = OverlayImage(overlay);
-    if (image >= 0) List().SetOverlayImage(image, overlay);
+    int& known = fOverlays[static_cast<std::size_t>(overlay)];
+    if (image >= 0 && image != known && SUCCEEDED(List().SetOverlayImage(image, overlay))) known = image;
   }
+}
+
+// Places without an image may look like anything ("ImageList_SetImageCount"), and a control may draw them before their
+// turn comes.
+void TKivSystemImageList::Grow(std::size_t pCount) {
+  TBitmap blank(fHeight, fHeight, TAlphaFormat::afPremultiplied);
+  blank.ScanLine(0)[0] = 0x01000000; // without any alpha the platform takes a picture for an opaque one
+  const TUniqueIcon icon = blank.ToIcon();
+  HRESULT hr = List().SetImageCount(static_cast<UINT>(pCount));
+  for (std::size_t i = fMade.size(); SUCCEEDED(hr) && i < pCount; ++i) {
+    int index = -1;
+    hr = List().ReplaceIcon(static_cast<int>(i), icon.Get(), &index);
+  }
+  if (FAILED(hr)) throw EInvalidGraphic(hr, L"The image list can't be enlarged");
+  fMade.resize(pCount);
 }
 
 void TKivSystemImageList::Require(int pIndex) {
   if (fSize != si_FreeScaled || pIndex < 0) return;
   const auto index = static_cast<std::size_t>(pIndex);
   if ((index < fMade.size() && fMade[index]) || pIndex >= GetCount()) return;
-  IImageList& list = List();
-  if (index >= fMade.size()) {
-    fMade.resize(std::max(static_cast<std::size_t>(GetCount()), index + 1));
-    list.SetImageCount(static_cast<UINT>(fMade.size()));
-  }
+  List(); // makes it, and with it the overlays
+  if (index >= fMade.size()) Grow(std::max(static_cast<std::size_t>(GetCount()), index + 1));
+  if (fMade[index]) return;
   TBitmap image = SystemImage(pIndex, fHeight);
   if (image.IsEmpty()) image = TBitmap(fHeight, fHeight, TAlphaFormat::afPremultiplied);
   Put(pIndex, image);
   fMade[index] = true;
+  SyncOverlays();
 }
 
 bool TKivSystemImageList::IsReady(int pIndex) {

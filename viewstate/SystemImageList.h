@@ -5,6 +5,8 @@
 #include <graphics/ImageList.h>
 #include <viewstate/SystemImages.h>
 
+#include <array>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,7 +30,8 @@ public:
   explicit TKivSystemImageList(TKivImageListSize pSize, TComponent* pOwner = nullptr);
   /// Images of a height in pixels; with another size than si_FreeScaled the height counts for nothing.
   TKivSystemImageList(int pHeight, TComponent* pOwner, TKivImageListSize pSize);
-  /// The images of a size as they are to look at some dots per inch. Without an owner the list is the caller's.
+  /// The images of a size as they are to look at some dots per inch; si_FreeScaled stands for small ones here. Without
+  /// an owner the list is the caller's.
   static TKivSystemImageList* CreateScaled(TKivImageListSize pSize, int pDestPPI, TComponent* pOwner);
   ~TKivSystemImageList() override;
 
@@ -73,7 +76,8 @@ public:
 
   using TCustomImageList::SetSize;
   TKivImageListSize GetSize() const noexcept { return fSize; }
-  /// Shows the images of another size. si_FreeScaled keeps the height that there is.
+  /// Shows the images of another size. si_FreeScaled keeps the height that there is. A list that all share stays as it
+  /// is: EInvalidOperation, here and below.
   void SetSize(TKivImageListSize pSize);
   /// Shows the images in a height in pixels: those of a size of the platform's if one fits, else scaled ones.
   void Scale(int pPixels);
@@ -87,6 +91,8 @@ public:
   void ChangeScale(int pMultiplier, int pDivisor) override;
   /// The platform's lists are always shared, and scaled ones never: there is no choice.
   void SetShareImages(bool pShare) override;
+  /// Raises EInvalidOperation: the images are the platform's.
+  void SetHandle(HIMAGELIST pHandle) override;
   void Require(int pIndex) override;
   bool IsReady(int pIndex) override;
 
@@ -97,6 +103,8 @@ protected:
 
 private:
   void Show(TKivImageListSize pSize, int pHeight);
+  void Grow(std::size_t pCount);
+  void SyncOverlays();
 
   TKivImageListSize fSize;
   int fHeight = 16; // of si_FreeScaled
@@ -104,6 +112,7 @@ private:
   // For si_FreeScaled: one of the platform's lists, which all have the same images, and which images there are here.
   ComPtr<IImageList> fSystem;
   std::vector<bool> fMade;
+  std::array<int, 16> fOverlays{}; // by their numbers, 1 and more: the image that our list has, -1 for none
 };
 
 template <>

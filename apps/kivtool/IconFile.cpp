@@ -1,7 +1,9 @@
 #include "IconFile.h"
 
 #include <core/ItemIdList.h>
+#include <platform/ErrorMode.h>
 #include <platform/Exception.h>
+#include <platform/FaultGuard.h>
 #include <platform/Handles.h>
 #include <viewstate/SystemImageList.h>
 
@@ -15,8 +17,13 @@ namespace {
 int OverlayOf(kiv::IItemIdList& list) {
   SHFILEINFOW info{};
   const auto* const raw = reinterpret_cast<const wchar_t*>(list.WindowsPointer());
-  const DWORD_PTR answer =
-      SHGetFileInfoW(raw, 0, &info, sizeof(info), SHGFI_PIDL | SHGFI_ICON | SHGFI_SMALLICON | SHGFI_OVERLAYINDEX);
+  const kiv::ScopedErrorMode mode;
+  DWORD_PTR answer = 0;
+  const HRESULT hr = kiv::GuardedCall([&] { // overlays come from third parties
+    answer =
+        SHGetFileInfoW(raw, 0, &info, sizeof(info), SHGFI_PIDL | SHGFI_ICON | SHGFI_SMALLICON | SHGFI_OVERLAYINDEX);
+  });
+  if (FAILED(hr)) return 0;
   const kiv::TUniqueIcon icon(info.hIcon);
   return answer != 0 ? static_cast<int>(static_cast<unsigned>(info.iIcon) >> 24U) : 0;
 }

@@ -51,5 +51,31 @@ TEST(GrowingTextMap, GivesAllThreadsTheSameValue) {
   EXPECT_TRUE(seen[0][7]->starts_with(L"7 of "));
 }
 
+TEST(GrowingTextMap, IsClearedUnderItsReaders) {
+  constexpr int readers = 3;
+  TGrowingTextMap<std::wstring> map;
+  test::TBarrier start(readers + 1);
+  std::atomic<int> reading{readers};
+  std::atomic<int> wrong{0};
+  std::vector<std::thread> workers;
+  for (int worker = 0; worker < readers; ++worker) {
+    workers.emplace_back([&] {
+      start.ArriveAndWait();
+      for (int i = 0; i < 3000; ++i) {
+        const std::wstring text = std::to_wstring(i % 50);
+        const std::wstring* value = map.Find(1, text);
+        if (!value) value = &map.Add(1, text, L"value of " + text);
+        if (*value != L"value of " + text) ++wrong;
+      }
+      --reading;
+    });
+  }
+  start.ArriveAndWait();
+  do map.Clear();
+  while (reading > 0);
+  for (std::thread& worker : workers) worker.join();
+  EXPECT_EQ(wrong, 0);
+}
+
 } // namespace
 } // namespace kiv

@@ -40,13 +40,15 @@ struct TAsk {
   std::wstring name;
   DWORD attributes;
   UINT flags;
+  bool isQuiet = true; // no dialog of the platform's may come up
   bool operator==(const TAsk&) const = default;
 };
 std::vector<TAsk> gAsked;
 int gAnswer = 7;
 
 DWORD_PTR WINAPI FileInfoFake(LPCWSTR name, DWORD attributes, SHFILEINFOW* info, UINT, UINT flags) {
-  gAsked.push_back({(flags & SHGFI_PIDL) != 0 ? L"(list)" : name, attributes, flags});
+  const bool is_quiet = (GetThreadErrorMode() & SEM_FAILCRITICALERRORS) != 0;
+  gAsked.push_back({(flags & SHGFI_PIDL) != 0 ? L"(list)" : name, attributes, flags, is_quiet});
   info->iIcon = gAnswer;
   wcscpy(info->szTypeName, L"Some Type");
   return gAnswer < 0 ? 0 : 1;
@@ -89,6 +91,8 @@ TEST_F(SystemIconIndex, AsksThePlatformForWhatIsWanted) {
     EXPECT_EQ(TList::GetFileInfo(L"x", each.size, each.opened, each.attributes), 7);
     EXPECT_EQ(gAsked, std::vector{each.asked}) << each.attributes;
   }
+  EXPECT_EQ(TList::GetFileInfo(std::wstring(L"C:\\Windows\0x", 12), si_Small, false, 0), -1); // another path's icon
+  EXPECT_EQ(gAsked.size(), 1U);
   gAnswer = -1;
   EXPECT_EQ(TList::GetFileInfo(L"x", si_Small, false, 0), -1);
   (*fApi)->SHGetFileInfoW = [](LPCWSTR, DWORD, SHFILEINFOW*, UINT, UINT) -> DWORD_PTR {
@@ -177,6 +181,9 @@ TEST_F(SystemImageList, HasSizesForPixels) {
   EXPECT_EQ(TList::PixelsToSize(40), si_ExtraLarge);
   EXPECT_EQ(TList::PixelsToSize(100), si_ExtraLarge);
   EXPECT_EQ(TList::PixelsToSize(300), si_Jumbo);
+  for (const auto size : {si_SysSmall, si_Large, si_ExtraLarge, si_Jumbo}) {
+    EXPECT_EQ(TList::PixelsToSize(TKivImageListSizeHelper::GetSize(size)), size);
+  }
   for (const auto size : {si_Large, si_Small, si_ExtraLarge, si_SysSmall, si_Jumbo}) {
     TList list(size);
     const int real = TKivImageListSizeHelper::GetSize(size);
@@ -200,6 +207,9 @@ TEST_F(SystemImageList, SharesAnInstanceForEachSizeAndWidth) {
   EXPECT_EQ(TList::GetInstance(1)->GetWidth(), 16);
   EXPECT_EQ(TList::GetInstance(1000)->GetWidth(), 256);
   small->ChangeScale(2, 1);
+  EXPECT_THROW(small->SetSize(si_Jumbo), EInvalidOperation);
+  EXPECT_THROW(small->Scale(100), EInvalidOperation);
+  EXPECT_THROW(small->SetHandle(TList::GetInstance(si_Large)->GetHandle()), EInvalidOperation);
   EXPECT_EQ(small->GetHeight(), TKivImageListSizeHelper::GetSize(si_Small));
 }
 
@@ -218,6 +228,13 @@ TEST_F(SystemImageList, ScalesIntoAListOfItsOwn) {
   list.Require(folder + 1);
   const TBitmap drawn = ImageOf(*ImageListOf(list.GetHandle()).Get(), folder);
   EXPECT_TRUE(std::ranges::equal(drawn.Pixels(), picture.Pixels()));
+  // And before: nothing is seen.
+  const int other = folder == 0 ? 1 : folder - 1;
+  ASSERT_FALSE(list.IsReady(other));
+  const TBitmap early = ImageOf(*ImageListOf(list.GetHandle()).Get(), other);
+  EXPECT_TRUE(std::ranges::all_of(early.Pixels(), [](TPixel pixel) { return pixel >> 24 <= 1; }));
+  list.Require(other);
+  EXPECT_TRUE(list.IsReady(other));
   int width = 0;
   int height = 0;
   system->GetIconSize(&width, &height);
@@ -239,6 +256,8 @@ TEST_F(SystemImageList, ScalesIntoAListOfItsOwn) {
   EXPECT_EQ(after, before);
   const std::unique_ptr<TList> scaled(TList::CreateScaled(si_Large, 144, nullptr));
   EXPECT_EQ(scaled->GetHeight(), 48);
+  const std::unique_ptr<TList> free(TList::CreateScaled(si_FreeScaled, 144, nullptr));
+  EXPECT_EQ(free->GetHeight(), 24);
 }
 
 TEST_F(SystemImageList, GivesPicturesInAnySizeAndShape) {
@@ -252,6 +271,9 @@ TEST_F(SystemImageList, GivesPicturesInAnySizeAndShape) {
   EXPECT_TRUE(wide.GetWidth() == 60 && wide.GetHeight() == 32);
   EXPECT_EQ(wide.ScanLine(16)[2], 0xFF00FF00U);
   EXPECT_NE(wide.ScanLine(16)[30], 0xFF00FF00U);
+  EXPECT_EQ(wide.ScanLine(16)[57], 0xFF00FF00U);
+  const TBitmap bare = TList::GetAsBitmap(folder, 60, 32);
+  EXPECT_TRUE(bare.ScanLine(16)[2] == 0 && bare.ScanLine(16)[57] == 0 && bare.ScanLine(16)[30] >> 24 == 255);
   EXPECT_TRUE(TList::GetAsBitmap(1'000'000, 16, 16).IsEmpty() && TList::GetAsBitmap(-1, 16, 16).IsEmpty() &&
               TList::GetAsBitmap(folder, 0, 16).IsEmpty());
   TImageList target;
@@ -259,8 +281,17 @@ TEST_F(SystemImageList, GivesPicturesInAnySizeAndShape) {
   EXPECT_EQ(TList::CopySystemImageTo(folder, target), 0);
   EXPECT_EQ(TList::CopySystemImageTo(-1, target), -1);
   EXPECT_EQ(target.GetCount(), 1);
-  TList::ConvertTo32BitImageList(target);
-  EXPECT_TRUE(target.GetCount() == 1 && target.GetWidth() == 20 && target.GetHeight() == 24);
+  TImageList guest;
+  guest.SetShareImages(true);
+  guest.SetHandle(target.GetHandle());
+  TList::ConvertTo32BitImageList(guest);
+  EXPECT_TRUE(!guest.GetShareImages() && guest.GetHandle() != target.GetHandle());
+  EXPECT_TRUE(guest.GetCount() == 1 && guest.GetWidth() == 20 && guest.GetHeight() == 24);
+  const TBitmap moved = guest.GetBitmap(0);
+  const TBitmap original = target.GetBitmap(0);
+  EXPECT_TRUE(std::ranges::equal(
+      moved.Pixels(), original.Pixels(), {}, [](TPixel pixel) { return pixel >> 24; },
+      [](TPixel pixel) { return pixel >> 24; }));
 }
 
 TEST_F(SystemImageList, IsSavedWithItsSizeAndGivesAllBack) {
