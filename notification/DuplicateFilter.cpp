@@ -43,8 +43,9 @@ bool TDuplicateFilter::Passes(TNotificationEvent pEvent, IItemIdList* pItemIdLis
 bool TDuplicateFilter::IsDuplicate(TNotificationEvent pEvent, IItemIdList* pItemIdList) {
   if (!pItemIdList) return false;
   const std::wstring path = pItemIdList->Path();
-  const bool same = fLastDriveRemoveItemIdList && pItemIdList->Equals(fLastDriveRemoveItemIdList.Get(), ilcDisplay) &&
-                    (pEvent != neFileDelete || fLastDriveRemoveItemIdList->Path() == path);
+  const ComPtr<IItemIdList> last = fLastDriveRemoveItemIdList;
+  const bool same =
+      last && pItemIdList->Equals(last.Get(), ilcDisplay) && (pEvent != neFileDelete || last->Path() == path);
   Log(same ? L"Duplicate change event filtered for: " : L"Duplicate change event NOT filtered for: ", path);
   return same;
 }

@@ -27,7 +27,8 @@ public:
 private:
   bool IsDuplicate(TNotificationEvent pEvent, IItemIdList* pItemIdList);
 
-  std::mutex fDuplicationLock;
+  // Taken again by this thread where a shell extension, asked about a list, lets messages in.
+  std::recursive_mutex fDuplicationLock;
   bool fClosed = false;
   std::uint64_t fPrevTicks = 0;
   ComPtr<IItemIdList> fLastDriveRemoveItemIdList;

@@ -96,7 +96,8 @@ void Tell(const std::shared_ptr<TRun>& run) {
 void Probe(const std::shared_ptr<TRun>& run) {
   const bool apartment = EnterApartment(false);
   const std::wstring folder = KivGetTempPath() + L"kivprobe" + std::to_wstring(GetCurrentProcessId());
-  if (apartment && CreateDirectoryW(folder.c_str(), nullptr)) {
+  // One that a process of the same number left behind does as well.
+  if (apartment && (CreateDirectoryW(folder.c_str(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS)) {
     run->reports = IsReported(folder, *run);
     DeleteFileW((folder + L"\\x").c_str());
     RemoveDirectoryW(folder.c_str());
