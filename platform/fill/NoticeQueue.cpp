@@ -17,22 +17,38 @@ void TNoticeQueue::End(std::uint32_t pWatch) {
   if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
 }
 
-// Whoever takes that one looks at the file later than this.
-bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const {
-  return pNotice.event == TDirectoryEvent::FileChange && !fEntries.empty() && fEntries.back().watch == pWatch &&
-         fEntries.back().notice == pNotice;
+// Whoever takes that one looks later than this.
+bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const {
+  const bool whole = pNotice.event == TDirectoryEvent::FolderUpdate && pNotice.path1 == pState.path;
+  return (whole || pNotice.event == TDirectoryEvent::FileChange) && !fEntries.empty() &&
+         fEntries.back().watch == pWatch && fEntries.back().notice == pNotice;
 }
 
-void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
-  const std::lock_guard guard(fLock);
-  const auto watch = fWatches.find(pWatch);
-  if (watch == fWatches.end() || watch->second.overflowed || IsTold(pWatch, pNotice)) return;
+void TNoticeQueue::Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice pNotice) {
+  if (pState.overflowed || IsTold(pWatch, pState, pNotice)) return;
   if (fEntries.size() >= fCapacity) {
-    watch->second.overflowed = true;
-    pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
+    pState.overflowed = true;
+    pNotice = {TDirectoryEvent::FolderUpdate, pState.path, {}};
   }
   fEntries.push_back({pWatch, std::move(pNotice)});
-  if (!fAwake && fWake) fAwake = fWake();
+}
+
+bool TNoticeQueue::WakeLocked() {
+  if (!fAwake && fWake && !fEntries.empty()) fAwake = fWake();
+  return fAwake || !fWake || fEntries.empty();
+}
+
+bool TNoticeQueue::Push(std::uint32_t pWatch, std::vector<TDirectoryNotice> pNotices) {
+  const std::lock_guard guard(fLock);
+  const auto watch = fWatches.find(pWatch);
+  if (watch == fWatches.end()) return true;
+  for (TDirectoryNotice& notice : pNotices) Keep(pWatch, watch->second, std::move(notice));
+  return WakeLocked();
+}
+
+bool TNoticeQueue::Wake() {
+  const std::lock_guard guard(fLock);
+  return WakeLocked();
 }
 
 bool TNoticeQueue::Pop(TEntry& pEntry) {

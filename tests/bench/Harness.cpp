@@ -53,18 +53,22 @@ double Seconds(const std::function<void()>& pWork) {
 
 int Run(const std::vector<TFigure>& pFigures, const std::vector<std::string>& pGroups) {
   std::set<std::string> known;
-  for (const TFigure& figure : pFigures) known.insert(figure.group);
+  for (const TFigure& figure : pFigures) known.insert({figure.group, figure.group + "/" + figure.name});
   if (pGroups.size() == 2 && pGroups[0] == "--has") return known.contains(pGroups[1]) ? 0 : 1;
   for (const std::string& group : pGroups) {
     if (known.contains(group)) continue;
     std::fprintf(stderr, "kiv_bench: unknown group \"%s\"; there are:", group.c_str());
-    for (const std::string& name : known) std::fprintf(stderr, " %s", name.c_str());
+    for (const std::string& name : known) {
+      if (name.find('/') == std::string::npos) std::fprintf(stderr, " %s", name.c_str());
+    }
     std::fputs("\n", stderr);
     return 2;
   }
   for (const TFigure& figure : pFigures) {
-    const bool all = pGroups.empty();
-    if (!all && std::find(pGroups.begin(), pGroups.end(), figure.group) == pGroups.end()) continue;
+    const auto is_chosen = [&](const std::string& text) {
+      return text == figure.group || text == figure.group + "/" + figure.name;
+    };
+    if (!pGroups.empty() && std::none_of(pGroups.begin(), pGroups.end(), is_chosen)) continue;
     std::puts(Measure(figure).c_str());
     std::fflush(stdout);
   }

@@ -134,6 +134,16 @@ TEST_F(DirectoryWatches, DontWaitForThoseOnTheNetworkAndOpenLateWhatIsntThere) {
   EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\late\\x ");
 }
 
+TEST_F(DirectoryWatches, TryAgainToWakeWhoTakesTheirNotices) {
+  int attempts = 0;
+  fQueue =
+      std::make_shared<TNoticeQueue>([&attempts, woken = fWoken] { return ++attempts > 3 && (woken->Set(), true); });
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), false, fQueue), 0U);
+  const std::wstring file = fFolder.MakeFile(L"x");
+  fWoken->Wait();
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\x ");
+}
+
 TEST_F(DirectoryWatches, ComeAndGoInNumbers) {
   EXPECT_EQ(DirectoryWatcher::Watch(fFolder.PathOf(L"none"), true, fQueue), 0U);
   EXPECT_EQ(DirectoryWatcher::Watch(fFolder.MakeFile(L"file"), true, fQueue), 0U);
