@@ -128,6 +128,7 @@ struct TWatch final : IWatchedFolders {
   bool complete = false;        // nothing is left to be opened
   bool tellComplete = false;    // the listeners may have listed the folder before everything was open
   std::vector<TDirectoryNotice> told;
+  bool isFile = false;
   bool unheard = false; // the queue's taker couldn't be woken
   std::shared_ptr<TBegin> begin;
   TWatchedTree tree; // last: its end closes handles
@@ -167,6 +168,7 @@ public:
       // Its caller believes in it: it is looked for like one that has gone.
       watch->begin.reset();
       watch->complete = true;
+      TellIfFile(*watch);
     }
     fWatches.emplace(pRequest.number, std::move(watch));
   }
@@ -349,7 +351,16 @@ private:
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
+    } else {
+      TellIfFile(pWatch);
     }
+  }
+
+  // Once: it is ended when that is heard.
+  static void TellIfFile(TWatch& pWatch) {
+    if (pWatch.isFile || KindOfPath(pWatch.tree.Path()) != IWatchedFolders::TKind::File) return;
+    pWatch.isFile = true;
+    pWatch.told.push_back({TDirectoryEvent::NoFolder, pWatch.tree.Path(), {}});
   }
 
   bool SubtreesAreReported() {

@@ -33,22 +33,40 @@ void TNoticeQueue::Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice p
   fEntries.push_back({pWatch, std::move(pNotice)});
 }
 
-bool TNoticeQueue::WakeLocked() {
-  if (!fAwake && fWake && !fEntries.empty()) fAwake = fWake();
-  return fAwake || !fWake || fEntries.empty();
+bool TNoticeQueue::MarkAwake() {
+  return !fEntries.empty() && !std::exchange(fAwake, true);
+}
+
+bool TNoticeQueue::WakeTaker(bool pNeeded) {
+  if (!pNeeded) return true;
+  {
+    const std::lock_guard guard(fWakeLock);
+    if (!fWake || fWake()) return true;
+  }
+  const std::lock_guard guard(fLock);
+  fAwake = false;
+  return false;
 }
 
 bool TNoticeQueue::Push(std::uint32_t pWatch, std::vector<TDirectoryNotice> pNotices) {
-  const std::lock_guard guard(fLock);
-  const auto watch = fWatches.find(pWatch);
-  if (watch == fWatches.end()) return true;
-  for (TDirectoryNotice& notice : pNotices) Keep(pWatch, watch->second, std::move(notice));
-  return WakeLocked();
+  bool sleeps = false;
+  {
+    const std::lock_guard guard(fLock);
+    const auto watch = fWatches.find(pWatch);
+    if (watch == fWatches.end()) return true;
+    for (TDirectoryNotice& notice : pNotices) Keep(pWatch, watch->second, std::move(notice));
+    sleeps = MarkAwake();
+  }
+  return WakeTaker(sleeps);
 }
 
 bool TNoticeQueue::Wake() {
-  const std::lock_guard guard(fLock);
-  return WakeLocked();
+  bool sleeps = false;
+  {
+    const std::lock_guard guard(fLock);
+    sleeps = MarkAwake();
+  }
+  return WakeTaker(sleeps);
 }
 
 bool TNoticeQueue::Pop(TEntry& pEntry) {
@@ -67,8 +85,11 @@ bool TNoticeQueue::Pop(TEntry& pEntry) {
 }
 
 void TNoticeQueue::Close() {
+  {
+    const std::lock_guard guard(fWakeLock);
+    fWake = nullptr;
+  }
   const std::lock_guard guard(fLock);
-  fWake = nullptr;
   fEntries.clear();
   fWatches.clear();
 }

@@ -54,10 +54,13 @@ private:
 
   bool IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const;
   void Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice pNotice);
-  bool WakeLocked();
+  bool MarkAwake();
+  bool WakeTaker(bool pNeeded);
 
-  std::mutex fLock;
-  std::function<bool()> fWake;
+  // Not the lock of the rest: who wakes the taker would be interrupted by it, and it wait for him.
+  std::mutex fWakeLock;
+  std::function<bool()> fWake; // under fWakeLock
+  std::mutex fLock;            // of what follows
   const std::size_t fCapacity;
   std::deque<TEntry> fEntries;
   std::map<std::uint32_t, TWatch> fWatches;

@@ -51,10 +51,11 @@ public:
   ComPtr<IItemIdList> MakeList(std::wstring_view pPath) override { return TKivItemIdList::Create(pPath); }
   ComPtr<IItemIdList> DefaultList() override { return nullptr; }
   bool Reload(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return true; }
+  TLook Look(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return {}; }
   bool IsFolder(IItemIdList*) override { return false; }
-  std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
+  std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
     sink = &pSink;
-    return std::make_unique<TSource>();
+    return std::make_shared<TSource>();
   }
   IChangeSink* sink = nullptr;
 
@@ -62,6 +63,7 @@ private:
   struct TSource final : IChangeSource {
     std::uint32_t Register(IItemIdList*, bool, TNotificationEvents) override { return 1; }
     void Unregister(std::uint32_t) noexcept override {}
+    void Close() noexcept override {}
   };
 };
 

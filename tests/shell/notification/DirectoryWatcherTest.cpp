@@ -26,7 +26,7 @@ protected:
 
   // Everything up to a notice of that kind for that path, without writes, which come once or twice.
   std::wstring TellUntil(TDirectoryEvent event, const std::wstring& path) {
-    static constexpr const wchar_t* names[] = {L"+", L"-", L">", L"~", L"++", L"--", L">>", L"!"};
+    static constexpr const wchar_t* names[] = {L"+", L"-", L">", L"~", L"++", L"--", L">>", L"!", L"?"};
     std::wstring told;
     TNoticeQueue::TEntry entry;
     for (;;) {
