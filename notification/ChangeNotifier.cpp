@@ -13,6 +13,8 @@ namespace {
 
 [[maybe_unused]] const bool gPublished = (TKivShellChangeNotifier::PublishProperties(), true);
 
+constexpr std::uint64_t LookLimit = 1000; // milliseconds, on the main thread
+
 void OnMainThread(const std::function<void()>& procedure) {
   if (MainThread::IsCurrent()) {
     procedure();
@@ -41,9 +43,14 @@ void TKivShellChangeNotifierList::Assign(const TPersistent* pSource) {
   if (!source) return TKivPathList::Assign(pSource);
   std::vector<std::wstring> paths;
   for (int i = 0; i < source->GetCount(); ++i) paths.push_back(source->Get(i));
-  fOwner.Clear();
-  for (const std::wstring& path : paths) fOwner.AddPath(path);
-  fOwner.GetDirectories();
+  TKivShellChangeNotifier& owner = fOwner;
+  const auto life = owner.fLife;
+  owner.Clear();
+  for (const std::wstring& path : paths) {
+    owner.AddPath(path);
+    if (TKivShellChangeNotifier::IsGone(*life)) return;
+  }
+  owner.GetDirectories();
 }
 
 // --- life -----------------------------------------------------------------------------------------------------------
@@ -74,20 +81,22 @@ void TKivShellChangeNotifier::PublishProperties() {
 
 void TKivShellChangeNotifier::Loaded() {
   TKivBaseComponent::Loaded();
+  const auto life = fLife;
   if (GetCount() == 0 && fRecursive) {
     fDefaultItemIdList = NotifierPlatform().DefaultList();
-    if (fDefaultItemIdList) RegisterItemIdList(fDefaultItemIdList.Get(), true, GetEventFilter());
+    if (const auto drives = fDefaultItemIdList) RegisterItemIdList(drives.Get(), true, GetEventFilter());
+    if (IsGone(*life)) return;
     InvalidateDirectories();
   }
   Start();
 }
 
 // The window of a source belongs to the main thread. At design time there is none.
-IChangeSource* TKivShellChangeNotifier::Source() {
+std::shared_ptr<IChangeSource> TKivShellChangeNotifier::Source() {
   if (!fSource && !IsDesigning()) {
     OnMainThread([this] { fSource = NotifierPlatform().OpenSource(*this); });
   }
-  return fSource.get();
+  return fSource;
 }
 
 // --- what is watched ------------------------------------------------------------------------------------------------
@@ -101,7 +110,11 @@ void TKivShellChangeNotifier::RemovePath(std::wstring_view pPath) {
 }
 
 void TKivShellChangeNotifier::Add(const std::vector<ComPtr<IItemIdList>>& pItemIdLists) {
-  for (const auto& list : pItemIdLists) AddItemIdList(list.Get());
+  const auto life = fLife;
+  for (const auto& list : pItemIdLists) {
+    AddItemIdList(list.Get());
+    if (IsGone(*life)) return;
+  }
 }
 
 void TKivShellChangeNotifier::AddItemIdList(IItemIdList* pItemIdList, bool pRecursive,
@@ -109,40 +122,49 @@ void TKivShellChangeNotifier::AddItemIdList(IItemIdList* pItemIdList, bool pRecu
   if (!pItemIdList) {
     throw EInvalidArgument(L"TKivShellChangeNotifier.AddItemIdList(): Parameter pItemIdList must not be nil.");
   }
-  if (pItemIdList->IsInvalid()) return;
   const TNotificationEvents filter = pEventFilter.IsEmpty() ? GetEventFilter() : pEventFilter;
+  const ComPtr<IItemIdList> list(pItemIdList);
   if (!MainThread::IsCurrent()) {
-    const ComPtr<IItemIdList> list(pItemIdList);
+    if (list->IsInvalid()) return;
     const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
     TThread::Queue(nullptr, [this, list, pRecursive, filter, indicator] {
       if (!indicator->IsCancellationRequested()) AddItemIdList(list.Get(), pRecursive, filter);
     });
     return;
   }
+  const auto life = fLife;
   if (fCheckForDuplicates) {
-    const std::lock_guard guard(fListLock);
-    const auto* const standing = fNotificationHandles.Find(pItemIdList);
-    if (standing && standing->details.NotificationHandle != 0) return;
+    const auto standing = fNotificationHandles.Find(list.Get());
+    if (IsGone(*life) || (standing && standing->details.NotificationHandle != 0)) return;
   }
-  RegisterItemIdList(pItemIdList, pRecursive, filter);
-  const ComPtr<IItemIdList> target = pItemIdList->LinkTarget();
-  if (target && target.Get() != pItemIdList && !target->Equals(pItemIdList, ilcDisplay)) {
-    RegisterItemIdList(target.Get(), pRecursive, filter);
+  const INotifierPlatform::TLook look = NotifierPlatform().Look(list.Get(), LookLimit, fCancellationToken);
+  if (IsGone(*life) || look.invalid) return;
+  RegisterItemIdList(list.Get(), pRecursive, filter);
+  if (IsGone(*life)) return;
+  if (look.target && look.target.Get() != list.Get() && !look.target->Equals(list.Get(), ilcDisplay)) {
+    RegisterItemIdList(look.target.Get(), pRecursive, filter);
+    if (IsGone(*life)) return;
   }
   CheckAndExcludeDefault();
   InvalidateDirectories();
 }
 
+// Registering may run foreign code, and that may end watches, begin the same one, or be the notifier's end.
 void TKivShellChangeNotifier::RegisterItemIdList(IItemIdList* pItemIdList, bool pRecursive,
                                                  TNotificationEvents pEventFilter) {
+  const auto life = fLife;
   TNotificationDetails details{0, pRecursive, pEventFilter};
-  if (GetEnabled() && !pItemIdList->IsInvalid()) {
-    if (IChangeSource* const source = Source()) {
-      details.NotificationHandle = source->Register(pItemIdList, pRecursive, pEventFilter);
-    }
+  const auto source = GetEnabled() ? Source() : nullptr;
+  if (source) details.NotificationHandle = source->Register(pItemIdList, pRecursive, pEventFilter);
+  if (IsGone(*life)) return;
+  const auto standing = fNotificationHandles.Find(pItemIdList);
+  if (IsGone(*life)) return;
+  const bool doubled = standing && fCheckForDuplicates && standing->details.NotificationHandle != 0;
+  if (details.NotificationHandle != 0 && (doubled || !GetEnabled())) {
+    source->Unregister(std::exchange(details.NotificationHandle, 0U));
   }
-  const std::lock_guard guard(fListLock);
-  fNotificationHandles.Store(pItemIdList, details);
+  if (doubled || (standing && fNotificationHandles.Change(standing->id, details))) return;
+  fNotificationHandles.Add(pItemIdList, details);
 }
 
 // What a notifier watches by default gives way to the first thing that it is told to watch.
@@ -155,23 +177,13 @@ void TKivShellChangeNotifier::CheckAndExcludeDefault() {
 
 void TKivShellChangeNotifier::RemoveItemIdList(IItemIdList* pItemIdList) {
   if (!pItemIdList) return;
-  std::vector<TWatchTable::TWatch> removed;
-  {
-    const std::lock_guard guard(fListLock);
-    removed = fNotificationHandles.Remove(pItemIdList);
-  }
-  Unregister(removed);
+  Unregister(fNotificationHandles.Remove(pItemIdList));
   InvalidateDirectories();
 }
 
 void TKivShellChangeNotifier::Clear() {
   InvalidateDirectories();
-  std::vector<TWatchTable::TWatch> removed;
-  {
-    const std::lock_guard guard(fListLock);
-    removed = fNotificationHandles.RemoveAll();
-  }
-  Unregister(removed);
+  Unregister(fNotificationHandles.RemoveAll());
 }
 
 void TKivShellChangeNotifier::Unregister(const std::vector<TWatchTable::TWatch>& pWatches) {
@@ -181,17 +193,17 @@ void TKivShellChangeNotifier::Unregister(const std::vector<TWatchTable::TWatch>&
 }
 
 int TKivShellChangeNotifier::GetCount() const {
-  const std::lock_guard guard(fListLock);
   return fNotificationHandles.Count();
 }
 
 TKivShellChangeNotifierList& TKivShellChangeNotifier::GetDirectories() {
   if (!fDirectories) fDirectories = std::make_unique<TKivShellChangeNotifierList>(*this);
   if (!fDirectoriesAreCurrent) {
+    std::vector<std::wstring> paths;
+    for (const auto& watch : fNotificationHandles.All()) paths.push_back(watch.list->DisplayPath());
     const TKivPathList::ScopedSkipEvents skip(*fDirectories);
-    const std::lock_guard guard(fListLock);
     fDirectories->Clear();
-    for (const auto& watch : fNotificationHandles.All()) fDirectories->Add(watch.list->DisplayPath());
+    for (const std::wstring& path : paths) fDirectories->Add(path);
     fDirectoriesAreCurrent = true;
   }
   return *fDirectories;
@@ -201,23 +213,24 @@ TKivShellChangeNotifierList& TKivShellChangeNotifier::GetDirectories() {
 
 void TKivShellChangeNotifier::Start() {
   if (!GetEnabled() || IsDesigning() || IsLoading()) return;
-  IChangeSource* const source = Source();
-  const std::lock_guard guard(fListLock);
-  for (auto& watch : fNotificationHandles.All()) {
-    TNotificationDetails& details = watch.details;
-    if (details.NotificationHandle == 0 && source) {
-      details.NotificationHandle = source->Register(watch.list.Get(), details.Recursive, details.EventFilter);
-    }
-  }
+  const auto life = fLife;
+  const auto source = Source();
   fStarted = true;
+  if (!source) return;
+  for (auto& [id, list, details] : fNotificationHandles.All()) {
+    if (details.NotificationHandle != 0) continue;
+    details.NotificationHandle = source->Register(list.Get(), details.Recursive, details.EventFilter);
+    if (IsGone(*life)) return;
+    const bool wanted = fStarted && fNotificationHandles.Change(id, details);
+    if (!wanted && details.NotificationHandle != 0) source->Unregister(details.NotificationHandle);
+    if (!fStarted) return;
+  }
 }
 
 void TKivShellChangeNotifier::Stop() {
   if (!fStarted) return;
-  const std::lock_guard guard(fListLock);
   fStarted = false;
-  Unregister(fNotificationHandles.All());
-  for (auto& watch : fNotificationHandles.All()) watch.details.NotificationHandle = 0;
+  Unregister(fNotificationHandles.TakeHandles());
 }
 
 void TKivShellChangeNotifier::Restart() {

@@ -12,7 +12,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,9 +54,12 @@ private:
 ///
 /// What would surprise you:
 /// - On the main thread an event whose object doesn't answer within a second is dropped: nothing hangs on a dead share.
-/// - With NotifyAsynchronously a subscriber is called by any worker, several at a time, in no order.
+/// - With NotifyAsynchronously a subscriber is called by any worker, several at a time, in no order. If workers don't
+/// get
+///   to 10,000 events, the rest is lost, and one neFolderUpdate of each watch follows.
 /// - neFileChange of a folder arrives as neFolderUpdate.
-/// - A handler may throw, end its own watch or destroy the notifier. The destructor waits for handlers that run on
+/// - A handler may throw, end its own watch or destroy the notifier; so may what runs while a watch begins, which asks
+///   the shell. The destructor waits for handlers that run on
 ///   workers, and serves the queue to the main thread meanwhile; no handler is called after it.
 ///
 /// A notifier that was loaded with nothing to watch watches the drives until it is given something. Main thread, but
@@ -142,9 +144,13 @@ private:
   bool Accepts(TNotificationEvent pEvent) override;
   void OnChangeArrived(TNotificationEvent pEvent, ComPtr<IItemIdList> pFirst, ComPtr<IItemIdList> pSecond) override;
   void ProcessOnWorker(TNotificationEvent pEvent, const TChangedLists& pItemIdLists);
+  void VisitOnWorker(const std::shared_ptr<TLife>& pLife, const ComPtr<ICancellationIndicator>& pIndicator,
+                     TNotificationEvent pEvent, const TChangedLists& pItemIdLists);
+  void TellUpdates();
   static bool TellPath(TNotificationEvent pEvent, const TChangedLists& pItemIdLists, std::wstring& pPath);
 
-  IChangeSource* Source();
+  static bool IsGone(TLife& pLife);
+  std::shared_ptr<IChangeSource> Source();
   void RegisterItemIdList(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEventFilter);
   void CheckAndExcludeDefault();
   void Unregister(const std::vector<TWatchTable::TWatch>& pWatches);
@@ -160,14 +166,11 @@ private:
   ComPtr<IItemIdList> fDefaultItemIdList;
   TDuplicateFilter fDuplicates;
 
-  // Recursive: a question to a list may lead into foreign code that comes back here.
-  mutable std::recursive_mutex fListLock;
-  TWatchTable fNotificationHandles; // under fListLock
-
+  TWatchTable fNotificationHandles;
   bool fDirectoriesAreCurrent = false;
   std::unique_ptr<TKivShellChangeNotifierList> fDirectories;
   std::shared_ptr<TLife> fLife;
-  std::unique_ptr<IChangeSource> fSource; // made with the first need
+  std::shared_ptr<IChangeSource> fSource; // made with the first need
 };
 
 } // namespace kiv

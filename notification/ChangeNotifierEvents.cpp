@@ -3,7 +3,8 @@
 // Phases: the source hands an event over on the main thread (OnChangeArrived). Delivered at once, ProcessChangeEvent
 // runs there. Otherwise a work item of the global pool reloads the lists, touching nothing of the notifier, enters the
 // notifier's life (TLife), and runs ProcessChangeEvent. The destructor closes that life: nobody enters any more, and it
-// waits for those inside.
+// waits for those inside. Events that wait for a worker are limited: what comes beyond that is lost, and when half of
+// them have been taken, one update of everything that is watched is told.
 #include <notification/ChangeNotifier.h>
 
 #include <core/DebugLog.h>
@@ -14,12 +15,14 @@
 #include <chrono>
 #include <condition_variable>
 #include <thread>
+#include <utility>
 
 namespace kiv {
 
 namespace {
 
 constexpr std::uint64_t ReloadLimit = 1000; // milliseconds, on the main thread
+constexpr std::size_t MostWaiting = 10'000; // events for workers
 
 } // namespace
 
@@ -56,11 +59,26 @@ struct TKivShellChangeNotifier::TLife {
     const std::lock_guard guard(lock);
     return closed;
   }
+  /// One more event for a worker; false if there are too many.
+  bool Admit() {
+    const std::lock_guard guard(lock);
+    overflowed = overflowed || waiting >= MostWaiting;
+    waiting += overflowed ? 0 : 1;
+    return !overflowed;
+  }
+  /// A worker takes one of them. Whether an update of everything is due.
+  bool Start() {
+    const std::lock_guard guard(lock);
+    --waiting;
+    return waiting <= MostWaiting / 2 && std::exchange(overflowed, false);
+  }
 
   std::mutex lock;
   std::condition_variable left;
   bool closed = false;
   std::vector<std::thread::id> inside;
+  std::size_t waiting = 0;
+  bool overflowed = false;
 };
 
 TKivShellChangeNotifier::TKivShellChangeNotifier(TComponent* pOwner, bool pCheckForDuplicates)
@@ -73,7 +91,8 @@ TKivShellChangeNotifier::~TKivShellChangeNotifier() {
   // Before the source goes: a handler that still runs on a worker may end watches.
   fLife->Close();
   const auto end = [this] {
-    Unregister(fNotificationHandles.RemoveAll());
+    fNotificationHandles.RemoveAll();
+    if (fSource) fSource->Close();
     fSource.reset();
   };
   // A call that was queued for the main thread may run there just now, and may only just open the source.
@@ -82,6 +101,10 @@ TKivShellChangeNotifier::~TKivShellChangeNotifier() {
   } else {
     MainThread::Synchronize(end);
   }
+}
+
+bool TKivShellChangeNotifier::IsGone(TLife& pLife) {
+  return pLife.IsClosed();
 }
 
 bool TKivShellChangeNotifier::Accepts(TNotificationEvent pEvent) {
@@ -93,10 +116,7 @@ void TKivShellChangeNotifier::OnChangeArrived(TNotificationEvent pEvent, ComPtr<
   // While the destructor waits, the source is still there.
   if (!Accepts(pEvent) || fLife->IsClosed()) return;
   // The shell tells of all drives; only those count that are watched themselves.
-  if (pEvent == neDriveSpaceChange && pFirst) {
-    const std::lock_guard guard(fListLock);
-    if (!fNotificationHandles.Find(pFirst.Get())) return;
-  }
+  if (pEvent == neDriveSpaceChange && pFirst && !fNotificationHandles.Find(pFirst.Get())) return;
   const TChangedLists lists{std::move(pFirst), std::move(pSecond)};
   if (fNotifyAsynchronously) {
     ProcessOnWorker(pEvent, lists);
@@ -106,20 +126,40 @@ void TKivShellChangeNotifier::OnChangeArrived(TNotificationEvent pEvent, ComPtr<
 }
 
 void TKivShellChangeNotifier::ProcessOnWorker(TNotificationEvent pEvent, const TChangedLists& pItemIdLists) {
+  if (!fLife->Admit()) return;
   const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
   TAsyncProcedure::CreateAndQueue(
       [this, pEvent, lists = pItemIdLists, indicator, life = fLife] {
-        // Slow for a dead share, and nobody may have to wait for it.
-        if (lists.first && lists.first->IsResolved()) lists.first->Reload();
-        if (lists.second && lists.second->IsResolved()) lists.second->Reload();
-        if (indicator->IsCancellationRequested() || !life->Enter()) return;
-        struct TVisit {
-          TLife& life;
-          ~TVisit() { life.Leave(); }
-        } const visit{*life};
-        ProcessChangeEvent(pEvent, lists);
+        if (life->Start() && life->Enter()) {
+          TellUpdates();
+          life->Leave();
+        }
+        VisitOnWorker(life, indicator, pEvent, lists);
       },
       indicator);
+}
+
+// Behind lost events. On a worker.
+void TKivShellChangeNotifier::TellUpdates() {
+  if (!GetNotificationEvent(neFolderUpdate)) return;
+  for (const auto& watch : fNotificationHandles.All()) {
+    if (watch.details.EventFilter.Contains(neFolderUpdate)) ProcessOnWorker(neFolderUpdate, {watch.list, nullptr});
+  }
+}
+
+// The notifier may be gone, so nothing of it is touched but within its life.
+void TKivShellChangeNotifier::VisitOnWorker(const std::shared_ptr<TLife>& pLife,
+                                            const ComPtr<ICancellationIndicator>& pIndicator, TNotificationEvent pEvent,
+                                            const TChangedLists& pItemIdLists) {
+  // Slow for a dead share, and nobody may have to wait for it.
+  if (pItemIdLists.first && pItemIdLists.first->IsResolved()) pItemIdLists.first->Reload();
+  if (pItemIdLists.second && pItemIdLists.second->IsResolved()) pItemIdLists.second->Reload();
+  if (pIndicator->IsCancellationRequested() || !pLife->Enter()) return;
+  struct TVisit {
+    TLife& life;
+    ~TVisit() { life.Leave(); }
+  } const visit{*pLife};
+  ProcessChangeEvent(pEvent, pItemIdLists);
 }
 
 // False if the event has no path to tell.

@@ -23,7 +23,8 @@ protected:
   ~IChangeSink() = default;
 };
 
-/// Where a notifier's events come from. Made, used and destroyed on the main thread, but for Unregister.
+/// Where a notifier's events come from. Made, used and destroyed on the main thread, but for Unregister. Register may
+/// run foreign code, and that may use the source meanwhile, and close it.
 class IChangeSource {
 public:
   virtual ~IChangeSource() = default;
@@ -32,6 +33,8 @@ public:
   virtual std::uint32_t Register(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEvents) = 0;
   /// Ends that. Any thread. An event on its way may still arrive.
   virtual void Unregister(std::uint32_t pHandle) noexcept = 0;
+  /// Ends everything: the sink goes. From now on nothing is told and Register answers 0, one that is under way, too.
+  virtual void Close() noexcept = 0;
 };
 
 /// What a change notifier needs of the platform, so that it runs against a simulated one as well.
@@ -45,10 +48,17 @@ public:
   /// IItemIdList::Reload within a time in milliseconds. False if there was no answer in time. What will ask a local
   /// disk when it is resolved isn't asked twice.
   virtual bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) = 0;
+  struct TLook {
+    bool invalid = false;
+    ComPtr<IItemIdList> target;
+  };
+  /// Whether there is no such object, and the target of a link, otherwise nil or the object itself: within a time in
+  /// milliseconds. What doesn't answer in time counts as something that isn't a link.
+  virtual TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) = 0;
   /// Whether the list is a folder; answered by the disk where a path says enough.
   virtual bool IsFolder(IItemIdList* pItemIdList) = 0;
-  /// A source that tells `pSink`, which outlives it. Nil if there is none.
-  virtual std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) = 0;
+  /// A source that tells `pSink` until it is closed. Nil if there is none.
+  virtual std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) = 0;
 };
 
 /// The one in use.

@@ -2,6 +2,7 @@
 
 #include <core/ItemIdList.h>
 #include <core/ItemIdListHelper.h>
+#include <core/ItemIdListHelperThreadPool.h>
 #include <core/PathFunctions.h>
 #include <core/PathUtils.h>
 #include <notification/ShellChangeSource.h>
@@ -28,6 +29,14 @@ public:
     return finished;
   }
 
+  TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
+    const auto look = [list = ComPtr<IItemIdList>(pItemIdList)] {
+      return list->IsInvalid() ? TLook{true, nullptr} : TLook{false, list->LinkTarget()};
+    };
+    bool finished = false;
+    return AskInTime<TLook>(look, pLimit, {}, finished, std::move(pIndicator));
+  }
+
   // A list that was made from a path knows it, and nobody has to parse it for this.
   bool IsFolder(IItemIdList* pItemIdList) override {
     if (pItemIdList->IsResolved()) return pItemIdList->IsFolder();
@@ -35,8 +44,8 @@ public:
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
   }
 
-  std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
-    return std::make_unique<ShellChangeSource>(pSink);
+  std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
+    return std::make_shared<ShellChangeSource>(pSink);
   }
 };
 

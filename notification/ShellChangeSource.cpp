@@ -43,7 +43,7 @@ TChangeSourceKind gKind = TChangeSourceKind::Automatic;
 TNotificationEvent EventOf(TDirectoryEvent event) {
   constexpr TNotificationEvent events[] = {neFileCreate,   neFileDelete,   neFileRename,   neFileChange,
                                            neFolderCreate, neFolderDelete, neFolderRename, neFolderUpdate};
-  static_assert(std::size(events) == static_cast<std::size_t>(TDirectoryEvent::FolderUpdate) + 1);
+  static_assert(std::size(events) == static_cast<std::size_t>(TDirectoryEvent::NoFolder));
   return events[static_cast<std::size_t>(event)];
 }
 
@@ -150,12 +150,22 @@ ShellChangeSource::ShellChangeSource(IChangeSink& pSink) : fSink(pSink) {
 }
 
 ShellChangeSource::~ShellChangeSource() {
-  if (fGone) *fGone = true;
+  Close();
+}
+
+void ShellChangeSource::Close() noexcept {
+  if (!fWindow) return;
+  const HWND window = std::exchange(fWindow, nullptr);
   ReportingProbe::Remove(*this);
-  for (const auto& [handle, registration] : fRegistrations) End(registration);
+  std::map<std::uint32_t, TRegistration> registrations;
+  {
+    const std::lock_guard guard(fLock);
+    registrations.swap(fRegistrations);
+  }
+  for (const auto& [handle, registration] : registrations) End(registration);
   fQueue->Close();
-  SetWindowLongPtrW(fWindow, GWLP_USERDATA, 0);
-  DestroyWindow(fWindow);
+  SetWindowLongPtrW(window, GWLP_USERDATA, 0);
+  DestroyWindow(window);
 }
 
 LRESULT CALLBACK ShellChangeSource::WindowProcedure(HWND pWindow, UINT pMessage, WPARAM wParam, LPARAM lParam) {
@@ -231,7 +241,8 @@ bool ShellChangeSource::WatchDirectory(TRegistration& pRegistration) {
 }
 
 std::uint32_t ShellChangeSource::Register(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEvents) {
-  if (!pItemIdList || pItemIdList->IsInvalid()) return 0;
+  if (!pItemIdList || !fWindow) return 0;
+  const auto self = shared_from_this();
   TRegistration registration;
   registration.list = pItemIdList;
   registration.recursive = pRecursive;
@@ -242,6 +253,10 @@ std::uint32_t ShellChangeSource::Register(IItemIdList* pItemIdList, bool pRecurs
   if (shell || !WatchDirectory(registration)) {
     registration.shell = ShellNotifyRegister(pItemIdList, pRecursive, pEvents);
     if (registration.shell == 0) return 0;
+  }
+  if (!fWindow) {
+    End(registration);
+    return 0;
   }
   const std::lock_guard guard(fLock);
   fRegistrations.emplace(++fLastHandle, std::move(registration));
@@ -267,25 +282,20 @@ void ShellChangeSource::Unregister(std::uint32_t pHandle) noexcept {
   End(registration);
 }
 
-// What a handler throws ends nothing but itself. False if what it did was the end of this source.
+// What a handler throws ends nothing but itself. False if what it did was the end of this source, which the caller
+// holds.
 bool ShellChangeSource::Tell(const std::function<void()>& pTell) {
-  bool gone = false;
-  bool* const outer = std::exchange(fGone, &gone);
   try {
     pTell();
   } catch (...) {
     ReportException(std::current_exception());
   }
-  if (gone) {
-    if (outer) *outer = true;
-    return false;
-  }
-  fGone = outer;
-  return true;
+  return fWindow != nullptr;
 }
 
 void ShellChangeSource::OnProbed(bool pShellReports) {
   if (!pShellReports || gKind != TChangeSourceKind::Automatic) return;
+  const auto self = shared_from_this();
   std::vector<std::uint32_t> handles;
   {
     const std::lock_guard guard(fLock);
@@ -327,12 +337,12 @@ void ShellChangeSource::GoOverToShell(std::uint32_t pHandle) {
 // --- the directory watcher's notices --------------------------------------------------------------------------------
 
 void ShellChangeSource::OnNotices() {
+  const auto self = shared_from_this();
   const ULONGLONG end = GetTickCount64() + LongestTurn;
-  const std::shared_ptr<TNoticeQueue> queue = fQueue;
   TNoticeQueue::TEntry entry;
   bool more = true;
   bool timer = false;
-  while (more && GetTickCount64() < end && (more = queue->Pop(entry))) {
+  while (more && GetTickCount64() < end && (more = fQueue->Pop(entry))) {
     // A handler may be modal: the timer goes on with the rest inside of it.
     if (!timer) timer = SetTimer(fWindow, NoticesTimer, USER_TIMER_MINIMUM, nullptr) != 0;
     if (!Tell([&] { OnNotice(entry); })) return;
@@ -344,8 +354,16 @@ void ShellChangeSource::OnNotices() {
   if (!more || PostMessageW(fWindow, NoticesMessage, 0, 0)) KillTimer(fWindow, NoticesTimer);
 }
 
+std::uint32_t ShellChangeSource::HandleOf(std::uint32_t pDirectory) {
+  const std::lock_guard guard(fLock);
+  const auto found = std::find_if(fRegistrations.begin(), fRegistrations.end(),
+                                  [&](const auto& entry) { return entry.second.directory == pDirectory; });
+  return found == fRegistrations.end() ? 0 : found->first;
+}
+
 void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
   const TDirectoryNotice& notice = pEntry.notice;
+  if (notice.event == TDirectoryEvent::NoFolder) return GoOverToShell(HandleOf(pEntry.watch));
   const TNotificationEvent event = EventOf(notice.event);
   bool on_network = false;
   {

@@ -16,8 +16,9 @@ namespace kiv {
 /// watcher. Both bring their events to the window, one message for each of the shell's, one for a burst of the other's,
 /// which the window takes in turns of a few milliseconds.
 ///
-/// Main thread, but for Unregister.
-class ShellChangeSource final : public IChangeSource {
+/// What it asks of the shell, and whom it tells, may close it: each road through it holds it until its end, and looks
+/// whether there still is a window. Main thread, but for Unregister.
+class ShellChangeSource final : public IChangeSource, public std::enable_shared_from_this<ShellChangeSource> {
 public:
   /// Raises EOSError if the window can't be made.
   explicit ShellChangeSource(IChangeSink& pSink);
@@ -27,6 +28,7 @@ public:
 
   std::uint32_t Register(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEvents) override;
   void Unregister(std::uint32_t pHandle) noexcept override;
+  void Close() noexcept override;
 
   /// What the probe found out: watches that the shell does serve go over to it.
   void OnProbed(bool pShellReports);
@@ -45,6 +47,7 @@ private:
   static LRESULT CALLBACK WindowProcedure(HWND pWindow, UINT pMessage, WPARAM wParam, LPARAM lParam);
   LRESULT OnShellMessage(WPARAM wParam, LPARAM lParam);
   bool Tell(const std::function<void()>& pTell);
+  std::uint32_t HandleOf(std::uint32_t pDirectory);
   void GoOverToShell(std::uint32_t pHandle);
   void OnNotices();
   void OnNotice(const TNoticeQueue::TEntry& pEntry);
@@ -53,9 +56,8 @@ private:
   static void End(const TRegistration& pRegistration) noexcept;
 
   IChangeSink& fSink;
-  HWND fWindow = nullptr;
+  HWND fWindow = nullptr; // null once it is closed
   std::shared_ptr<TNoticeQueue> fQueue;
-  bool* fGone = nullptr; // set by the destructor while events are being told
   std::mutex fLock;
   std::map<std::uint32_t, TRegistration> fRegistrations; // under fLock
   std::uint32_t fLastHandle = 0;

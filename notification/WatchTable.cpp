@@ -1,7 +1,6 @@
 #include <notification/WatchTable.h>
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace kiv {
@@ -14,31 +13,62 @@ bool IsOf(const TWatchTable::TWatch& watch, IItemIdList* list) {
 
 } // namespace
 
-TWatchTable::TWatch* TWatchTable::Find(IItemIdList* pItemIdList) {
-  const auto found =
-      std::find_if(fWatches.begin(), fWatches.end(), [&](const TWatch& watch) { return IsOf(watch, pItemIdList); });
-  return found == fWatches.end() ? nullptr : &*found;
+std::vector<TWatchTable::TWatch> TWatchTable::All() const {
+  const std::lock_guard guard(fListLock);
+  return fWatches;
 }
 
-void TWatchTable::Store(IItemIdList* pItemIdList, const TNotificationDetails& pDetails) {
-  TWatch* const standing = Find(pItemIdList);
-  if (standing && standing->details.NotificationHandle == 0) {
-    standing->details = pDetails;
-  } else {
-    fWatches.push_back({pItemIdList, pDetails});
+int TWatchTable::Count() const {
+  const std::lock_guard guard(fListLock);
+  return static_cast<int>(fWatches.size());
+}
+
+std::optional<TWatchTable::TWatch> TWatchTable::Find(IItemIdList* pItemIdList) const {
+  for (TWatch& watch : All()) {
+    if (IsOf(watch, pItemIdList)) return std::move(watch);
   }
+  return std::nullopt;
+}
+
+void TWatchTable::Add(IItemIdList* pItemIdList, const TNotificationDetails& pDetails) {
+  const std::lock_guard guard(fListLock);
+  fWatches.push_back({++fLastId, pItemIdList, pDetails});
+}
+
+bool TWatchTable::Change(std::uint32_t pId, const TNotificationDetails& pDetails) {
+  const std::lock_guard guard(fListLock);
+  const auto found = std::find_if(fWatches.begin(), fWatches.end(), [&](const TWatch& watch) {
+    return watch.id == pId && watch.details.NotificationHandle == 0;
+  });
+  if (found == fWatches.end()) return false;
+  found->details = pDetails;
+  return true;
 }
 
 std::vector<TWatchTable::TWatch> TWatchTable::Remove(IItemIdList* pItemIdList) {
-  const auto gone = std::stable_partition(fWatches.begin(), fWatches.end(),
-                                          [&](const TWatch& watch) { return !IsOf(watch, pItemIdList); });
-  std::vector<TWatch> removed(std::make_move_iterator(gone), std::make_move_iterator(fWatches.end()));
-  fWatches.erase(gone, fWatches.end());
+  std::vector<TWatch> removed;
+  for (const TWatch& watch : All()) {
+    if (!IsOf(watch, pItemIdList)) continue;
+    const std::lock_guard guard(fListLock);
+    const auto found =
+        std::find_if(fWatches.begin(), fWatches.end(), [&](const TWatch& w) { return w.id == watch.id; });
+    if (found == fWatches.end()) continue;
+    removed.push_back(std::move(*found));
+    fWatches.erase(found);
+  }
   return removed;
 }
 
 std::vector<TWatchTable::TWatch> TWatchTable::RemoveAll() {
+  const std::lock_guard guard(fListLock);
   return std::exchange(fWatches, {});
+}
+
+std::vector<TWatchTable::TWatch> TWatchTable::TakeHandles() {
+  const std::lock_guard guard(fListLock);
+  std::vector<TWatch> taken = fWatches;
+  for (TWatch& watch : fWatches) watch.details.NotificationHandle = 0;
+  return taken;
 }
 
 } // namespace kiv

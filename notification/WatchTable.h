@@ -5,6 +5,8 @@
 #include <platform/Export.h>
 
 #include <cstdint>
+#include <mutex>
+#include <optional>
 #include <vector>
 
 namespace kiv {
@@ -17,27 +19,34 @@ struct TNotificationDetails {
 };
 
 /// The watches of a notifier, by list. Lists that users would call the same object are the same; they may differ in
-/// their bytes, so each look-up compares with all. One thread at a time.
+/// their bytes, so each look-up compares with all, and lists may answer by foreign code that comes back here: no lock
+/// is held meanwhile, and who goes through the watches has a copy. Any thread.
 class KIV_EXPORT TWatchTable {
 public:
   struct TWatch {
+    std::uint32_t id = 0; ///< never given twice
     ComPtr<IItemIdList> list;
     TNotificationDetails details;
   };
 
-  /// The first watch of a list; null if there is none. Valid until the table changes.
-  TWatch* Find(IItemIdList* pItemIdList);
-  /// Takes the place of a watch of the list that has no handle; otherwise stands beside what is there.
-  void Store(IItemIdList* pItemIdList, const TNotificationDetails& pDetails);
+  /// The first watch of a list.
+  std::optional<TWatch> Find(IItemIdList* pItemIdList) const;
+  void Add(IItemIdList* pItemIdList, const TNotificationDetails& pDetails);
+  /// Changes a watch that has no handle. False if it has one by now, or has gone.
+  bool Change(std::uint32_t pId, const TNotificationDetails& pDetails);
   /// Takes out all watches of a list.
   std::vector<TWatch> Remove(IItemIdList* pItemIdList);
   std::vector<TWatch> RemoveAll();
+  /// All watches as they are; they have no handles any more.
+  std::vector<TWatch> TakeHandles();
 
-  std::vector<TWatch>& All() noexcept { return fWatches; }
-  int Count() const noexcept { return static_cast<int>(fWatches.size()); }
+  std::vector<TWatch> All() const;
+  int Count() const;
 
 private:
-  std::vector<TWatch> fWatches;
+  mutable std::mutex fListLock;
+  std::vector<TWatch> fWatches; // under fListLock
+  std::uint32_t fLastId = 0;
 };
 
 } // namespace kiv

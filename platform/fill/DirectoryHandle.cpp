@@ -58,7 +58,7 @@ bool Arm(TDirectoryHandle& handle) noexcept {
   return handle.armed;
 }
 
-// What there is no memory for is lost, and told as that: the handle must be armed again all the same.
+// What there is no memory for is lost, and told as that.
 template <typename F>
 bool HasRoom(F&& act) {
   try {
@@ -168,6 +168,7 @@ TDirectoryHandle* TDirectoryPort::Open(const std::wstring& pPath, bool pSubtree,
 
 void TDirectoryPort::Close(TDirectoryHandle* pHandle) noexcept {
   std::unique_ptr<TDirectoryHandle> handle(pHandle);
+  std::erase(fToArm, pHandle);
   if (!pHandle->armed) return;
   pHandle->closed = true;
   fClosed.push_back(std::move(handle));
@@ -188,7 +189,7 @@ bool TDirectoryPort::Take(DWORD pLimit, TCompletion& pNext) noexcept {
   return overlapped || done;
 }
 
-TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
+TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TDirectoryReport& pReport) {
   TCompletion next;
   if (!fKept.empty()) {
     next = fKept.front();
@@ -202,21 +203,32 @@ TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TReport& pReport) {
     Dispose(handle);
     return TEvent::Nothing;
   }
+  fToArm.push_back(handle);
   handle->armed = false;
-  pReport.tag = handle->tag;
-  const auto* const first = reinterpret_cast<const std::byte*>(handle->buffer.get());
-  const auto* const last = first + std::min(bytes, handle->size);
-  const bool lost = error == ERROR_NOTIFY_ENUM_DIR || (error == ERROR_SUCCESS && bytes == 0);
-  std::vector<std::byte> filled;
-  const bool copied = HasRoom([&] { return filled.assign(first, last), true; });
-  if ((error != ERROR_SUCCESS && !lost) || !Arm(*handle)) {
-    pReport.kind = TReport::TKind::Failed;
+  pReport = {TDirectoryReport::TKind::Records, handle->tag.owner, handle->tag.folder, {}};
+  if (error != ERROR_SUCCESS && error != ERROR_NOTIFY_ENUM_DIR) {
+    fToArm.pop_back();
+    pReport.kind = TDirectoryReport::TKind::Failed;
     return TEvent::Report;
   }
-  const bool whole = !lost && copied && HasRoom([&] { return ParseDirectoryRecords(filled, pReport.records); });
-  if (!whole) pReport.records.clear();
-  pReport.kind = whole ? TReport::TKind::Records : TReport::TKind::Overflow;
+  const auto filled = std::as_bytes(std::span(handle->buffer.get(), handle->size / sizeof(DWORD)));
+  const auto parse = [&] {
+    return ParseDirectoryRecords(filled.first(std::min(bytes, handle->size)), pReport.records);
+  };
+  if (error == ERROR_SUCCESS && bytes != 0 && HasRoom(parse)) return TEvent::Report;
+  pReport.records.clear();
+  pReport.kind = TDirectoryReport::TKind::Overflow;
   return TEvent::Report;
+}
+
+void TDirectoryPort::Rearm(TUnreadReports& pFailed) {
+  while (!fToArm.empty()) {
+    TDirectoryHandle* const handle = fToArm.back();
+    if (!handle->armed && !Arm(*handle)) {
+      pFailed.Add({TDirectoryReport::TKind::Failed, handle->tag.owner, handle->tag.folder, {}});
+    }
+    fToArm.pop_back();
+  }
 }
 
 void TDirectoryPort::Settle() {
@@ -257,10 +269,12 @@ bool IsReportedFromBelow(const std::wstring& folder) {
   TDirectoryPort port;
   TDirectoryHandle* const handle = port.Open(folder, true, {nullptr, TWatchedTree::RootFolder});
   bool below = false;
+  TUnreadReports failed;
   if (handle && MakeFile(folder + L"\\below\\x") && MakeFile(folder + L"\\x")) {
     bool over = false;
     while (!over) {
-      TDirectoryPort::TReport report;
+      TDirectoryReport report;
+      port.Rearm(failed);
       over = port.Await(limit, report) != TDirectoryPort::TEvent::Report;
       for (const TDirectoryRecord& record : report.records) {
         below = below || record.name == L"below\\x";

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <platform/Handles.h>
-#include <platform/fill/DirectoryChange.h>
+#include <platform/fill/UnreadReports.h>
 #include <platform/fill/WatchedTree.h>
 
 #include <cstdint>
@@ -33,12 +33,6 @@ public:
     void* owner = nullptr;
     std::uint64_t folder = 0;
   };
-  struct TReport {
-    enum class TKind { Records, Overflow, Failed };
-    TKind kind = TKind::Failed;
-    TTag tag;
-    std::vector<TDirectoryRecord> records;
-  };
   enum class TEvent { Report, Nothing, TimeOut };
 
   TDirectoryPort();
@@ -50,8 +44,11 @@ public:
   TDirectoryHandle* Open(const std::wstring& pPath, bool pSubtree, TTag pTag);
   /// Nothing is reported of it any more.
   void Close(TDirectoryHandle* pHandle) noexcept;
-  /// The next event, at most `pLimit` milliseconds later.
-  TEvent Await(DWORD pLimit, TReport& pReport);
+  /// The next event, at most `pLimit` milliseconds later. The handle of a report reports nothing more before Rearm;
+  /// what happens until then the platform keeps for it.
+  TEvent Await(DWORD pLimit, TDirectoryReport& pReport);
+  /// Lets handles that reported do so again. A report for each one that can't.
+  void Rearm(TUnreadReports& pFailed);
   /// Waits until the platform has let go of all closed handles, half a second at most. What the others report stays for
   /// Await.
   void Settle();
@@ -71,6 +68,7 @@ private:
   TUniqueHandle fPort;
   std::deque<TCompletion> fKept;                          // came while something else was waited for
   std::vector<std::unique_ptr<TDirectoryHandle>> fClosed; // whose request hasn't ended
+  std::vector<TDirectoryHandle*> fToArm;
 };
 
 /// One open directory.
@@ -88,7 +86,7 @@ struct TDirectoryHandle {
   TDirectoryPort::TTag tag;
   HDEVNOTIFY device = nullptr;
   bool subtree = false;
-  bool armed = false; // the platform has the buffer
+  bool armed = false; // the platform has the buffer, or its answer waits at the port
   bool closed = false;
   DWORD size = 0;
   std::unique_ptr<DWORD[]> buffer;

@@ -5,9 +5,10 @@
 // comes first: a command, a buffer that a directory handle filled, or the time to look after watched folders that have
 // gone.
 //
-// A handle's buffer is copied and the handle armed again before anything else is done with it; all buffers that are
-// filled are taken before the next few records are looked at. A closed handle's memory
-// stays until the platform has said that it has let go of it.
+// All buffers that are filled are taken, and their handles armed again, before the next few records are looked at.
+// Where changes follow each other closely, the thread lets some of them gather before that: to hear of each one alone
+// costs many times as much as to look at it. A closed handle's memory stays until the platform has said that it has let
+// go of it.
 #include <platform/fill/DirectoryWatcher.h>
 
 #include <platform/ErrorMode.h>
@@ -26,6 +27,7 @@
 #include <optional>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -34,11 +36,14 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr std::uint64_t IdleAfter = 50;       // ms without a report of a watch
+constexpr std::uint64_t WakeAfter = 50;       // ms between attempts to wake who takes notices
 constexpr std::uint64_t LookAfter = 2000;     // ms between looks at the watched folders
 constexpr std::size_t LooksAtOnce = 256;      // folders
 constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
-constexpr std::size_t MostReports = 1024;     // kept
 constexpr std::size_t RecordsAtOnce = 64;
+constexpr std::uint64_t StreamGap = 20; // ms; what comes sooner behind something else is part of a stream
+constexpr std::size_t FewRecords = 16;  // of a stream in one turn
+constexpr DWORD GatherFor = 1;          // ms
 constexpr auto LongestRelease = 1000ms;
 
 /// What a caller waits for, a limited time: either it hears the answer, or the thread hears that it has gone on.
@@ -66,12 +71,19 @@ private:
 
 /// One watch; the thread's own, but for the number.
 struct TWatch final : IWatchedFolders {
-  using TReports = std::deque<TDirectoryPort::TReport>;
-
-  TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, TReports& pReports, const std::wstring& pPath,
+  TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, TUnreadReports& pReports, const std::wstring& pPath,
          TWatchedTree::TOptions pOptions, std::shared_ptr<TNoticeQueue> pQueue, HWND pDeviceWindow)
       : number(pNumber), port(pPort), reports(pReports), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
-        tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { queue->Push(number, std::move(notice)); }) {}
+        tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { told.push_back(std::move(notice)); }) {}
+
+  // All at once: the taker is woken once, and there is one lock for them.
+  void Tell() {
+    if (!told.empty()) {
+      unheard = !queue->Push(number, std::exchange(told, {}));
+    } else if (unheard) {
+      unheard = !queue->Wake();
+    }
+  }
 
   std::uint64_t Open(std::uint64_t pFolder, const std::wstring& pPath, bool pSubtree) override {
     auto handle = port.Open(pPath, pSubtree, {this, pFolder});
@@ -85,8 +97,7 @@ struct TWatch final : IWatchedFolders {
     if (found == handles.end()) return;
     port.Close(found->second);
     handles.erase(found);
-    std::erase_if(reports,
-                  [&](const auto& report) { return report.tag.owner == this && report.tag.folder == pFolder; });
+    reports.Drop(this, pFolder);
   }
   // Handles that were closed count until the platform has let go of them.
   std::uint64_t Reopen(std::uint64_t pFolder, const std::wstring& pPath) override {
@@ -108,7 +119,7 @@ struct TWatch final : IWatchedFolders {
 
   const std::uint32_t number;
   TDirectoryPort& port;
-  TReports& reports; // of all watches
+  TUnreadReports& reports; // of all watches
   const std::shared_ptr<TNoticeQueue> queue;
   const HWND deviceWindow;
   std::map<std::uint64_t, TDirectoryHandle*> handles;
@@ -116,6 +127,9 @@ struct TWatch final : IWatchedFolders {
   std::uint64_t quietSince = 0; // the last report, or what else an idle time must come behind
   bool complete = false;        // nothing is left to be opened
   bool tellComplete = false;    // the listeners may have listed the folder before everything was open
+  std::vector<TDirectoryNotice> told;
+  bool isFile = false;
+  bool unheard = false; // the queue's taker couldn't be woken
   std::shared_ptr<TBegin> begin;
   TWatchedTree tree; // last: its end closes handles
 };
@@ -154,6 +168,7 @@ public:
       // Its caller believes in it: it is looked for like one that has gone.
       watch->begin.reset();
       watch->complete = true;
+      TellIfFile(*watch);
     }
     fWatches.emplace(pRequest.number, std::move(watch));
   }
@@ -221,51 +236,50 @@ private:
 
   void Turn() {
     const bool scanning = ScanSome();
-    const bool busy = scanning || !fReports.empty();
-    TDirectoryPort::TReport report;
+    for (auto& [number, watch] : fWatches) watch->Tell();
+    if (fReports.IsEmpty() && fFew) Sleep(GatherFor);
+    fPort.Rearm(fReports);
+    const bool busy = scanning || !fReports.IsEmpty();
+    TDirectoryReport report;
+    std::size_t count = 0;
     TDirectoryPort::TEvent event = fPort.Await(busy ? 0 : WaitTime(), report);
-    // All that is ready, before any of it is looked at: a buffer that nobody takes overflows soon.
-    while (event != TDirectoryPort::TEvent::TimeOut && fReports.size() < MostReports) {
-      if (event == TDirectoryPort::TEvent::Report) fReports.push_back(std::move(report));
-      report = {};
-      event = fPort.Await(0, report);
+    for (; event != TDirectoryPort::TEvent::TimeOut; event = fPort.Await(0, report)) {
+      if (event != TDirectoryPort::TEvent::Report) continue;
+      count += report.records.size();
+      fReports.Add(std::move(report));
     }
-    if (event == TDirectoryPort::TEvent::Report) fReports.push_back(std::move(report));
-    if (!fReports.empty()) TakeReport();
-    if (event == TDirectoryPort::TEvent::TimeOut) TellIdle();
+    NoteStream(count);
+    if (fReports.Take(RecordsAtOnce, report)) OnReport(report);
+    TellIdle();
     LookAround();
+  }
+
+  void NoteStream(std::size_t pCount) {
+    fFew = false;
+    if (pCount == 0) return;
+    const std::uint64_t now = GetTickCount64();
+    fFew = pCount < FewRecords && now < fLastReport + StreamGap;
+    fLastReport = now;
   }
 
   // Each for itself: where something is reported all the time, the others have their silence all the same.
   void TellIdle() {
     for (auto& [number, watch] : fWatches) {
       if (!watch->complete || !watch->tree.WantsIdle() || GetTickCount64() < watch->quietSince + IdleAfter) continue;
-      const auto is_of = [owner = watch.get()](const auto& report) { return report.tag.owner == owner; };
-      if (std::any_of(fReports.begin(), fReports.end(), is_of)) continue;
+      if (fReports.HasOf(watch.get())) continue;
       watch->tree.OnIdle();
       watch->quietSince = GetTickCount64();
     }
   }
 
-  // Some of the oldest one.
-  void TakeReport() {
-    TDirectoryPort::TReport& first = fReports.front();
-    TDirectoryPort::TReport part{first.kind, first.tag, {}};
-    const std::size_t count = std::min(RecordsAtOnce, first.records.size());
-    const auto end = first.records.begin() + static_cast<std::ptrdiff_t>(count);
-    part.records.assign(std::make_move_iterator(first.records.begin()), std::make_move_iterator(end));
-    first.records.erase(first.records.begin(), end);
-    if (first.records.empty()) fReports.pop_front();
-    OnReport(part);
-  }
-
   DWORD WaitTime() const {
     if (fWatches.empty()) return INFINITE;
+    const std::uint64_t now = GetTickCount64();
     std::uint64_t next = fNextLook;
     for (const auto& [number, watch] : fWatches) {
       if (watch->complete && watch->tree.WantsIdle()) next = std::min(next, watch->quietSince + IdleAfter);
+      if (watch->unheard) next = std::min(next, now + WakeAfter);
     }
-    const std::uint64_t now = GetTickCount64();
     return now >= next ? 0 : static_cast<DWORD>(next - now);
   }
 
@@ -287,18 +301,18 @@ private:
     if (std::exchange(pWatch.tellComplete, false) || late) pWatch.tree.TellUpdate();
   }
 
-  void OnReport(TDirectoryPort::TReport& pReport) {
-    auto& watch = *static_cast<TWatch*>(pReport.tag.owner);
+  void OnReport(TDirectoryReport& pReport) {
+    auto& watch = *static_cast<TWatch*>(pReport.owner);
     TWatchedTree& tree = watch.tree;
     watch.quietSince = GetTickCount64();
     switch (pReport.kind) {
-    case TDirectoryPort::TReport::TKind::Records:
-      return tree.OnRecords(pReport.tag.folder, std::move(pReport.records));
-    case TDirectoryPort::TReport::TKind::Overflow:
-      return tree.OnOverflow(pReport.tag.folder);
+    case TDirectoryReport::TKind::Records:
+      return tree.OnRecords(pReport.folder, std::move(pReport.records));
+    case TDirectoryReport::TKind::Overflow:
+      return tree.OnOverflow(pReport.folder);
     default:
       // A folder below was closed by whoever took it away; the one above reports that.
-      if (pReport.tag.folder == TWatchedTree::RootFolder) Lose(watch);
+      if (pReport.folder == TWatchedTree::RootFolder) Lose(watch);
     }
   }
 
@@ -331,13 +345,22 @@ private:
       // A server that doesn't answer would hold up the other watches, and its end is reported.
       if (fOnNetwork) return;
       if (FileNumberAt(tree.Path()) != pWatch.Root()->number) return Lose(pWatch);
-      if (!pWatch.complete || !pWatch.reports.empty()) return;
+      if (!pWatch.complete || pWatch.reports.HasOf(&pWatch)) return;
       tree.LetGoOfEmpty();
       pWatch.quietSince = GetTickCount64(); // what it has seen to be empty must be so for a whole silence
     } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
+    } else {
+      TellIfFile(pWatch);
     }
+  }
+
+  // Once: it is ended when that is heard.
+  static void TellIfFile(TWatch& pWatch) {
+    if (pWatch.isFile || KindOfPath(pWatch.tree.Path()) != IWatchedFolders::TKind::File) return;
+    pWatch.isFile = true;
+    pWatch.told.push_back({TDirectoryEvent::NoFolder, pWatch.tree.Path(), {}});
   }
 
   bool SubtreesAreReported() {
@@ -349,7 +372,9 @@ private:
   std::mutex fLock;
   std::deque<std::function<void()>> fCommands; // under fLock
   TDirectoryPort fPort;
-  TWatch::TReports fReports; // read, and not looked at
+  TUnreadReports fReports;
+  bool fFew = false; // in the last turn, of a stream
+  std::uint64_t fLastReport = 0;
   std::map<std::uint32_t, std::unique_ptr<TWatch>> fWatches;
   std::uint32_t fLastLooked = 0;
   std::uint64_t fNextLook = 0;

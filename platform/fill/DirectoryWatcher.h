@@ -24,7 +24,8 @@ public:
 
   /// Begins to watch a folder, and comes back when changes are seen from, in deep trees and large folders after
   /// `pLongest` milliseconds: then the rest follows, and the watch tells a FolderUpdate when it is complete. 0 if there
-  /// is no such folder, or it can't be opened; what is found out about that later is treated as a folder that has gone.
+  /// is no such folder, or it can't be opened; what is found out about that later is treated as a folder that has gone,
+  /// and a file is told as NoFolder.
   /// `pDeviceWindow`, if given, is asked by WM_DEVICECHANGE for the watched handle when its medium is to be ejected,
   /// and calls ReleaseVolume then. `pOnNetwork`: whether the folder is on a server, or may be; that isn't looked at
   /// every two seconds while it is open, since its end is reported.

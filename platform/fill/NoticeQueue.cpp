@@ -17,22 +17,56 @@ void TNoticeQueue::End(std::uint32_t pWatch) {
   if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
 }
 
-// Whoever takes that one looks at the file later than this.
-bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const {
-  return pNotice.event == TDirectoryEvent::FileChange && !fEntries.empty() && fEntries.back().watch == pWatch &&
-         fEntries.back().notice == pNotice;
+// Whoever takes that one looks later than this.
+bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const {
+  const bool whole = pNotice.event == TDirectoryEvent::FolderUpdate && pNotice.path1 == pState.path;
+  return (whole || pNotice.event == TDirectoryEvent::FileChange) && !fEntries.empty() &&
+         fEntries.back().watch == pWatch && fEntries.back().notice == pNotice;
 }
 
-void TNoticeQueue::Push(std::uint32_t pWatch, TDirectoryNotice pNotice) {
-  const std::lock_guard guard(fLock);
-  const auto watch = fWatches.find(pWatch);
-  if (watch == fWatches.end() || watch->second.overflowed || IsTold(pWatch, pNotice)) return;
+void TNoticeQueue::Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice pNotice) {
+  if (pState.overflowed || IsTold(pWatch, pState, pNotice)) return;
   if (fEntries.size() >= fCapacity) {
-    watch->second.overflowed = true;
-    pNotice = {TDirectoryEvent::FolderUpdate, watch->second.path, {}};
+    pState.overflowed = true;
+    pNotice = {TDirectoryEvent::FolderUpdate, pState.path, {}};
   }
   fEntries.push_back({pWatch, std::move(pNotice)});
-  if (!fAwake && fWake) fAwake = fWake();
+}
+
+bool TNoticeQueue::MarkAwake() {
+  return !fEntries.empty() && !std::exchange(fAwake, true);
+}
+
+bool TNoticeQueue::WakeTaker(bool pNeeded) {
+  if (!pNeeded) return true;
+  {
+    const std::lock_guard guard(fWakeLock);
+    if (!fWake || fWake()) return true;
+  }
+  const std::lock_guard guard(fLock);
+  fAwake = false;
+  return false;
+}
+
+bool TNoticeQueue::Push(std::uint32_t pWatch, std::vector<TDirectoryNotice> pNotices) {
+  bool sleeps = false;
+  {
+    const std::lock_guard guard(fLock);
+    const auto watch = fWatches.find(pWatch);
+    if (watch == fWatches.end()) return true;
+    for (TDirectoryNotice& notice : pNotices) Keep(pWatch, watch->second, std::move(notice));
+    sleeps = MarkAwake();
+  }
+  return WakeTaker(sleeps);
+}
+
+bool TNoticeQueue::Wake() {
+  bool sleeps = false;
+  {
+    const std::lock_guard guard(fLock);
+    sleeps = MarkAwake();
+  }
+  return WakeTaker(sleeps);
 }
 
 bool TNoticeQueue::Pop(TEntry& pEntry) {
@@ -51,8 +85,11 @@ bool TNoticeQueue::Pop(TEntry& pEntry) {
 }
 
 void TNoticeQueue::Close() {
+  {
+    const std::lock_guard guard(fWakeLock);
+    fWake = nullptr;
+  }
   const std::lock_guard guard(fLock);
-  fWake = nullptr;
   fEntries.clear();
   fWatches.clear();
 }

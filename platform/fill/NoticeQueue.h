@@ -9,7 +9,8 @@
 #include <functional>
 #include <map>
 #include <mutex>
-#include <set>
+#include <string>
+#include <vector>
 
 namespace kiv {
 
@@ -18,7 +19,8 @@ namespace kiv {
 /// It wakes the taker when the first notice comes into an empty queue, and not again until the taker has asked for
 /// more than there is. A queue that the taker doesn't get to keeps a limited number: a watch that is told more loses
 /// the rest, and gets one FolderUpdate of its folder behind what it kept. A write to the file whose write is the newest
-/// notice is in that one; once that has been taken it is told anew. Any thread.
+/// notice is in that one, and so is a FolderUpdate of the watch's own folder; once that has been taken it is told anew.
+/// Any thread.
 class KIV_EXPORT TNoticeQueue {
 public:
   static constexpr std::size_t DefaultCapacity = 100'000;
@@ -28,15 +30,17 @@ public:
     TDirectoryNotice notice;
   };
 
-  /// `pWake` is called on the thread that pushes, and mustn't call the queue. False if the taker can't be woken now:
-  /// the next notice tries it again.
+  /// `pWake` is called on the thread that pushes, and mustn't call the queue. False if the taker can't be woken now.
   explicit TNoticeQueue(std::function<bool()> pWake, std::size_t pCapacity = DefaultCapacity);
 
   /// A watch's path is what its FolderUpdate would be of.
   void Begin(std::uint32_t pWatch, std::wstring pPath);
   /// What a watch has in the queue goes, and nothing more comes in.
   void End(std::uint32_t pWatch);
-  void Push(std::uint32_t pWatch, TDirectoryNotice pNotice);
+  /// In their order. False if the taker should be woken and can't be.
+  bool Push(std::uint32_t pWatch, std::vector<TDirectoryNotice> pNotices);
+  /// Tries once more to wake the taker, if it should be; false as above.
+  bool Wake();
   /// The next one; false if there is none.
   bool Pop(TEntry& pEntry);
   /// Drops everything; the taker isn't woken any more.
@@ -48,10 +52,15 @@ private:
     bool overflowed = false;
   };
 
-  bool IsTold(std::uint32_t pWatch, const TDirectoryNotice& pNotice) const;
+  bool IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const;
+  void Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice pNotice);
+  bool MarkAwake();
+  bool WakeTaker(bool pNeeded);
 
-  std::mutex fLock;
-  std::function<bool()> fWake;
+  // Not the lock of the rest: who wakes the taker would be interrupted by it, and it wait for him.
+  std::mutex fWakeLock;
+  std::function<bool()> fWake; // under fWakeLock
+  std::mutex fLock;            // of what follows
   const std::size_t fCapacity;
   std::deque<TEntry> fEntries;
   std::map<std::uint32_t, TWatch> fWatches;

@@ -25,7 +25,8 @@ enum class TDirectoryEvent : std::uint8_t {
   FolderCreate,
   FolderDelete, ///< with all that was in it
   FolderRename, ///< with all that is in it
-  FolderUpdate  ///< something in it changed; of the watched folder itself: nobody knows what
+  FolderUpdate, ///< something in it changed; of the watched folder itself: nobody knows what
+  NoFolder      ///< what is watched turns out to be a file: it isn't watched any more
 };
 
 struct TDirectoryNotice {

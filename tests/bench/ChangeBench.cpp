@@ -51,10 +51,11 @@ public:
   ComPtr<IItemIdList> MakeList(std::wstring_view pPath) override { return TKivItemIdList::Create(pPath); }
   ComPtr<IItemIdList> DefaultList() override { return nullptr; }
   bool Reload(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return true; }
+  TLook Look(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return {}; }
   bool IsFolder(IItemIdList*) override { return false; }
-  std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
+  std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
     sink = &pSink;
-    return std::make_unique<TSource>();
+    return std::make_shared<TSource>();
   }
   IChangeSink* sink = nullptr;
 
@@ -62,6 +63,7 @@ private:
   struct TSource final : IChangeSource {
     std::uint32_t Register(IItemIdList*, bool, TNotificationEvents) override { return 1; }
     void Unregister(std::uint32_t) noexcept override {}
+    void Close() noexcept override {}
   };
 };
 
@@ -103,10 +105,23 @@ double ParseLists() {
          1e6 / count;
 }
 
+// Changes, and how many a second.
+constexpr int PacedCount = 10'000;
+constexpr int Pace = 20'000;
+
 // These take long: one run does.
 double ThreadsOnce() {
   static const double threads = ThreadsOfWatches(1000);
   return threads;
+}
+// All of them, and not a median that hides some.
+double LostOnce() {
+  static const int lost = [] {
+    int all = 0;
+    for (int i = 0; i < 10; ++i) all += ChangesToQueue(PacedCount, Pace).lost;
+    return all;
+  }();
+  return lost;
 }
 double LongestTurnOnce() {
   static const double longest = LongestTurn(100'000);
@@ -119,7 +134,9 @@ std::vector<TFigure> ChangeFigures() {
   return {
       // Where the floor is a round number it is a limit that was set.
       {"changes", "latency", "ms", &Latency, [] { return 30.0; }, 1.0},
-      {"changes", "to_queue", "us/event", [] { return ChangesToQueue(10'000); }, [] { return 50.0; }, 1.0},
+      {"changes", "to_queue", "us/event", [] { return ChangesToQueue(PacedCount, Pace).each; }, [] { return 50.0; },
+       1.1},
+      {"changes", "lost_to_queue", "events", &LostOnce, [] { return 1.0; }, 0.5},
       {"changes", "to_paths", "us/event", [] { return ChangesToPaths(3000); }, [] { return 333.0; }, 1.0},
       {"changes", "to_lists", "us/event", &ToLists, &ParseLists, 1.3},
       {"changes", "threads_of_1000_watches", "threads", &ThreadsOnce, [] { return 1.0; }, 1.0},

@@ -88,33 +88,32 @@ double LongestTurn(int pCount) {
   return is_true ? longest : Failed;
 }
 
-double ChangesToQueue(int pCount) {
+TQueuedChanges ChangesToQueue(int pCount, int pPerSecond) {
+  constexpr auto silence = std::chrono::seconds(5);
   test::ScopedTempFolder folder;
   const std::wstring last = folder.PathOf(L"last");
   const auto woken = std::make_shared<TSignal>();
   const auto queue =
       std::make_shared<TNoticeQueue>([woken] { return woken->Set(), true; }, static_cast<std::size_t>(pCount) * 4);
   const std::uint32_t watch = DirectoryWatcher::Watch(folder.Path(), false, queue);
-  test::ChangeFromOutside(folder.Path(), test::TOutsideChanges::ComeAndGo, 1, pCount, last);
+  test::ChangeFromOutside(folder.Path(), test::TOutsideChanges::ComeAndGo, 1, pCount, last, pPerSecond);
   TNoticeQueue::TEntry entry;
-  while (!queue->Pop(entry)) woken->Wait();
-  const auto first = TClock::now();
-  int events = 1;
-  int changes = 1;
-  bool lost = false;
+  TClock::time_point first;
+  int changes = 0;
   for (bool over = false; !over;) {
     while (!over && queue->Pop(entry)) {
-      ++events;
-      changes += entry.notice.event != TDirectoryEvent::FileChange ? 1 : 0;
-      lost = lost || entry.notice.event == TDirectoryEvent::FolderUpdate;
-      over = lost || entry.notice.path1 == last;
+      if (entry.notice.event == TDirectoryEvent::FolderUpdate || entry.notice.event == TDirectoryEvent::FileChange)
+        continue;
+      if (changes++ == 0) first = TClock::now();
+      over = entry.notice.path1 == last;
     }
-    if (!over) woken->Wait();
+    // If the last one is lost, too, nothing comes any more.
+    over = over || !woken->WaitFor(silence);
   }
   const double seconds = std::chrono::duration<double>(TClock::now() - first).count();
   DirectoryWatcher::Unwatch(watch);
   AwaitUnwatched(folder.Path());
-  return lost || changes <= pCount ? Failed : seconds * 1e6 / events;
+  return {seconds * 1e6 / std::max(changes - 1, 1), std::max(pCount + 1 - changes, 0)};
 }
 
 double ChangesToPaths(int pCount) {

@@ -8,7 +8,7 @@ namespace kiv::bench {
 
 /// One figure: what a piece of ours costs beside the platform's own floor for the same work, measured in one run.
 struct TFigure {
-  /// Groups are chosen on the command line.
+  /// Groups are chosen on the command line, or single figures as `group/name`.
   std::string group;
   std::string name;
   std::string unit;

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <chrono>
 #include <random>
 #include <thread>
 
@@ -12,13 +13,14 @@ namespace kiv::test {
 
 namespace {
 
-// Arguments: folder, kind, seed, count, path of the last file.
+// Arguments: folder, kind, seed, count, path of the last file, changes a second.
 constexpr wchar_t Script[] =
-    LR"(my ($root,$kind,$seed,$count,$last)=@ARGV;chdir $root or die;srand $seed;)"
+    LR"(use Time::HiRes qw(time sleep);my ($root,$kind,$seed,$count,$last,$rate)=@ARGV;chdir $root or die;srand $seed;)"
+    LR"(my $since=time;sub pace{my $late=time-$since-$_[0]/$rate;if($late>.01){$since+=$late-.01}elsif($late<0){sleep .001}})"
     LR"(sub name{chr(97+int rand 12)}sub path{my $p='';$p.=name().'/' for 1..$_[0];$p.name()})"
     LR"(sub make{open(my $f,$_[0],$_[1]) or return 0;print $f 'x';1})"
     LR"(for(my $n=0;$n<$count;){my $d=int rand 3;my $p=path($d);my $k=int rand 7;)"
-    LR"(if($kind){$n+=make('>','f'.$n);$n+=unlink('f'.($n-1));next})"
+    LR"(if($kind){pace($n) if $rate;open(my $f,'>','f') or die;$n+=1+unlink 'f';next})"
     LR"(if($k<2){$n++ if !-d $p&&make('>',$p)}elsif($k==2){$n++ if mkdir $p}elsif($k==3){$n++ if rename $p,path(-d $p?$d:int rand 3)})"
     LR"(elsif($k==4){$n+=unlink $p}elsif($k==5){$n++ if -f $p&&make('>>',$p)}else{$n++ if rmdir $p}})"
     LR"(open(my $f,'>',$last))";
@@ -35,14 +37,15 @@ std::wstring NativePath(const std::wstring& path) {
   return found;
 }
 
-bool StartNative(const std::wstring& folder, TOutsideChanges kind, unsigned seed, int count, const std::wstring& last) {
+bool StartNative(const std::wstring& folder, TOutsideChanges kind, unsigned seed, int count, const std::wstring& last,
+                 int per_second) {
   constexpr wchar_t perl[] = LR"(Z:\usr\bin\perl)";
   const std::wstring native = NativePath(folder);
   if (native.empty() || !IsFile(perl)) return false;
   const std::wstring name = last.substr(last.find_last_of(L'\\') + 1);
   std::wstring command = std::wstring(perl) + L" -e \"" + Script + L"\" \"" + native + L"\" " +
                          std::to_wstring(static_cast<int>(kind)) + L" " + std::to_wstring(seed) + L" " +
-                         std::to_wstring(count) + L" \"" + name + L"\"";
+                         std::to_wstring(count) + L" \"" + name + L"\" " + std::to_wstring(per_second);
   STARTUPINFOW start{};
   start.cb = sizeof(start);
   PROCESS_INFORMATION started{};
@@ -80,9 +83,20 @@ void ChangeAtRandom(const std::wstring& root, unsigned seed, int count) {
   }
 }
 
-void ComeAndGo(const std::wstring& root, int count) {
+void Pace(int done, int per_second, std::chrono::steady_clock::time_point& since) {
+  using namespace std::chrono_literals;
+  const std::chrono::duration<double> due(static_cast<double>(done) / per_second);
+  const auto late =
+      std::chrono::steady_clock::now() - since - std::chrono::duration_cast<std::chrono::nanoseconds>(due);
+  if (late > 10ms) since += std::chrono::duration_cast<std::chrono::nanoseconds>(late - 10ms);
+  if (late < 0ms) std::this_thread::sleep_for(1ms);
+}
+
+void ComeAndGo(const std::wstring& root, int count, int per_second) {
+  auto since = std::chrono::steady_clock::now();
   for (int i = 0; i < count; i += 2) {
-    const std::wstring path = root + L"\\f" + std::to_wstring(i);
+    if (per_second > 0) Pace(i, per_second, since);
+    const std::wstring path = root + L"\\f";
     CreateEmptyFile(path);
     DeleteFileW(path.c_str());
   }
@@ -91,11 +105,11 @@ void ComeAndGo(const std::wstring& root, int count) {
 } // namespace
 
 void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsigned pSeed, int pCount,
-                       const std::wstring& pLast) {
-  if (StartNative(pFolder, pKind, pSeed, pCount, pLast)) return;
+                       const std::wstring& pLast, int pPerSecond) {
+  if (StartNative(pFolder, pKind, pSeed, pCount, pLast, pPerSecond)) return;
   std::thread([=] {
     if (pKind == TOutsideChanges::ComeAndGo) {
-      ComeAndGo(pFolder, pCount);
+      ComeAndGo(pFolder, pCount, pPerSecond);
     } else {
       ChangeAtRandom(pFolder, pSeed, pCount);
     }

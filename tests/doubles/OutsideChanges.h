@@ -6,13 +6,15 @@ namespace kiv::test {
 
 enum class TOutsideChanges {
   AtRandom, ///< makes, renames, moves, rewrites and deletes in three levels of folders with twelve names each
-  ComeAndGo ///< makes one file and deletes it, over and over
+  ComeAndGo ///< makes one empty file and deletes it, over and over
 };
 
-/// Changes what is in a folder, as fast as it can and without a pause, and makes the empty file `pLast` at the end.
+/// Changes what is in a folder, and makes the empty file `pLast` at the end: as fast as it can and without a pause, or,
+/// files that come and go, `pPerSecond` changes a second, some each millisecond; of what it is late it makes up for a
+/// hundredth of a second at most.
 /// Where the platform runs native programs of another system (Wine), one of those does it, which is much quicker; else
 /// this process itself. Comes back when that has begun; nothing of it may be left when the folder goes.
 void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsigned pSeed, int pCount,
-                       const std::wstring& pLast);
+                       const std::wstring& pLast, int pPerSecond = 0);
 
 } // namespace kiv::test

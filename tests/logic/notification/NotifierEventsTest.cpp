@@ -5,6 +5,8 @@
 #include <threading/WorkerPool.h>
 
 #include <atomic>
+#include <map>
+#include <mutex>
 #include <stdexcept>
 #include <thread>
 
@@ -181,6 +183,38 @@ TEST_F(NotifierEvents, AreToldOnWorkersUntilTheNotifierGoes) {
   share.Open();
   while (TWorkerPool::GlobalInstance().GetWorkItemsActive()) std::this_thread::yield();
   EXPECT_EQ(told, 1) << "nothing is told behind the end";
+}
+
+TEST_F(NotifierEvents, AreLostIfWorkersDontGetToThemAndToldAsUpdates) {
+  constexpr int most = 10'000;
+  fNotifier->AddItemIdList(ListOf(L"C:\\b").Get(), true, {neFileCreate});
+  fNotifier->AddPath(L"C:\\c");
+  fNotifier->SetNotifyAsynchronously(true);
+  test::TGate share;
+  std::atomic<int> waiting{0};
+  std::mutex lock;
+  std::map<std::wstring, int> told;
+  fNotifier->SetOnChangePIDL(nullptr);
+  fNotifier->SetOnChange([&](auto*, TNotificationEvent event, const std::wstring& path, const std::wstring&) {
+    const std::lock_guard guard(lock);
+    ++told[std::to_wstring(static_cast<int>(event)) + L":" + path];
+  });
+  const auto hanging = ListOf(L"C:\\a\\x");
+  hanging->reload = [&] {
+    ++waiting;
+    share.Pass();
+    return true;
+  };
+  // Workers may have taken some of them by then.
+  for (int i = 0; i < 2 * most; ++i) Arrive(neFileCreate, hanging);
+  EXPECT_LT(waiting, most / 2);
+  share.Open();
+  while (TWorkerPool::GlobalInstance().GetWorkItemsActive()) std::this_thread::yield();
+  fNotifier.reset();
+  EXPECT_GE(told[L"3:C:\\a\\x"], most);
+  EXPECT_LT(told[L"3:C:\\a\\x"], 2 * most);
+  told.erase(L"3:C:\\a\\x");
+  EXPECT_EQ(told, (std::map<std::wstring, int>{{L"15:C:\\a", 1}, {L"15:C:\\c", 1}}));
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -40,10 +41,14 @@ public:
     lastLimit = pLimit;
     return pItemIdList->Reload();
   }
+  TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator>) override {
+    lastLimit = pLimit;
+    return {pItemIdList->IsInvalid(), pItemIdList->Reload() ? pItemIdList->LinkTarget() : nullptr};
+  }
   bool IsFolder(IItemIdList* pItemIdList) override { return pItemIdList->IsFolder(); }
-  std::unique_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
+  std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
     sink = &pSink;
-    return std::make_unique<TSource>(*this);
+    return std::make_shared<TSource>(*this);
   }
 
   /// "path*" for each registration, the star for a recursive one, sorted.
@@ -61,17 +66,24 @@ public:
   std::uint64_t lastLimit = 0;
   bool fails = false;
   IChangeSink* sink = nullptr;
+  std::function<void()> meanwhile; ///< what the next registration runs
 
 private:
   struct TSource final : IChangeSource {
     explicit TSource(TFakePlatform& pPlatform) : platform(pPlatform) {}
     std::uint32_t Register(IItemIdList* pList, bool pRecursive, TNotificationEvents pEvents) override {
-      if (platform.fails) return 0;
+      if (const auto meanwhile = std::exchange(platform.meanwhile, {})) meanwhile();
+      if (platform.fails || closed) return 0;
       platform.registrations[++platform.lastHandle] = {pList->Path(), pRecursive, pEvents};
       return platform.lastHandle;
     }
     void Unregister(std::uint32_t pHandle) noexcept override { platform.registrations.erase(pHandle); }
+    void Close() noexcept override {
+      closed = true;
+      platform.registrations.clear(); // there is one notifier
+    }
     TFakePlatform& platform;
+    bool closed = false;
   };
 };
 

@@ -4,6 +4,7 @@
 #include <framework/Exceptions.h>
 #include <platform/MainThread.h>
 
+#include <functional>
 #include <thread>
 
 namespace kiv {
@@ -75,6 +76,59 @@ TEST_F(NotifierWatches, CanBeDoubledAndFollowLinks) {
   EXPECT_EQ(fPlatform.Registered(), L"C:\\a* C:\\a* C:\\l.lnk* D:\\t* ");
   notifier.RemovePath(L"C:\\a");
   EXPECT_EQ(fPlatform.Registered(), L"C:\\l.lnk* D:\\t* ");
+}
+
+TEST_F(NotifierWatches, MayChangeWhileOneBegins) {
+  fNotifier->SetEnabled(false);
+  for (const wchar_t* path : {L"C:\\a", L"C:\\b", L"C:\\c"}) fNotifier->AddPath(path);
+  fPlatform.meanwhile = [this] {
+    fNotifier->RemovePath(L"C:\\a");
+    fNotifier->RemovePath(L"C:\\b");
+    fNotifier->AddPath(L"C:\\d");
+  };
+  fNotifier->SetEnabled(true);
+  EXPECT_EQ(fPlatform.Registered(), L"C:\\c* C:\\d* ");
+  fPlatform.meanwhile = [this] { fNotifier->AddPath(L"C:\\e"); };
+  fNotifier->AddPath(L"C:\\e");
+  EXPECT_EQ(fPlatform.Registered(), L"C:\\c* C:\\d* C:\\e* ");
+  fPlatform.meanwhile = [this] { fNotifier->Restart(); };
+  fNotifier->Stop();
+  fNotifier->Start();
+  EXPECT_EQ(fPlatform.Registered(), L"C:\\c* C:\\d* C:\\e* ");
+  fPlatform.meanwhile = [this] { fNotifier->Stop(); };
+  fNotifier->Stop();
+  fNotifier->Start();
+  EXPECT_EQ(fPlatform.Registered(), L"");
+
+  const std::function<void()> ways[] = {[this] { fNotifier->Start(); }, [this] { fNotifier->AddPath(L"C:\\a"); },
+                                        [this] {
+                                          fNotifier->Add({ListOf(L"C:\\a"), ListOf(L"C:\\b")});
+                                        },
+                                        [this] {
+                                          fNotifier->BeginLoading();
+                                          fNotifier->EndLoading();
+                                        },
+                                        [this] {
+                                          TStringList paths;
+                                          paths.SetDelimitedText(L"C:\\x;C:\\y");
+                                          fNotifier->GetDirectories().Assign(&paths);
+                                        }};
+  for (const auto& way : ways) {
+    fPlatform.meanwhile = [this] { fNotifier.reset(); };
+    way();
+    EXPECT_EQ(fNotifier, nullptr);
+    EXPECT_EQ(fPlatform.Registered(), L"");
+    fNotifier = std::make_unique<TKivShellChangeNotifier>();
+  }
+}
+
+TEST_F(NotifierWatches, DontWaitForTheTargetOfALinkThatDoesNotAnswer) {
+  const auto link = ListOf(L"\\\\dead\\l.lnk");
+  link->target = ListOf(L"D:\\t");
+  link->reload = [] { return false; };
+  fNotifier->AddItemIdList(link.Get());
+  EXPECT_EQ(fPlatform.lastLimit, 1000U);
+  EXPECT_EQ(fPlatform.Registered(), L"\\\\dead\\l.lnk* ");
 }
 
 TEST_F(NotifierWatches, FollowTheListOfDirectories) {

@@ -358,7 +358,7 @@ TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   std::vector<TDirectoryNotice> told;
   TNoticeQueue queue([] { return true; });
   queue.Begin(1, Root);
-  TWatchedTree tree(Root, {}, folders, [&queue](TDirectoryNotice notice) { queue.Push(1, std::move(notice)); });
+  TWatchedTree tree(Root, {}, folders, [&queue](TDirectoryNotice notice) { queue.Push(1, {std::move(notice)}); });
   const auto take = [&] {
     TNoticeQueue::TEntry entry;
     while (queue.Pop(entry)) told.push_back(std::move(entry.notice));

@@ -1,5 +1,6 @@
 #include <platform/fill/DirectoryChange.h>
 #include <platform/fill/NoticeQueue.h>
+#include <platform/fill/UnreadReports.h>
 
 #include <gtest/gtest.h>
 
@@ -107,7 +108,9 @@ TEST(NoticeQueue, WakesOnceABurstAndLosesNothingUnsaid) {
   bool wakes = false;
   TNoticeQueue queue([&] { return ++woken, wakes; }, 3);
   TNoticeQueue::TEntry entry;
-  const auto notice = [](const std::wstring& name) { return TDirectoryNotice{TDirectoryEvent::FileCreate, name, {}}; };
+  const auto notice = [](const std::wstring& name) {
+    return std::vector<TDirectoryNotice>{{TDirectoryEvent::FileCreate, name, {}}};
+  };
   const auto all = [&] {
     std::wstring text;
     while (queue.Pop(entry)) {
@@ -119,10 +122,11 @@ TEST(NoticeQueue, WakesOnceABurstAndLosesNothingUnsaid) {
   queue.Push(1, notice(L"nobody's"));
   queue.Begin(1, L"one");
   queue.Begin(2, L"two");
-  queue.Push(1, notice(L"a"));
+  EXPECT_TRUE(queue.Wake()) << "for nothing";
+  EXPECT_FALSE(queue.Push(1, notice(L"a")));
   wakes = true; // from the second time on
-  queue.Push(2, notice(L"b"));
-  queue.Push(2, notice(L"c"));
+  EXPECT_TRUE(queue.Wake());
+  EXPECT_TRUE(queue.Push(2, {{TDirectoryEvent::FileCreate, L"b", {}}, {TDirectoryEvent::FileCreate, L"c", {}}}));
   EXPECT_EQ(woken, 2);
   EXPECT_EQ(all(), L"1a 2b 2c ");
   for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e"}) queue.Push(1, notice(name));
@@ -134,10 +138,56 @@ TEST(NoticeQueue, WakesOnceABurstAndLosesNothingUnsaid) {
   queue.End(1);
   queue.Push(1, notice(L"h"));
   EXPECT_EQ(all(), L"2g ") << "it tells again, and an ended watch is forgotten";
+  const TDirectoryNotice update{TDirectoryEvent::FolderUpdate, L"two", {}};
+  const TDirectoryNotice below{TDirectoryEvent::FolderUpdate, L"two\\sub", {}};
+  queue.Push(2, {below, below, update, update});
+  queue.Push(2, {update});
+  EXPECT_EQ(all(), L"2two\\sub! 2two\\sub! 2two! ");
   queue.Close();
   queue.Push(2, notice(L"i"));
   EXPECT_EQ(all(), L"");
-  EXPECT_EQ(woken, 4);
+  EXPECT_EQ(woken, 5);
+}
+
+TEST(UnreadReports, LoseAWatchsReportsTogetherAndSayItOnce) {
+  using enum TDirectoryReport::TKind;
+  const char owners[] = "ab";
+  const auto owner = [&](int i) { return const_cast<char*>(owners + i); };
+  TUnreadReports unread(6);
+  TDirectoryReport report;
+  const auto taken = [&](std::size_t most) {
+    std::string text;
+    while (unread.Take(most, report)) {
+      text += *static_cast<const char*>(report.owner) + std::to_string(report.folder) + "OF "[report.kind == Failed];
+      if (report.kind == Records) text.back() = ':';
+      for (const auto& record : report.records) text += static_cast<char>(record.name[0]);
+      text += ' ';
+    }
+    return text;
+  };
+  const auto add = [&](int of, std::uint64_t folder, const std::wstring& names) {
+    TDirectoryReport made{Records, owner(of), folder, {}};
+    for (const wchar_t name : names) made.records.push_back({Added, std::wstring(1, name)});
+    unread.Add(std::move(made));
+  };
+  add(0, 1, L"xyz");
+  add(1, 2, L"v");
+  EXPECT_EQ(taken(2), "a1:xy a1:z b2:v ") << "in parts";
+  add(0, 1, L"xyz");
+  unread.Take(1, report);
+  add(0, 2, L"w");
+  unread.Add({Failed, owner(0), 1, {}});
+  unread.Drop(owner(0), 2);
+  EXPECT_EQ(taken(9), "a1:yz a1F ");
+  add(0, 1, L"xyz");
+  unread.Take(2, report);
+  add(1, 5, L"u");
+  add(0, 3, L"w");
+  unread.Add({Failed, owner(0), 3, {}});
+  for (int i = 0; i < 3; ++i) add(0, 4, L"stuvw");
+  EXPECT_TRUE(unread.HasOf(owner(1)));
+  EXPECT_EQ(taken(9), "b5:u a3F a1O ") << "what comes behind it is in it";
+  EXPECT_FALSE(unread.HasOf(owner(0)));
 }
 
 } // namespace

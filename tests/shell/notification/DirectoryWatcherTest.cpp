@@ -26,7 +26,7 @@ protected:
 
   // Everything up to a notice of that kind for that path, without writes, which come once or twice.
   std::wstring TellUntil(TDirectoryEvent event, const std::wstring& path) {
-    static constexpr const wchar_t* names[] = {L"+", L"-", L">", L"~", L"++", L"--", L">>", L"!"};
+    static constexpr const wchar_t* names[] = {L"+", L"-", L">", L"~", L"++", L"--", L">>", L"!", L"?"};
     std::wstring told;
     TNoticeQueue::TEntry entry;
     for (;;) {
@@ -132,6 +132,16 @@ TEST_F(DirectoryWatches, DontWaitForThoseOnTheNetworkAndOpenLateWhatIsntThere) {
   EXPECT_EQ(TellUntil(TDirectoryEvent::FolderUpdate, late), L"!\\late ");
   const std::wstring file = fFolder.MakeFile(L"late\\x");
   EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\late\\x ");
+}
+
+TEST_F(DirectoryWatches, TryAgainToWakeWhoTakesTheirNotices) {
+  int attempts = 0;
+  fQueue =
+      std::make_shared<TNoticeQueue>([&attempts, woken = fWoken] { return ++attempts > 3 && (woken->Set(), true); });
+  ASSERT_NE(DirectoryWatcher::Watch(fFolder.Path(), false, fQueue), 0U);
+  const std::wstring file = fFolder.MakeFile(L"x");
+  fWoken->Wait();
+  EXPECT_EQ(TellUntil(TDirectoryEvent::FileCreate, file), L"+\\x ");
 }
 
 TEST_F(DirectoryWatches, ComeAndGoInNumbers) {

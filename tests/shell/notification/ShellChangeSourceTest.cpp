@@ -250,6 +250,33 @@ TEST_F(NotifierSources, GoOverToAShellThatReports) {
   EXPECT_EQ(gAsked.registered, 3);
 }
 
+// A server isn't asked what is a file, and may say it late.
+TEST_F(NotifierSources, GoOverToTheShellForAFileOfASlowServer) {
+  ScopedShellApi api;
+  FakeShell(api);
+  test::TGate gate;
+  const auto held = std::make_shared<TNoticeQueue>([&gate] { return gate.Pass(), true; });
+  const std::wstring slow = fFolder.MakeFolder(L"slow");
+  const std::uint32_t watch = DirectoryWatcher::Watch(slow, false, held, nullptr, 10'000, true);
+  fFolder.MakeFile(L"slow\\x");
+  gate.AwaitArrivals();
+  api->GetDriveTypeW = [](const wchar_t*) -> UINT { return DRIVE_REMOTE; };
+  SetChangeSourceKind(TChangeSourceKind::Directory);
+  Listen();
+  const std::wstring file = fFolder.MakeFile(L"file");
+  fNotifier->AddPath(file);
+  EXPECT_EQ(gAsked.registered, 0);
+  gate.Open();
+  PumpUntil([&] { return HasTold(L"15:" + file); });
+  EXPECT_EQ(gAsked.registered, 1);
+  DirectoryWatcher::Unwatch(watch);
+  // So is a folder of a file system that doesn't number its files.
+  api->GetDriveTypeW = [](const wchar_t*) -> UINT { return DRIVE_FIXED; };
+  api->NtQueryInformationFile = [](HANDLE, void*, void*, ULONG, int) -> LONG { return 0; };
+  fNotifier->AddPath(slow);
+  EXPECT_EQ(gAsked.registered, 2);
+}
+
 TEST_F(NotifierSources, LetGoOfAMediumThatIsToBeEjected) {
   SetChangeSourceKind(TChangeSourceKind::Directory);
   ScopedShellApi api;
