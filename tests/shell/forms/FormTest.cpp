@@ -85,6 +85,29 @@ TEST(Form, StaysWhereItIsWithAnotherWindow) {
   EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 323, 145}));
 }
 
+TEST(Form, ShowsAnotherWindowAsTheFormerOne) {
+  for (const int state : {SW_SHOWMAXIMIZED, SW_SHOWMINIMIZED, SW_SHOWNORMAL}) {
+    SCOPED_TRACE(state);
+    TForm form;
+    form.SetBorderStyle(TFormBorderStyle::fbSizeToolWin);
+    form.SetPosition(TFormPosition::poScreenCenter);
+    int shown = 0;
+    form.SetOnShow([&](TPersistent*) { ++shown; });
+    form.SetVisible(true);
+    form.SetBounds(123, 45, 300, 200);
+    ShowWindow(form.GetHandle(), state);
+    form.RecreateWnd();
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof(placement);
+    GetWindowPlacement(form.GetHandle(), &placement);
+    EXPECT_EQ(placement.showCmd, static_cast<UINT>(state));
+    EXPECT_TRUE(IsWindowVisible(form.GetHandle()));
+    EXPECT_EQ(shown, 1);
+    ShowWindow(form.GetHandle(), SW_RESTORE);
+    EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 423, 245}));
+  }
+}
+
 TEST(Form, AModalOneMayGoWhileItIsUp) {
   THostWindow host;
   auto form = std::make_unique<TForm>();
