@@ -295,6 +295,17 @@ TEST(SmallControls, AScrollBoxShowsWhatDoesntFit) {
   EXPECT_EQ(box.GetScrollPosition().y, 200);
   SendMessageW(box.GetHandle(), WM_VSCROLL, SB_LINEUP, 0);
   EXPECT_EQ(distant->GetTop(), 80 + box.ScaledPixels(20));
+  MoveMouse(PointOf(box.GetHandle(), 100, 50));
+  TurnWheel(-WHEEL_DELTA);
+  EXPECT_EQ(distant->GetTop(), 80);
+  auto* const aside = new TButton(&box);
+  aside->SetParent(&box);
+  aside->SetBounds(480, 20, 20, 20);
+  TurnWheel(WHEEL_DELTA, true);
+  EXPECT_GT(box.GetScrollPosition().x, 0);
+  TurnWheel(-WHEEL_DELTA, true);
+  EXPECT_EQ(box.GetScrollPosition().x, 0);
+  delete aside;
   box.SetHeight(300); // all fits again
   EXPECT_EQ(distant->GetTop(), 280);
   EXPECT_EQ(GetWindowLongW(box.GetHandle(), GWL_STYLE) & WS_VSCROLL, 0);
