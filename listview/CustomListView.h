@@ -89,7 +89,7 @@ public:
   virtual void SelectAll() { fItems->SelectAll(); }
   virtual void ClearSelection() { fItems->ClearSelection(); }
   void InvertSelection() { fItems->InvertSelection(); }
-  void DeleteSelected();
+  void DeleteSelected() { fItems->DeleteSelected(); }
   TListItem* GetNextItem(const TListItem* pStart, TSearchDirection pDirection, TItemStates pStates) const;
   /// See TListItems::FindCaption.
   virtual TListItem* FindCaption(int pStartIndex, std::wstring_view pText, bool pPartial, bool pInclusive, bool pWrap);
@@ -306,7 +306,7 @@ private:
   void RowsChanging() noexcept override;
   void RowsChanged() noexcept override;
   void RowLeaving(TListItem& pItem) noexcept override;
-  void AllRowsLeaving() noexcept override;
+  void RowsLeaving(const TRowBits& pRows) noexcept override;
   void RowLookChanged(TListItem& pItem) noexcept override;
   void StateChanged() noexcept override;
   void SetUpdateState(bool pUpdating) noexcept override;
@@ -337,6 +337,7 @@ private:
   TListItem* RowAt(int pIndex) const noexcept;
 
   // in step
+  void ForgetRows() noexcept;
   void WakeUp() noexcept;
   void HandleWakeUp();
   void Settle(UINT pMessage);

@@ -74,7 +74,16 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
   std::erase(fWanted, &pItem);
 }
 
-void TCustomListView::AllRowsLeaving() noexcept {
+void TCustomListView::RowsLeaving(const TRowBits& pRows) noexcept {
+  const auto leaves = [&](const TListItem* row) { return row != nullptr && pRows.Test(row->GetIndex()); };
+  if (leaves(fTopRow)) fTopRow = RowAt(pRows.FindClearNear(fTopRow->GetIndex()));
+  if (leaves(fDropTarget)) fDropTarget = nullptr;
+  if (leaves(fHotBox)) fHotBox = nullptr;
+  std::erase_if(fLooks, leaves);
+  std::erase_if(fWanted, leaves);
+}
+
+void TCustomListView::ForgetRows() noexcept {
   fTopRow = nullptr;
   fDropTarget = nullptr;
   fHotBox = nullptr;

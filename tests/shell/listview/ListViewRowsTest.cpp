@@ -37,6 +37,15 @@ TEST(ListViewRows, PlaceSelectionAndFocusGoWithTheRows) {
        },
        50},
       {"delete the first on the screen", [](auto& l) { l.Rows().Delete(50); }, 51},
+      {"delete some around the first on the screen",
+       [](auto& l) {
+         TListItem* const chosen = l.list->GetSelected();
+         l.list->ClearSelection();
+         l.Rows().SelectRange(40, 51, true);
+         l.list->DeleteSelected();
+         chosen->SetSelected(true);
+       },
+       52},
       {"sort", [&](auto& l) { l.list->CustomSort(descending); }, 50},
       {"append", [](auto& l) { l.Fill(100); }, 50},
       {"another window", [](auto& l) { l.list->RecreateWnd(); }, 50},
