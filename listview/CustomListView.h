@@ -280,6 +280,7 @@ protected:
   void WMNotify(TMessage& pMessage) override;
   void MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) override;
   void MouseMove(TShiftState pShift, int pX, int pY) override;
+  void KeyDown(WORD& pKey, TShiftState pShift) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void CMHintShow(TMessage& pMessage) override;
   void WMGetObject(TMessage& pMessage) override;
@@ -425,7 +426,9 @@ private:
   std::deque<std::function<void()>> fActions;
   std::vector<std::pair<int, int>> fWantedImages; // kind of list and number, of what was painted before it was made
   TListItem* fDropTarget = nullptr;
-  TListItem* fHotBox = nullptr;       // the pointer is on its box
+  TListItem* fHotBox = nullptr;     // the pointer is on its box
+  TListItem* fPressedBox = nullptr; // its box was there when the button went down
+  bool fIsSpaceDown = false;        // it went down here
   bool fIsReopening = false;          // an edit that was closed in passing
   bool fHasSeenRelease = false;       // since the last press of a button
   bool fIsReleaseTaken = false;       // the window class has had the message at hand
