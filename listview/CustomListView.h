@@ -375,6 +375,7 @@ private:
   LRESULT FindRow(const NMLVFINDITEMW& pFind);
   LRESULT HandleCustomDraw(NMLVCUSTOMDRAW& pDraw);
   LRESULT DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget, TCustomDrawStage pStage);
+  LRESULT TakeDrawnLook(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget);
   LRESULT NextStages(TCustomDrawTarget pTarget);
   bool HandleHeader(TMessage& pMessage);
   bool RefusesHeader(const NMHEADERW& pHeader);
@@ -429,6 +430,8 @@ private:
   TListItem* fHotBox = nullptr;     // the pointer is on its box
   TListItem* fPressedBox = nullptr; // its box was there when the button went down
   bool fIsSpaceDown = false;        // it went down here
+  COLORREF fRowText = CLR_DEFAULT;  // of the row whose cells are drawn
+  COLORREF fRowBack = CLR_DEFAULT;
   bool fIsReopening = false;          // an edit that was closed in passing
   bool fHasSeenRelease = false;       // since the last press of a button
   bool fIsReleaseTaken = false;       // the window class has had the message at hand
