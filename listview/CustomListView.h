@@ -250,6 +250,8 @@ protected:
   virtual void Edit(TListItem* pItem, const std::wstring& pText);
   virtual void DoCancelEdit();
   virtual void DoItemChecked(TListItem* pItem);
+  /// The pointer rests on a row. The text comes as the row's caption; what is left is shown if it was changed or
+  /// OnInfoTip is set, else the list's own hint.
   virtual void DoInfoTip(TListItem* pItem, std::wstring& pText);
   virtual void ColClick(TListColumn* pColumn);
   /// `pColumn` is null beside all columns; the point counts from the header's top left corner.
@@ -282,6 +284,7 @@ protected:
   void MouseMove(TShiftState pShift, int pX, int pY) override;
   void KeyDown(WORD& pKey, TShiftState pShift) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
+  bool DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) override;
   void CMHintShow(TMessage& pMessage) override;
   void WMGetObject(TMessage& pMessage) override;
   void CMMouseLeave(TMessage& pMessage) override;
@@ -289,7 +292,7 @@ protected:
   void CMColorChanged(TMessage& pMessage) override;
   void CMThemeChanged(TMessage& pMessage) override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
-  void Resize() override;
+  void WMSize(TMessage& pMessage) override;
   void Notification(TComponent* pComponent, TOperation pOperation) override;
 
   /// For the head of a destructor of a derived class: ends the window and the rows while its overrides stand.
@@ -301,6 +304,7 @@ protected:
 private:
   class TNativeScope;
   class TWriteScope;
+  class TReopening;
 
   // IListItemsHost
   TCustomListView* GetListView() noexcept override { return this; }
@@ -435,6 +439,7 @@ private:
   bool fIsReopening = false;          // an edit that was closed in passing
   bool fHasSeenRelease = false;       // since the last press of a button
   bool fIsReleaseTaken = false;       // the window class has had the message at hand
+  int fWheelRest = 0;                 // of a turn to the side
   std::array<std::wstring, 8> fTexts; // that the control was given and may still read
   std::size_t fNextText = 0;
   TCanvas fCanvas{nullptr};

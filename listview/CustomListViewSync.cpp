@@ -278,6 +278,7 @@ void TCustomListView::CatchUp() {
   const TWriteScope scope(*this);
   const TCatching catching{*this};
   fWrites = 0;
+  if (fColumnsDirty || fColumnLooksDirty) AutoSizeColumns();
   if (!fColumns->IsUpdating()) WriteColumns();
   if (fItems->IsUpdating()) return;
   const bool moved = std::exchange(fRowsDirty, false);

@@ -74,23 +74,17 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   EXPECT_THROW(form.ShowModal(), EInvalidOperation);
 }
 
-// The platform's place is asked for once.
-TEST(Form, StaysWhereItIsWithAnotherWindow) {
-  TForm form;
-  form.SetPosition(TFormPosition::poDefault);
-  form.HandleNeeded();
-  form.SetBounds(123, 45, 200, 100);
-  form.SetBorderStyle(TFormBorderStyle::fbDialog);
-  EXPECT_TRUE(form.HandleAllocated());
-  EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 323, 145}));
-}
-
+// A place of the platform's is asked for once.
 TEST(Form, ShowsAnotherWindowAsTheFormerOne) {
-  for (const int state : {SW_SHOWMAXIMIZED, SW_SHOWMINIMIZED, SW_SHOWNORMAL}) {
+  using enum TFormPosition;
+  for (const auto& [state, position] : {std::pair(SW_SHOWMAXIMIZED, poScreenCenter),
+                                        {SW_SHOWMINIMIZED, poDefault},
+                                        {SW_SHOWNORMAL, poScreenCenter},
+                                        {SW_SHOWNORMAL, poDefault}}) {
     SCOPED_TRACE(state);
     TForm form;
     form.SetBorderStyle(TFormBorderStyle::fbSizeToolWin);
-    form.SetPosition(TFormPosition::poScreenCenter);
+    form.SetPosition(position);
     int shown = 0;
     form.SetOnShow([&](TPersistent*) { ++shown; });
     form.SetVisible(true);

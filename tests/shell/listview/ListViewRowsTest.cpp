@@ -248,26 +248,15 @@ private:
   const std::function<void(TListItem&)>& fAsked;
 };
 
-class TPaintingList : public TListView {
-public:
-  using TListView::IsInsideNative;
-};
-
 TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   std::set<int> asked;
   int whilePainting = 0;
-  TPaintingList* painting = nullptr;
+  TListFixture list(TViewStyle::vsReport, 2, std::make_unique<test::TPaintingList>());
+  auto* const painting = static_cast<test::TPaintingList*>(list.list.get());
   const std::function<void(TListItem&)> ask = [&](TListItem& row) {
     asked.insert(row.GetIndex());
     whilePainting += painting->IsInsideNative() ? 1 : 0;
   };
-  TListFixture list(TViewStyle::vsReport, 2);
-  auto made = std::make_unique<TPaintingList>();
-  painting = made.get();
-  painting->SetViewStyle(TViewStyle::vsReport);
-  painting->GetColumns().Add()->SetWidth(100);
-  painting->GetColumns().Add()->SetWidth(200);
-  painting->SetBounds(0, 0, 400, 300);
   std::set<int> images;
   painting->SetOnGetImageIndex([&](TPersistent*, TListItem* item) {
     images.insert(item->GetIndex());
@@ -276,7 +265,6 @@ TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   painting->SetOnCreateItemClass([&](TPersistent*, TListItemClass& itemClass) {
     itemClass = [&](TListItems& rows) { return std::make_unique<TLazyRow>(&rows, ask); };
   });
-  list.list = std::move(made);
   list.Show(5000);
   const int page = painting->GetVisibleRowCount();
   const auto upTo = [](int first, int last) {
