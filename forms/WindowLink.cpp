@@ -55,7 +55,12 @@ void TellHosted(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT CALLBACK ListenerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_ACTIVATEAPP && wParam == FALSE) CancelHint(); // it would stand in front of the other program
-  if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) TellHosted(message, wParam, lParam);
+  if (message == WM_NCDESTROY) gListener = nullptr; // whoever closed it
+  try {
+    if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) TellHosted(message, wParam, lParam);
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
   return DefWindowProcW(window, message, wParam, lParam);
 }
 
@@ -69,7 +74,9 @@ void MakeListener() {
   RegisterClassExW(&info);
   gListener = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, info.lpszClassName, nullptr, WS_POPUP, 0, 0, 0, 0,
                               nullptr, nullptr, ThisModule(), nullptr);
-  AtShutdown([] { DestroyWindow(std::exchange(gListener, nullptr)); });
+  AtShutdown([] {
+    if (gListener) DestroyWindow(gListener);
+  });
 }
 
 void Attach(TWindowLink& link, HWND window) {
@@ -284,6 +291,7 @@ LRESULT TWindowLink::CallDefault(const TMessage& pMessage) const {
 LRESULT TWindowLink::CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
   if (!window) return 0;
   const auto procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
+  if (!procedure) return 0; // it has gone without a word
   ++depth;
   const LRESULT result = CallWindowProcW(procedure, window, pMessage, pWParam, pLParam);
   --depth;
