@@ -191,6 +191,9 @@ public:
   void SetOnMouseLeave(TNotifyEvent pEvent) { fOnMouseLeave = std::move(pEvent); }
   const TMouseWheelEvent& GetOnMouseWheel() const noexcept { return fOnMouseWheel; }
   void SetOnMouseWheel(TMouseWheelEvent pEvent) { fOnMouseWheel = std::move(pEvent); }
+  /// The wheel is tilted: above 0 to the right.
+  const TMouseWheelEvent& GetOnMouseWheelHorz() const noexcept { return fOnMouseWheelHorz; }
+  void SetOnMouseWheelHorz(TMouseWheelEvent pEvent) { fOnMouseWheelHorz = std::move(pEvent); }
   const TContextPopupEvent& GetOnContextPopup() const noexcept { return fOnContextPopup; }
   void SetOnContextPopup(TContextPopupEvent pEvent) { fOnContextPopup = std::move(pEvent); }
   const TNotifyEvent& GetOnResize() const noexcept { return fOnResize; }
@@ -235,6 +238,8 @@ protected:
   virtual void CaptureLost();
   /// True if the turn of the wheel is used up here; else it goes to the parent.
   virtual bool DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen);
+  /// The same for a tilt to the right, or with `pDelta` below 0 to the left.
+  virtual bool DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen);
   /// A menu is wanted. Fires OnContextPopup.
   virtual void DoContextPopup(POINT pPoint, bool& pHandled);
   /// The size has changed. Fires OnResize.
@@ -315,6 +320,7 @@ private:
   TNotifyEvent fOnMouseEnter;
   TNotifyEvent fOnMouseLeave;
   TMouseWheelEvent fOnMouseWheel;
+  TMouseWheelEvent fOnMouseWheelHorz;
   TContextPopupEvent fOnContextPopup;
   TNotifyEvent fOnResize;
 };
@@ -324,6 +330,9 @@ KIV_EXPORT TControl* GetCaptureControl() noexcept;
 
 /// The keys and buttons in the platform's `MK_...` bits, with Alt as it is now.
 KIV_EXPORT TShiftState KeysToShiftState(WPARAM pKeys) noexcept;
+/// How far whole turns of the wheel scroll, in pixels, by the user's choice ("SPI_GETWHEELSCROLLLINES",
+/// "SPI_GETWHEELSCROLLCHARS"): in steps of `pStep`, or in pages. What is left of a turn stays in `pRest`.
+KIV_EXPORT int TakeWheelDistance(int& pRest, int pDelta, bool pSideways, int pStep, int pPage) noexcept;
 /// Shift, Ctrl and Alt as they are at the message being handled ("GetKeyState").
 KIV_EXPORT TShiftState KeyboardShiftState() noexcept;
 

@@ -42,6 +42,15 @@ TShiftState KeysToShiftState(WPARAM pKeys) noexcept {
   return state;
 }
 
+int TakeWheelDistance(int& pRest, int pDelta, bool pSideways, int pStep, int pPage) noexcept {
+  UINT steps = 3;
+  SystemParametersInfoW(pSideways ? SPI_GETWHEELSCROLLCHARS : SPI_GETWHEELSCROLLLINES, 0, &steps, 0);
+  pRest += pDelta;
+  const int turns = pRest / WHEEL_DELTA;
+  pRest -= turns * WHEEL_DELTA;
+  return turns * (steps == WHEEL_PAGESCROLL ? pPage : static_cast<int>(steps) * pStep);
+}
+
 TControl* GetCaptureControl() noexcept {
   const HWND window = GetCapture();
   TWinControl* const control = window ? FindControl(window) : nullptr;
@@ -238,6 +247,12 @@ void TControl::DblClick() {
 bool TControl::DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen) {
   bool handled = false;
   const bool alive = FireEvent(GetAliveToken(), fOnMouseWheel, this, pShift, pDelta, pScreen, handled);
+  return handled || !alive;
+}
+
+bool TControl::DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) {
+  bool handled = false;
+  const bool alive = FireEvent(GetAliveToken(), fOnMouseWheelHorz, this, pShift, pDelta, pScreen, handled);
   return handled || !alive;
 }
 

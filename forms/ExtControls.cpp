@@ -366,13 +366,15 @@ void TScrollBox::WndProc(TMessage& pMessage) {
 
 bool TScrollBox::DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen) {
   if (TWinControl::DoMouseWheel(pShift, pDelta, pScreen)) return true;
-  UINT lines = 3;
-  SystemParametersInfoW(SPI_GETWHEELSCROLLLINES, 0, &lines, 0);
-  fWheelRest += pDelta;
-  const int turns = fWheelRest / WHEEL_DELTA;
-  fWheelRest -= turns * WHEEL_DELTA;
-  const int step = lines == WHEEL_PAGESCROLL ? GetClientHeight() : static_cast<int>(lines) * ScaledPixels(20);
-  ScrollTo(static_cast<int>(fPosition.x), static_cast<int>(fPosition.y) - turns * step);
+  const int distance = TakeWheelDistance(fWheelRest, pDelta, false, ScaledPixels(20), GetClientHeight());
+  ScrollTo(static_cast<int>(fPosition.x), static_cast<int>(fPosition.y) - distance);
+  return true;
+}
+
+bool TScrollBox::DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) {
+  if (TWinControl::DoMouseWheelHorz(pShift, pDelta, pScreen)) return true;
+  const int distance = TakeWheelDistance(fTiltRest, pDelta, true, ScaledPixels(20), GetClientWidth());
+  ScrollTo(static_cast<int>(fPosition.x) + distance, static_cast<int>(fPosition.y));
   return true;
 }
 

@@ -105,6 +105,7 @@ protected:
   void WndProc(TMessage& pMessage) override;
   void AlignControls(TControl* pControl) override;
   bool DoMouseWheel(TShiftState pShift, int pDelta, POINT pScreen) override;
+  bool DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
   void CMChildFocused(TMessage& pMessage) override;
 
@@ -116,6 +117,7 @@ private:
   TBorderStyle fBorderStyle = TBorderStyle::bsSingle;
   POINT fPosition{};
   int fWheelRest = 0;
+  int fTiltRest = 0;
   bool fUpdating = false;
 };
 

@@ -98,9 +98,29 @@ void TForm::CreateParams(TCreateParams& pParams) {
     break;
   }
   if (fPosition == TFormPosition::poDefault && !IsRecreating()) pParams.x = pParams.y = CW_USEDEFAULT;
+  if (IsRecreating() && fPlacement.showCmd == SW_SHOWMAXIMIZED) pParams.style |= WS_MAXIMIZE;
+  if (IsRecreating() && fPlacement.showCmd == SW_SHOWMINIMIZED) pParams.style |= WS_MINIMIZE;
   pParams.wndParent = WindowBehind();
   // The frame is the platform's, and says the language's direction itself.
   if (UseRightToLeftAlignment()) pParams.exStyle &= ~static_cast<DWORD>(WS_EX_RIGHT);
+}
+
+// The place behind a window that is maximized or minimized goes with it.
+void TForm::CreateWnd() {
+  const bool isPlaced = IsRecreating() && IsTopLevel() && fPlacement.length != 0;
+  TCustomControl::CreateWnd();
+  if (!isPlaced || !HandleAllocated() || fPlacement.showCmd == SW_SHOWNORMAL) return;
+  WINDOWPLACEMENT placement = fPlacement;
+  placement.showCmd = SW_HIDE;
+  SetWindowPlacement(GetHandle(), &placement);
+}
+
+void TForm::WMDestroy(TMessage& pMessage) {
+  fPlacement = {};
+  fPlacement.length = sizeof(fPlacement);
+  if (!IsRecreating() || !GetWindowPlacement(AllocatedHandle(), &fPlacement)) fPlacement = {};
+  fIsReplacing = IsRecreating() && IsShowing();
+  TCustomControl::WMDestroy(pMessage);
 }
 
 HWND TForm::WindowBehind() const {
@@ -197,7 +217,7 @@ void TForm::HandleMinMaxInfo(TMessage& pMessage) {
 // --- showing --------------------------------------------------------------------------------------------------------
 
 void TForm::PlaceForShow() {
-  if (!IsTopLevel()) return;
+  if (!IsTopLevel() || IsZoomed(GetHandle()) || IsIconic(GetHandle())) return;
   RECT area{};
   const HWND owner = GetWindow(GetHandle(), GW_OWNER);
   if (fPosition == TFormPosition::poOwnerFormCenter && owner) {
@@ -222,8 +242,10 @@ void TForm::CMShowingChanged(TMessage& pMessage) {
     if (alive.IsAlive()) TCustomControl::CMShowingChanged(pMessage);
     return;
   }
-  PlaceForShow();
-  if (alive.IsAlive()) DoShow();
+  if (!std::exchange(fIsReplacing, false)) {
+    PlaceForShow();
+    if (alive.IsAlive()) DoShow();
+  }
   // What shows it may have hidden it again.
   if (alive.IsAlive() && IsShowing()) TCustomControl::CMShowingChanged(pMessage);
 }

@@ -96,6 +96,8 @@ public:
 
 protected:
   void CreateParams(TCreateParams& pParams) override;
+  void CreateWnd() override;
+  void WMDestroy(TMessage& pMessage) override;
   bool MayExist() const override { return true; }
   bool WrapsTabOrder() const override { return true; }
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
@@ -125,6 +127,8 @@ private:
   HWND fModalOwner = nullptr;
   TWinControl* fActiveControl = nullptr;
   const TComponent* fActiveKey = nullptr;
+  WINDOWPLACEMENT fPlacement{}; // of the window whose place another one takes
+  bool fIsReplacing = false;    // that one is about to be shown, as the other was
   bool fModal = false;
   int fModalResult = mrNone;
   TNotifyEvent fOnShow;

@@ -21,7 +21,8 @@ HWND TWinControl::GetHandle() {
 }
 
 void TWinControl::HandleNeeded() {
-  if (fHandle) return;
+  // One that ended may have gone without its last message.
+  if (fHandle && (!fLink->hasEnded || TWindowLink::Of(fHandle))) return;
   const TAliveWatch alive(GetAliveToken());
   if (GetParent()) GetParent()->HandleNeeded();
   // The parent may have made it together with its own.
@@ -160,6 +161,7 @@ void TWinControl::DestroyWnd() {
 void TWinControl::DestroyWindowHandle() noexcept {
   TWindowLink* const link = fLink;
   if (!link) return;
+  const TAliveWatch alive(GetAliveToken());
   PutControlState(TControlStateFlag::csDestroyingHandle, true);
   if (link->depth > 0 && !link->isOwnClass) {
     // The window class is at work further down the stack: the window stays, without its control, until that returns.
@@ -174,9 +176,15 @@ void TWinControl::DestroyWindowHandle() noexcept {
       link->Abandon();
     }
   } else {
-    DestroyWindow(fHandle);
+    const HWND window = fHandle;
+    DestroyWindow(window);
+    // Who stands in front may have kept the last message to himself, or the window.
+    if (alive.IsAlive() && fLink == link && TWindowLink::Of(window)) {
+      WindowGone();
+      link->Abandon();
+    }
   }
-  PutControlState(TControlStateFlag::csDestroyingHandle, false);
+  if (alive.IsAlive()) PutControlState(TControlStateFlag::csDestroyingHandle, false);
 }
 
 LRESULT TWinControl::CallWindowClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) const {

@@ -161,6 +161,7 @@ bool TWinControl::HandleWindowMessage(TMessage& pMessage) {
     HandleMouseLeave(pMessage);
     return true;
   case WM_MOUSEWHEEL:
+  case WM_MOUSEHWHEEL:
     HandleWheel(pMessage);
     return true;
   case WM_CAPTURECHANGED:
@@ -289,7 +290,9 @@ void TWinControl::HandleWheel(TMessage& pMessage) {
   const TAliveWatch alive(GetAliveToken());
   const POINT screen{GET_X_LPARAM(pMessage.LParam), GET_Y_LPARAM(pMessage.LParam)};
   const TShiftState shift = KeysToShiftState(GET_KEYSTATE_WPARAM(pMessage.WParam));
-  const bool isUsed = DoMouseWheel(shift, GET_WHEEL_DELTA_WPARAM(pMessage.WParam), screen);
+  const int delta = GET_WHEEL_DELTA_WPARAM(pMessage.WParam);
+  const bool isUsed =
+      pMessage.Msg == WM_MOUSEWHEEL ? DoMouseWheel(shift, delta, screen) : DoMouseWheelHorz(shift, delta, screen);
   if (!isUsed && alive.IsAlive()) DefaultHandler(pMessage);
 }
 

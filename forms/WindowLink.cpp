@@ -3,6 +3,7 @@
 #include <forms/Hint.h>
 #include <framework/Application.h>
 #include <platform/ActivationContext.h>
+#include <platform/Lifecycle.h>
 #include <platform/ThisModule.h>
 
 #include <array>
@@ -11,6 +12,8 @@
 #include <exception>
 #include <memory>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace kiv {
 
@@ -37,7 +40,48 @@ std::unordered_map<HWND, TWindowLink*>& Links() {
 }
 std::atomic<DWORD> gLinksThread = 0;
 
+// The controls in windows of hosts hear what the platform tells top-level windows only ("WM_SYSCOLORCHANGE"). The
+// host's own would be another one whenever it docks a pane elsewhere, so there is one for all of them.
+HWND gListener = nullptr;
+
+void TellHosted(UINT message, WPARAM wParam, LPARAM lParam) {
+  std::vector<HWND> windows;
+  for (const auto& entry : Links()) windows.push_back(entry.first);
+  for (const HWND window : windows) {
+    TWinControl* const control = FindControl(window);
+    if (control && control->GetParentWindow()) SendMessageW(window, message, wParam, lParam);
+  }
+}
+
+LRESULT CALLBACK ListenerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_ACTIVATEAPP && wParam == FALSE) CancelHint(); // it would stand in front of the other program
+  if (message == WM_NCDESTROY) gListener = nullptr; // whoever closed it
+  try {
+    if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) TellHosted(message, wParam, lParam);
+  } catch (...) {
+    ReportException(std::current_exception());
+  }
+  return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void MakeListener() {
+  if (gListener) return;
+  WNDCLASSEXW info{};
+  info.cbSize = sizeof(info);
+  info.lpfnWndProc = &ListenerProc;
+  info.hInstance = ThisModule();
+  info.lpszClassName = L"Kiv.SettingsListener";
+  RegisterClassExW(&info);
+  gListener = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, info.lpszClassName, nullptr, WS_POPUP, 0, 0, 0, 0,
+                              nullptr, nullptr, ThisModule(), nullptr);
+  AtShutdown([] {
+    if (gListener) DestroyWindow(gListener);
+  });
+}
+
 void Attach(TWindowLink& link, HWND window) {
+  const auto former = Links().find(window);
+  if (former != Links().end()) former->second->Bury(); // the number is in use again
   if (!CommonControlsApi().SetWindowSubclass(window, &WindowLinkProc, SubclassId, reinterpret_cast<DWORD_PTR>(&link))) {
     return;
   }
@@ -127,19 +171,10 @@ TWinControl* NotifyingControl(HWND parent, const TMessage& message) {
   }
 }
 
-// What only top-level windows get: their children hear it from them ("WM_SYSCOLORCHANGE").
-void PassOn(HWND parent, const TMessage& message) {
-  for (HWND child = GetWindow(parent, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
-    if (FindControl(child)) SendMessageW(child, message.Msg, message.WParam, message.LParam);
-  }
-}
-
 LRESULT CALLBACK ParentWindowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
   const TCommonControlsApi& api = CommonControlsApi();
   if (message == WM_NCDESTROY) api.RemoveWindowSubclass(window, &ParentWindowProc, SubclassId);
   TMessage reflected{message, wParam, lParam, 0};
-  if (message == WM_ACTIVATEAPP && wParam == FALSE) CancelHint(); // it would stand in front of the other program
-  if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) PassOn(window, reflected);
   try {
     if (ReflectMessage(window, reflected)) return reflected.Result;
   } catch (...) {
@@ -182,6 +217,7 @@ void TWindowLink::LetGo() {
 
 TWindowLink* TWindowLink::Create(TWinControl& pControl, const TCreateParams& pParams) {
   CommonControlsApi(); // registers the classes
+  if (pControl.GetParentWindow()) MakeListener();
   auto owner = std::make_unique<TWindowLink>();
   owner->control = &pControl;
   owner->isOwnClass = pParams.className.empty();
@@ -229,15 +265,33 @@ void TWindowLink::Abandon() noexcept {
   ::SetParent(window, HWND_MESSAGE);
 }
 
+void TWindowLink::Bury() noexcept {
+  Links().erase(window);
+  window = nullptr;
+  if (TWinControl* const former = std::exchange(control, nullptr)) former->WindowGone();
+  LetGo();
+}
+
+// Another window may have its number. That it is this one the platform's memory of subclasses knows, but that is slow
+// to ask, and windows that end without a word are rare.
+bool TWindowLink::Stands() const noexcept {
+  if (depth > 0) return true;
+  if (GetWindowThreadProcessId(window, nullptr) != GetCurrentThreadId()) return false;
+  DWORD_PTR link = 0;
+  return !hasEnded || (CommonControlsApi().GetWindowSubclass(window, &WindowLinkProc, SubclassId, &link) &&
+                       link == reinterpret_cast<DWORD_PTR>(this));
+}
+
 LRESULT TWindowLink::CallDefault(const TMessage& pMessage) const {
   // Outside of a message of the window's own there is no next procedure to be asked.
-  if (depth == 0 || !window) return 0;
+  if (frames == 0 || !window) return 0;
   return CommonControlsApi().DefSubclassProc(window, pMessage.Msg, pMessage.WParam, pMessage.LParam);
 }
 
 LRESULT TWindowLink::CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
   if (!window) return 0;
   const auto procedure = reinterpret_cast<WNDPROC>(GetClassLongPtrW(window, GCLP_WNDPROC));
+  if (!procedure) return 0; // it has gone without a word
   ++depth;
   const LRESULT result = CallWindowProcW(procedure, window, pMessage, pWParam, pLParam);
   --depth;
@@ -247,6 +301,8 @@ LRESULT TWindowLink::CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
 
 LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
   ++depth;
+  ++frames;
+  if (pMessage.Msg == WM_DESTROY) hasEnded = true;
   TMessage message = pMessage;
   if (!control) {
     message.Result = CallDefault(message);
@@ -257,6 +313,7 @@ LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
       ReportException(std::current_exception());
     }
   }
+  --frames;
   --depth;
   return message.Result;
 }
@@ -264,7 +321,11 @@ LRESULT TWindowLink::Deliver(const TMessage& pMessage) {
 TWindowLink* TWindowLink::Of(HWND pWindow) noexcept {
   if (!pWindow || gLinksThread != GetCurrentThreadId()) return nullptr;
   const auto found = Links().find(pWindow);
-  return found == Links().end() ? nullptr : found->second;
+  if (found == Links().end()) return nullptr;
+  TWindowLink* const link = found->second;
+  if (link->Stands()) return link;
+  link->Bury();
+  return nullptr;
 }
 
 void WatchParentWindow(HWND pParent) {

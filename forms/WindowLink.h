@@ -13,6 +13,8 @@ struct TWindowLink {
   HWND window = nullptr;
   TWinControl* control = nullptr; ///< null once the control has gone
   int depth = 0;                  ///< messages of this window that are being handled
+  int frames = 0;                 ///< those of them that came through the window's procedures
+  bool hasEnded = false;          ///< the window has been told that it is destroyed
   bool isOwnClass = false;        ///< the window class is the library's: its procedure holds nothing
 
   /// Makes a window whose messages come to the control, the very first included. Null if the platform refuses; see
@@ -20,16 +22,21 @@ struct TWindowLink {
   static TWindowLink* Create(TWinControl& pControl, const TCreateParams& pParams);
   /// Takes the control from the window and ends the window, at once or as soon as it can.
   void Abandon() noexcept;
-  /// The next procedure of the window: the class's, or that of whoever stands between.
+  /// The window has gone, though its last message was kept from the link, and so has the link.
+  void Bury() noexcept;
+  /// The next procedure of the window: the class's, or that of whoever stands between. Does nothing outside of a
+  /// message that came through the window's procedures.
   LRESULT CallDefault(const TMessage& pMessage) const;
   /// The class's procedure, past all that stand between. The link may be gone after.
   LRESULT CallClass(UINT pMessage, WPARAM pWParam, LPARAM pLParam);
 
+  /// Null as well for a window that has gone, whoever has its number now: its link is buried then.
   static TWindowLink* Of(HWND pWindow) noexcept;
 
 private:
   friend LRESULT CALLBACK WindowLinkProc(HWND, UINT, WPARAM, LPARAM, UINT_PTR, DWORD_PTR);
   LRESULT Deliver(const TMessage& pMessage);
+  bool Stands() const noexcept;
   void LetGo();
 };
 

@@ -29,13 +29,14 @@ TCustomListView::~TCustomListView() {
 void TCustomListView::EndListView() noexcept {
   EndWindow();
   fActions.clear();
-  AllRowsLeaving();
+  ForgetRows();
   fItems = std::make_unique<TListItems>(static_cast<IListItemsHost&>(*this));
 }
 
 void TCustomListView::UseItems(std::unique_ptr<TListItems> pItems) {
   if (!pItems || HandleAllocated())
     throw EInvalidOperation(L"The rows of a list are chosen before its window is made.");
+  ForgetRows();
   fItems = std::move(pItems);
 }
 
@@ -69,16 +70,6 @@ void TCustomListView::SetDropTarget(TListItem* pItem) {
   if (fDropTarget != nullptr) fDropTarget->SetDropTarget(false);
   fDropTarget = pItem;
   if (pItem != nullptr) pItem->SetDropTarget(true);
-}
-
-void TCustomListView::DeleteSelected() {
-  const TAliveWatch alive(GetAliveToken());
-  const ScopedRowUpdate update(*fItems);
-  while (alive.IsAlive()) {
-    TListItem* const item = fItems->GetFirstSelected();
-    if (item == nullptr) return;
-    item->Delete();
-  }
 }
 
 TListItem* TCustomListView::GetNextItem(const TListItem* pStart, TSearchDirection pDirection,

@@ -89,7 +89,7 @@ public:
   virtual void SelectAll() { fItems->SelectAll(); }
   virtual void ClearSelection() { fItems->ClearSelection(); }
   void InvertSelection() { fItems->InvertSelection(); }
-  void DeleteSelected();
+  void DeleteSelected() { fItems->DeleteSelected(); }
   TListItem* GetNextItem(const TListItem* pStart, TSearchDirection pDirection, TItemStates pStates) const;
   /// See TListItems::FindCaption.
   virtual TListItem* FindCaption(int pStartIndex, std::wstring_view pText, bool pPartial, bool pInclusive, bool pWrap);
@@ -250,6 +250,8 @@ protected:
   virtual void Edit(TListItem* pItem, const std::wstring& pText);
   virtual void DoCancelEdit();
   virtual void DoItemChecked(TListItem* pItem);
+  /// The pointer rests on a row. The text comes as the row's caption; what is left is shown if it was changed or
+  /// OnInfoTip is set, else the list's own hint.
   virtual void DoInfoTip(TListItem* pItem, std::wstring& pText);
   virtual void ColClick(TListColumn* pColumn);
   /// `pColumn` is null beside all columns; the point counts from the header's top left corner.
@@ -280,7 +282,9 @@ protected:
   void WMNotify(TMessage& pMessage) override;
   void MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) override;
   void MouseMove(TShiftState pShift, int pX, int pY) override;
+  void KeyDown(WORD& pKey, TShiftState pShift) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
+  bool DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) override;
   void CMHintShow(TMessage& pMessage) override;
   void WMGetObject(TMessage& pMessage) override;
   void CMMouseLeave(TMessage& pMessage) override;
@@ -288,7 +292,7 @@ protected:
   void CMColorChanged(TMessage& pMessage) override;
   void CMThemeChanged(TMessage& pMessage) override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
-  void Resize() override;
+  void WMSize(TMessage& pMessage) override;
   void Notification(TComponent* pComponent, TOperation pOperation) override;
 
   /// For the head of a destructor of a derived class: ends the window and the rows while its overrides stand.
@@ -300,13 +304,14 @@ protected:
 private:
   class TNativeScope;
   class TWriteScope;
+  class TReopening;
 
   // IListItemsHost
   TCustomListView* GetListView() noexcept override { return this; }
   void RowsChanging() noexcept override;
   void RowsChanged() noexcept override;
   void RowLeaving(TListItem& pItem) noexcept override;
-  void AllRowsLeaving() noexcept override;
+  void RowsLeaving(const TRowBits& pRows) noexcept override;
   void RowLookChanged(TListItem& pItem) noexcept override;
   void StateChanged() noexcept override;
   void SetUpdateState(bool pUpdating) noexcept override;
@@ -337,6 +342,7 @@ private:
   TListItem* RowAt(int pIndex) const noexcept;
 
   // in step
+  void ForgetRows() noexcept;
   void WakeUp() noexcept;
   void HandleWakeUp();
   void Settle(UINT pMessage);
@@ -373,6 +379,7 @@ private:
   LRESULT FindRow(const NMLVFINDITEMW& pFind);
   LRESULT HandleCustomDraw(NMLVCUSTOMDRAW& pDraw);
   LRESULT DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget, TCustomDrawStage pStage);
+  LRESULT TakeDrawnLook(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget);
   LRESULT NextStages(TCustomDrawTarget pTarget);
   bool HandleHeader(TMessage& pMessage);
   bool RefusesHeader(const NMHEADERW& pHeader);
@@ -424,10 +431,15 @@ private:
   std::deque<std::function<void()>> fActions;
   std::vector<std::pair<int, int>> fWantedImages; // kind of list and number, of what was painted before it was made
   TListItem* fDropTarget = nullptr;
-  TListItem* fHotBox = nullptr;       // the pointer is on its box
+  TListItem* fHotBox = nullptr;     // the pointer is on its box
+  TListItem* fPressedBox = nullptr; // its box was there when the button went down
+  bool fIsSpaceDown = false;        // it went down here
+  COLORREF fRowText = CLR_DEFAULT;  // of the row whose cells are drawn
+  COLORREF fRowBack = CLR_DEFAULT;
   bool fIsReopening = false;          // an edit that was closed in passing
   bool fHasSeenRelease = false;       // since the last press of a button
   bool fIsReleaseTaken = false;       // the window class has had the message at hand
+  int fWheelRest = 0;                 // of a turn to the side
   std::array<std::wstring, 8> fTexts; // that the control was given and may still read
   std::size_t fNextText = 0;
   TCanvas fCanvas{nullptr};

@@ -130,8 +130,9 @@ void TCustomListView::Tick(TListItem& pItem) {
 
 void TCustomListView::MouseDown(TMouseButton pButton, TShiftState pShift, int pX, int pY) {
   const TAliveWatch alive(GetAliveToken());
-  if (pButton == TMouseButton::mbLeft && !pShift.Contains(TShiftStateFlag::ssDouble)) {
-    TListItem* const item = BoxAt(pX, pY);
+  if (pButton == TMouseButton::mbLeft) {
+    // What the press itself has led to may have moved the rows since.
+    TListItem* const item = std::exchange(fPressedBox, nullptr);
     if (item != nullptr) Tick(*item);
     if (!alive.IsAlive()) return;
   }
@@ -149,14 +150,22 @@ void TCustomListView::CMMouseLeave(TMessage& pMessage) {
 }
 
 void TCustomListView::CMEnabledChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
   TWinControl::CMEnabledChanged(pMessage);
-  if (fCheckBoxes && HandleAllocated()) InvalidateRect(AllocatedHandle(), nullptr, FALSE);
+  if (alive.IsAlive() && fCheckBoxes && HandleAllocated()) InvalidateRect(AllocatedHandle(), nullptr, FALSE);
+}
+
+void TCustomListView::KeyDown(WORD& pKey, TShiftState pShift) {
+  const TAliveWatch alive(GetAliveToken());
+  TWinControl::KeyDown(pKey, pShift);
+  if (alive.IsAlive() && pKey == VK_SPACE) fIsSpaceDown = true;
 }
 
 void TCustomListView::KeyUp(WORD& pKey, TShiftState pShift) {
+  const bool isPress = pKey == VK_SPACE && std::exchange(fIsSpaceDown, false);
   const TAliveWatch alive(GetAliveToken());
   TWinControl::KeyUp(pKey, pShift);
-  if (!alive.IsAlive() || pKey != VK_SPACE || !fCheckBoxes || IsEditing()) return;
+  if (!alive.IsAlive() || !isPress || pKey != VK_SPACE || !fCheckBoxes || IsEditing()) return;
   TListItem* const item = GetItemFocused();
   if (item == nullptr || pShift.Contains(TShiftStateFlag::ssCtrl) || pShift.Contains(TShiftStateFlag::ssShift)) return;
   Tick(*item);

@@ -90,6 +90,14 @@ LRESULT TCustomListView::HandleCustomDraw(NMLVCUSTOMDRAW& pDraw) {
 LRESULT TCustomListView::DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget, TCustomDrawStage pStage) {
   const TAliveWatch alive(GetAliveToken());
   const bool isBefore = pStage == TCustomDrawStage::cdPrePaint;
+  if (isBefore && pTarget == TCustomDrawTarget::dtItem) {
+    fRowText = pDraw.clrText;
+    fRowBack = pDraw.clrTextBk;
+  } else if (isBefore && pTarget == TCustomDrawTarget::dtSubItem) {
+    // Platforms leave what one cell was given to the next.
+    pDraw.clrText = fRowText;
+    pDraw.clrTextBk = fRowBack;
+  }
   if (!IsCustomDrawn(pTarget, pStage)) return isBefore ? NextStages(pTarget) : CDRF_DODEFAULT;
   const int index = static_cast<int>(pDraw.nmcd.dwItemSpec);
   // Its numbers are those of rows that it knew when it began to paint.
@@ -115,14 +123,22 @@ LRESULT TCustomListView::DrawStage(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTar
   fCanvas.SetHandle(nullptr);
   if (!isBefore) return CDRF_DODEFAULT;
   if (!byDefault) return CDRF_SKIPDEFAULT;
-  LRESULT result = NextStages(pTarget);
-  if (item == nullptr) return result;
+  return item == nullptr ? NextStages(pTarget) : TakeDrawnLook(pDraw, pTarget);
+}
+
+// What a handler has left in the canvas is taken for what the platform draws.
+LRESULT TCustomListView::TakeDrawnLook(NMLVCUSTOMDRAW& pDraw, TCustomDrawTarget pTarget) {
+  const LRESULT result = NextStages(pTarget);
   const TFont& font = fCanvas.GetFont();
   if (font.GetColor() != GetFont().GetColor()) {
     pDraw.clrText = static_cast<COLORREF>(StyleServices().GetSystemColor(font.GetColor()));
   }
   if (fCanvas.GetBrush().GetColor() != GetColor()) {
     pDraw.clrTextBk = static_cast<COLORREF>(StyleServices().GetSystemColor(fCanvas.GetBrush().GetColor()));
+  }
+  if (pTarget == TCustomDrawTarget::dtItem) {
+    fRowText = pDraw.clrText;
+    fRowBack = pDraw.clrTextBk;
   }
   if (font == GetFont()) return result;
   fDrawFont = font.GetSharedHandle();

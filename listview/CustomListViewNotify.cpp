@@ -161,8 +161,9 @@ void TCustomListView::PostDrag(int pIndex, TMouseButton pButton) {
 }
 
 LRESULT TCustomListView::FindRow(const NMLVFINDITEMW& pFind) {
-  if ((pFind.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || pFind.lvfi.psz == nullptr) return -1;
-  const bool isPartial = (pFind.lvfi.flags & LVFI_PARTIAL) != 0;
+  constexpr UINT partial = LVFI_PARTIAL | 4; // "LVFI_SUBSTRING": the same by another name
+  if ((pFind.lvfi.flags & (LVFI_STRING | partial)) == 0 || pFind.lvfi.psz == nullptr) return -1;
+  const bool isPartial = (pFind.lvfi.flags & partial) != 0;
   const TListItem* found = FindCaption(pFind.iStart, pFind.lvfi.psz, isPartial, true, false);
   if (found == nullptr && (pFind.lvfi.flags & LVFI_WRAP) != 0) {
     found = FindCaption(0, pFind.lvfi.psz, isPartial, true, false);
@@ -203,22 +204,42 @@ std::pair<DWORD, DWORD> TCustomListView::EditSelection() {
   return selected;
 }
 
+class TCustomListView::TReopening {
+public:
+  explicit TReopening(TCustomListView& pView) : fView(pView), fWatch(pView.GetAliveToken()) {
+    fView.fIsReopening = true;
+  }
+  TReopening(const TReopening&) = delete;
+  TReopening& operator=(const TReopening&) = delete;
+  ~TReopening() {
+    if (fWatch.IsAlive()) fView.fIsReopening = false;
+  }
+
+private:
+  TCustomListView& fView;
+  TAliveWatch fWatch;
+};
+
 // The edit that is about to be closed, though nobody wants that, comes back with what it holds.
 void TCustomListView::ReopenEdit(TListItem& pItem) {
   PostAction(
       [this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText(), selected = EditSelection()] {
         if (!row.IsAlive() || item->GetIndex() < 0) return;
         const TAliveWatch alive(GetAliveToken());
-        // The platform selects a row that is edited, and no other.
-        fIsReopening = true;
-        const bool isOpen = item->EditCaption();
-        if (!alive.IsAlive()) return;
-        StateChanged();
-        if (!alive.IsAlive()) return;
-        CatchUp();
-        fIsReopening = false;
+        bool isOpen = false;
+        {
+          // The platform selects a row that is edited, and no other.
+          const TReopening reopening(*this);
+          isOpen = item->EditCaption();
+          if (!alive.IsAlive()) return;
+          StateChanged();
+          CatchUp();
+        }
         const HWND edit = isOpen ? GetEditControl() : nullptr;
-        if (edit == nullptr) return;
+        if (edit == nullptr) {
+          DoCancelEdit();
+          return;
+        }
         SetWindowTextW(edit, text.c_str());
         SendMessageW(edit, EM_SETSEL, static_cast<WPARAM>(selected.first), static_cast<LPARAM>(selected.second));
       });
@@ -317,7 +338,9 @@ void TCustomListView::TakeColumnWidth(int pIndex) {
   if (fColumnsDirty || fColumnLooksDirty || pIndex < 0 || pIndex >= fColumns->GetCount()) return;
   TListColumn& column = *fColumns->GetItem(pIndex);
   const int width = static_cast<int>(Query(LVM_GETCOLUMNWIDTH, static_cast<WPARAM>(pIndex)));
-  if (column.GetVisible() && width >= 0) column.TakeWidth(width);
+  if (!column.GetVisible() || width < 0) return;
+  column.TakeWidth(width);
+  if (!column.IsAutoSize()) AutoSizeColumns();
 }
 
 void TCustomListView::ReadHeaderOrder() {
@@ -340,7 +363,24 @@ void TCustomListView::ReleaseSwallowedButton(UINT pPressed) {
   fIsReleaseTaken = true;
   TMessage message{isLeft ? static_cast<UINT>(WM_LBUTTONUP) : static_cast<UINT>(WM_RBUTTONUP), 0,
                    MAKELPARAM(point.x, point.y), 0};
+  const TAliveWatch alive(GetAliveToken());
   TWinControl::WndProc(message);
+  if (alive.IsAlive()) fIsReleaseTaken = false; // nobody may have passed it on
+}
+
+// Not all platforms' list views know of it.
+bool TCustomListView::DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) {
+  if (TWinControl::DoMouseWheelHorz(pShift, pDelta, pScreen)) return true;
+  SCROLLINFO info{};
+  info.cbSize = sizeof(info);
+  info.fMask = SIF_RANGE | SIF_PAGE;
+  const bool hasBar = HandleAllocated() && GetScrollInfo(AllocatedHandle(), SB_HORZ, &info) != 0;
+  if (!hasBar || info.nMax - info.nMin < static_cast<int>(info.nPage)) return false;
+  int distance = TakeWheelDistance(fWheelRest, pDelta, true, ScaledPixels(20), GetClientWidth());
+  if (UseRightToLeftAlignment()) distance = -distance;                          // the window is mirrored
+  if (fViewStyle == TViewStyle::vsList) distance = std::clamp(distance, -1, 1); // counted in columns
+  if (distance != 0) Scroll(distance, 0);
+  return true;
 }
 
 void TCustomListView::CMHintShow(TMessage& pMessage) {
@@ -352,10 +392,13 @@ void TCustomListView::CMHintShow(TMessage& pMessage) {
   GetCursorPos(&point);
   point = ScreenToClient(point);
   TListItem* const item = GetItemAt(point.x, point.y);
-  if (item == nullptr || !fOnInfoTip) return;
+  if (item == nullptr) return;
   const RECT area = RowBounds(item->GetIndex());
-  std::wstring text = item->GetCaption();
+  const std::wstring caption = item->GetCaption();
+  std::wstring text = caption;
+  const bool isHeard = static_cast<bool>(fOnInfoTip);
   DoInfoTip(item, text);
+  if (!isHeard && text == caption) return;
   // The hint is the caller's, whatever became of the row.
   hint.text = std::move(text);
   hint.area = area;

@@ -3,6 +3,8 @@
 
 #include <framework/Application.h>
 
+#include <windowsx.h>
+
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -70,14 +72,25 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
   }
   if (fDropTarget == &pItem) fDropTarget = nullptr;
   if (fHotBox == &pItem) fHotBox = nullptr;
+  if (fPressedBox == &pItem) fPressedBox = nullptr;
   std::erase(fLooks, &pItem);
   std::erase(fWanted, &pItem);
 }
 
-void TCustomListView::AllRowsLeaving() noexcept {
+void TCustomListView::RowsLeaving(const TRowBits& pRows) noexcept {
+  const auto leaves = [&](const TListItem* row) { return row != nullptr && pRows.Test(row->GetIndex()); };
+  if (leaves(fTopRow)) fTopRow = RowAt(pRows.FindClearNear(fTopRow->GetIndex()));
+  if (leaves(fDropTarget)) fDropTarget = nullptr;
+  if (leaves(fHotBox)) fHotBox = nullptr;
+  if (leaves(fPressedBox)) fPressedBox = nullptr;
+  std::erase_if(fLooks, leaves);
+  std::erase_if(fWanted, leaves);
+}
+
+void TCustomListView::ForgetRows() noexcept {
   fTopRow = nullptr;
   fDropTarget = nullptr;
-  fHotBox = nullptr;
+  fHotBox = fPressedBox = nullptr;
   fLooks.clear();
   fWanted.clear();
 }
@@ -109,6 +122,7 @@ void TCustomListView::WndProc(TMessage& pMessage) {
   const UINT message = pMessage.Msg;
   const bool isPress = message == WM_LBUTTONDOWN || message == WM_RBUTTONDOWN;
   if (isPress) fHasSeenRelease = false;
+  if (message == WM_LBUTTONDOWN) fPressedBox = BoxAt(GET_X_LPARAM(pMessage.LParam), GET_Y_LPARAM(pMessage.LParam));
   if (message == WM_LBUTTONUP || message == WM_RBUTTONUP) fHasSeenRelease = true;
   const TAliveWatch alive(GetAliveToken());
   TWinControl::WndProc(pMessage);
@@ -264,6 +278,7 @@ void TCustomListView::CatchUp() {
   const TWriteScope scope(*this);
   const TCatching catching{*this};
   fWrites = 0;
+  if (fColumnsDirty || fColumnLooksDirty) AutoSizeColumns();
   if (!fColumns->IsUpdating()) WriteColumns();
   if (fItems->IsUpdating()) return;
   const bool moved = std::exchange(fRowsDirty, false);

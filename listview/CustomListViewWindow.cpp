@@ -152,8 +152,9 @@ void TCustomListView::ExtendedStyleChanged() {
 
 void TCustomListView::SetViewStyle(TViewStyle pStyle) {
   if (fViewStyle == pStyle) return;
-  fViewStyle = pStyle;
   CatchUp();
+  fTopRow = nullptr; // where a row stood that couldn't be brought back yet says nothing in another view
+  fViewStyle = pStyle;
   // Some platforms give a header that isn't seen no new font.
   const HWND header = pStyle == TViewStyle::vsReport ? reinterpret_cast<HWND>(Query(LVM_GETHEADER)) : nullptr;
   if (header != nullptr) SendMessageW(header, WM_SETFONT, static_cast<WPARAM>(Query(WM_GETFONT)), FALSE);
@@ -323,9 +324,11 @@ void TCustomListView::ChangeScale(int pM, int pD, bool pKeepPlace) {
   BoxesChanged();
 }
 
-void TCustomListView::Resize() {
-  AutoSizeColumns();
-  TWinControl::Resize();
+// Of the client area: a scroll bar that comes takes of it, too.
+void TCustomListView::WMSize(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  TWinControl::WMSize(pMessage);
+  if (alive.IsAlive()) AutoSizeColumns();
 }
 
 // --- columns ---------------------------------------------------------------------------------------------------------

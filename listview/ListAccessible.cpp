@@ -288,13 +288,15 @@ ComPtr<IAccessible> MakeListAccessible(TCustomListView& pView) {
   ComPtr<IAccessible> standard;
   const auto create = AccessibleApi().createStandard;
   const LONG area = static_cast<LONG>(OBJID_CLIENT);
-  if (!create || pView.GetItems().GetCount() == 0) return nullptr;
+  if (!create) return nullptr;
   void* made = nullptr;
   if (FAILED(create(pView.GetHandle(), area, __uuidof(IAccessible), &made)) || !made) return nullptr;
   standard.Attach(static_cast<IAccessible*>(made));
+  // Without rows it is known by what it takes the list for.
+  const bool isEmpty = pView.GetItems().GetCount() == 0;
   VARIANT role{};
-  const bool knowsRows = standard->get_accRole(Number(1), &role) == S_OK && role.vt == VT_I4;
-  if (knowsRows) return nullptr;
+  const bool hasRole = standard->get_accRole(Number(isEmpty ? CHILDID_SELF : 1), &role) == S_OK && role.vt == VT_I4;
+  if (hasRole && (!isEmpty || role.lVal == ROLE_SYSTEM_LIST)) return nullptr;
   return Make<TListAccessible>(pView, std::move(standard));
 }
 

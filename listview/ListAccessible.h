@@ -14,8 +14,8 @@ class TListItem;
 /// view knows no rows: each row is an element of the object, numbered from 1. For all that concerns the list as a
 /// window the platform's object is asked.
 ///
-/// Null if the platform's object knows the rows, or if there are none; else the object, which outlives the list and
-/// answers CO_E_OBJNOTCONNECTED then. Main thread only.
+/// Null if the platform's object knows the rows; else the object, which outlives the list and answers
+/// CO_E_OBJNOTCONNECTED then. Main thread only.
 ComPtr<IAccessible> MakeListAccessible(TCustomListView& pView);
 
 /// The state of a row in the platform's bits ("Object State Constants").

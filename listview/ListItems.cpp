@@ -35,8 +35,9 @@ void TListItems::Assign(const TPersistent* pSource) {
   }
   if (source == this) return;
   const ScopedRowUpdate update(*this);
+  const TAliveWatch watch(fAlive);
   Clear();
-  for (int i = 0; i < source->GetCount(); ++i) {
+  for (int i = 0; watch.IsAlive() && i < source->GetCount(); ++i) {
     if (TListItem* item = Add()) item->Assign(source->GetItem(i));
   }
 }
@@ -70,11 +71,6 @@ int TListItems::IndexOf(const TListItem* pItem) const noexcept {
     if (row == pItem) return row->fIndex;
   }
   return -1;
-}
-
-TListItem* TListItems::RowNear(int pIndex) const noexcept {
-  if (fRows.empty()) return nullptr;
-  return fRows[static_cast<std::size_t>(std::min(pIndex, GetCount() - 1))].get();
 }
 
 // --- structure -------------------------------------------------------------------------------------------------------
@@ -124,6 +120,7 @@ std::unique_ptr<TListItem> TListItems::TakeOut(int pIndex) noexcept {
   TListItem* const row = fRows[static_cast<std::size_t>(pIndex)].get();
   fHost.RowsChanging();
   fHost.RowLeaving(*row);
+  fHasLostMark = fHasLostMark || fReportedFocus == row || fReported.Test(pIndex);
   std::unique_ptr<TListItem> taken = std::move(fRows[static_cast<std::size_t>(pIndex)]);
   fRows.erase(fRows.begin() + pIndex);
   fSelected.Erase(pIndex);
@@ -132,12 +129,15 @@ std::unique_ptr<TListItem> TListItems::TakeOut(int pIndex) noexcept {
   ++fStructure;
   row->fInList = false;
   row->fIndex = -1;
-  if (fFocused == row) fFocused = RowNear(pIndex);
-  if (fAnchor == row) fAnchor = RowNear(pIndex);
+  const int next = std::min(pIndex, GetCount() - 1);
+  TListItem* const heir = next < 0 ? nullptr : fRows[static_cast<std::size_t>(next)].get();
+  if (fFocused == row) fFocused = heir;
+  if (fAnchor == row) fAnchor = heir;
   if (fEditing == row) fEditing = nullptr;
   if (fReportedFocus == row) fReportedFocus = nullptr;
   if (fReportRow == row) fReportRow = nullptr;
   fHost.RowsChanged();
+  if (fHasLostMark || fFocused == heir) fHost.StateChanged(); // a handler may raise before it is reported
   return taken;
 }
 
@@ -163,7 +163,14 @@ void TListItems::Delete(int pIndex) {
     const std::unique_ptr<TListItem> going = TakeOut(pIndex);
     fHost.DeleteItem(going.get());
   }
-  if (watch.IsAlive() && focused != fFocused) StateChanged();
+  if (watch.IsAlive() && (fHasLostMark || focused != fFocused)) StateChanged();
+}
+
+void TListItems::DeleteSelected() {
+  CheckUnlocked();
+  const TAliveWatch watch(fAlive);
+  if (fEditing != nullptr && fEditing->GetSelected()) LetGoOfEdit(fEditing);
+  if (watch.IsAlive() && fSelected.FindSet(0) >= 0) DeleteRows(TRowBits(fSelected));
 }
 
 void TListItems::Clear() {
@@ -171,21 +178,17 @@ void TListItems::Clear() {
   const TAliveWatch watch(fAlive);
   LetGoOfEdit(nullptr);
   if (!watch.IsAlive() || fRows.empty()) return;
-  const bool hadFocus = fFocused != nullptr;
-  fHost.RowsChanging();
-  fHost.AllRowsLeaving();
-  std::vector<std::unique_ptr<TListItem>> going;
-  going.swap(fRows);
-  fSelected.Resize(0);
-  fReported.Resize(0);
-  fExact = 0;
-  ++fStructure;
-  fFocused = fReportedFocus = fAnchor = fEditing = fReportRow = nullptr;
-  for (const auto& row : going) {
-    row->fInList = false;
-    row->fIndex = -1;
-  }
-  fHost.RowsChanged();
+  TRowBits all;
+  all.Resize(GetCount());
+  all.Fill(true);
+  DeleteRows(all);
+}
+
+void TListItems::DeleteRows(const TRowBits& pRows) {
+  CheckUnlocked();
+  const TListItem* const focused = fFocused;
+  auto going = TakeOutRows(pRows);
+  const TAliveWatch watch(fAlive);
   for (auto& row : going) {
     // All rows go, whatever is raised for one of them.
     try {
@@ -195,7 +198,58 @@ void TListItems::Clear() {
     }
     row.reset();
   }
-  if (watch.IsAlive() && hadFocus) StateChanged();
+  if (watch.IsAlive() && (fHasLostMark || focused != fFocused)) StateChanged();
+}
+
+std::vector<std::unique_ptr<TListItem>> TListItems::TakeOutRows(const TRowBits& pRows) {
+  std::vector<std::unique_ptr<TListItem>> staying;
+  std::vector<std::unique_ptr<TListItem>> going;
+  const int left = GetCount() - pRows.CountSet();
+  staying.reserve(static_cast<std::size_t>(left));
+  going.reserve(fRows.size() - static_cast<std::size_t>(left));
+  TRowBits selected;
+  TRowBits reported;
+  selected.Resize(left);
+  reported.Resize(left);
+  fHost.RowsChanging();
+  fHost.RowsLeaving(pRows);
+  MoveMarksOff(pRows);
+  for (int i = 0; i < GetCount(); ++i) {
+    auto& row = fRows[static_cast<std::size_t>(i)];
+    if (pRows.Test(i)) {
+      fHasLostMark = fHasLostMark || fReported.Test(i);
+      row->fInList = false;
+      row->fIndex = -1;
+      going.push_back(std::move(row));
+    } else {
+      const auto place = static_cast<int>(staying.size());
+      selected.Put(place, fSelected.Test(i));
+      reported.Put(place, fReported.Test(i));
+      staying.push_back(std::move(row));
+    }
+  }
+  fRows = std::move(staying);
+  fSelected = std::move(selected);
+  fReported = std::move(reported);
+  fExact = 0;
+  ++fStructure;
+  fHost.RowsChanged();
+  return going;
+}
+
+// Focus and anchor go to the next row that stays, else to the one before; what else these rows have is over.
+void TListItems::MoveMarksOff(const TRowBits& pRows) noexcept {
+  const auto leaves = [&](const TListItem* row) { return row != nullptr && pRows.Test(IndexOf(row)); };
+  for (TListItem** mark : {&fFocused, &fAnchor}) {
+    if (!leaves(*mark)) continue;
+    const int heir = pRows.FindClearNear(IndexOf(*mark));
+    *mark = heir < 0 ? nullptr : fRows[static_cast<std::size_t>(heir)].get();
+  }
+  if (leaves(fEditing)) fEditing = nullptr;
+  if (leaves(fReportRow)) fReportRow = nullptr;
+  if (!leaves(fReportedFocus)) return;
+  fReportedFocus = nullptr;
+  fHasLostMark = true;
 }
 
 void TListItems::Move(int pFrom, int pTo) {

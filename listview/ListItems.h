@@ -31,7 +31,7 @@ using TListCompare = std::function<int(TListItem& pFirst, TListItem& pSecond, st
 /// What an application hears: DoSelectItem once for each row whose selection differs from what was last reported, then
 /// one Change. That is done at the end of each change made by the program, at the end of the outermost update bracket,
 /// or once the control has done with what the user did, however many messages the control made of it. A row that was
-/// selected and deselected in between isn't reported; neither is a row that has gone.
+/// selected and deselected in between isn't reported; of rows that have gone only Change tells.
 ///
 /// Handlers may do anything: change rows and selection (which is reported in the same run), or destroy the list. While
 /// rows are compared, inserting, deleting and moving raise EInvalidOperation. Main thread only.
@@ -70,6 +70,9 @@ public:
   /// Takes out a row and destroys it. A label that is edited is let go first. The focus goes to the row that takes the
   /// place, else to the one before.
   void Delete(int pIndex);
+  /// Takes out all selected rows at once, then destroys them. The focus goes as with Delete. What a handler raises is
+  /// reported, as in Clear.
+  void DeleteSelected();
   void Clear();
   /// Takes the row at `pFrom` out and puts it in at `pTo` of the list without it. Its state comes along.
   void Move(int pFrom, int pTo);
@@ -156,7 +159,9 @@ private:
   TListItem* PutIn(std::unique_ptr<TListItem> pItem, int pIndex);
   std::unique_ptr<TListItem> TakeOut(int pIndex) noexcept;
   void LetGoOfEdit(TListItem* pItem);
-  TListItem* RowNear(int pIndex) const noexcept;
+  void DeleteRows(const TRowBits& pRows);
+  std::vector<std::unique_ptr<TListItem>> TakeOutRows(const TRowBits& pRows);
+  void MoveMarksOff(const TRowBits& pRows) noexcept;
   /// The rows by their present places, in the order that they are to have.
   void PutOrder(const std::vector<std::uint32_t>& pPlaces);
   void StateChanged();
@@ -175,6 +180,7 @@ private:
   TListItem* fAnchor = nullptr;
   TListItem* fEditing = nullptr;
   TListItem* fReportRow = nullptr; // whom the next Change names
+  bool fHasLostMark = false;       // a row has gone that was reported as selected or focused
   int fUpdateCount = 0;
   int fSortLocks = 0;
   bool fMultiSelect = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <listview/ListTypes.h>
+#include <listview/RowBits.h>
 
 #include <memory>
 
@@ -28,8 +29,8 @@ public:
   virtual void RowsChanged() noexcept = 0;
   /// Tells that a row, which is still in its place, is about to leave.
   virtual void RowLeaving(TListItem& pItem) noexcept = 0;
-  /// The same for all rows at once.
-  virtual void AllRowsLeaving() noexcept = 0;
+  /// The same for all rows whose bits are set.
+  virtual void RowsLeaving(const TRowBits& pRows) noexcept = 0;
   /// Tells that a row looks different.
   virtual void RowLookChanged(TListItem& pItem) noexcept = 0;
   /// Tells that selection, focus or anchor changed.

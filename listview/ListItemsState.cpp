@@ -101,7 +101,7 @@ void TListItems::WishDetails(int pFirst, int pLast) noexcept {
 // --- reports ---------------------------------------------------------------------------------------------------------
 
 bool TListItems::HasPending() const noexcept {
-  return fFocused != fReportedFocus || fSelected.FindDifference(fReported, 0) >= 0;
+  return fHasLostMark || fFocused != fReportedFocus || fSelected.FindDifference(fReported, 0) >= 0;
 }
 
 void TListItems::StateChanged() {
@@ -125,11 +125,16 @@ bool TListItems::ReportChanges() {
   while (HasPending()) {
     const int first = fSelected.FindDifference(fReported, 0);
     const int focused = IndexOf(fFocused);
-    const bool isFocusNamed = first < 0 || (focused >= 0 && fSelected.Test(focused) != fReported.Test(focused));
-    fReportRow = isFocusNamed ? fFocused : fRows[static_cast<std::size_t>(first)].get();
-    // Without a focus it is the row that lost it; null if that has gone.
-    if (fReportRow == nullptr) fReportRow = fReportedFocus;
+    const bool isFocusNamed =
+        first < 0 ? fFocused != fReportedFocus : focused >= 0 && fSelected.Test(focused) != fReported.Test(focused);
+    fReportRow = nullptr; // what changed may have gone
+    if (isFocusNamed) {
+      fReportRow = fFocused != nullptr ? fFocused : fReportedFocus; // that has it, or lost it
+    } else if (first >= 0) {
+      fReportRow = fRows[static_cast<std::size_t>(first)].get();
+    }
     fReportedFocus = fFocused;
+    fHasLostMark = false;
     unsigned structure = fStructure;
     for (int at = first; at >= 0; at = fSelected.FindDifference(fReported, at)) {
       const bool isSelected = fSelected.Test(at);

@@ -94,6 +94,13 @@ int TRowBits::FindDifference(const TRowBits& pOther, int pFrom) const noexcept {
   return FindWord(pFrom, [this, &pOther](std::size_t at) { return fWords[at] ^ pOther.fWords[at]; });
 }
 
+int TRowBits::FindClearNear(int pIndex) const noexcept {
+  const int next = FindWord(pIndex, [this](std::size_t at) { return ~fWords[at]; });
+  if (next >= 0 && next < fSize) return next;
+  while (pIndex >= 0 && Test(pIndex)) --pIndex;
+  return pIndex;
+}
+
 void TRowBits::ClearTail() noexcept {
   if ((fSize & 63) != 0) fWords.back() &= BitOf(fSize) - 1;
 }

@@ -35,6 +35,8 @@ public:
   int FindSet(int pFrom) const noexcept;
   /// The first one from `pFrom` on that differs; -1 if there is none. Both have the same size.
   int FindDifference(const TRowBits& pOther, int pFrom) const noexcept;
+  /// The first one from `pIndex` on that isn't set, else the last one before it; -1 if all are set.
+  int FindClearNear(int pIndex) const noexcept;
 
 private:
   static constexpr std::size_t WordOf(int pIndex) noexcept { return static_cast<std::size_t>(pIndex) >> 6; }

@@ -137,8 +137,21 @@ void ClickMouse(POINT pScreen, TShiftStateFlag pButton) {
   ReleaseMouse(pButton);
 }
 
-void TurnWheel(int pDelta) {
-  SendMouse(MOUSEEVENTF_WHEEL, static_cast<DWORD>(pDelta));
+void TurnWheel(int pDelta, bool pSideways) {
+  constexpr DWORD sideways = 0x1000; // "MOUSEEVENTF_HWHEEL"
+  SendMouse(pSideways ? sideways : static_cast<DWORD>(MOUSEEVENTF_WHEEL), static_cast<DWORD>(pDelta));
+}
+
+void TellTopLevelWindows(UINT pMessage, WPARAM pWParam, LPARAM pLParam) {
+  MSG message{nullptr, pMessage, pWParam, pLParam, 0, {}};
+  EnumThreadWindows(
+      GetCurrentThreadId(),
+      [](HWND window, LPARAM told) -> BOOL {
+        const auto& what = *reinterpret_cast<const MSG*>(told);
+        SendMessageW(window, what.message, what.wParam, what.lParam);
+        return TRUE;
+      },
+      reinterpret_cast<LPARAM>(&message));
 }
 
 POINT PointOf(HWND pWindow, int pX, int pY) {

@@ -34,11 +34,14 @@ void MoveMouse(POINT pScreen);
 void PressMouse(TShiftStateFlag pButton = TShiftStateFlag::ssLeft);
 void ReleaseMouse(TShiftStateFlag pButton = TShiftStateFlag::ssLeft);
 void ClickMouse(POINT pScreen, TShiftStateFlag pButton = TShiftStateFlag::ssLeft);
-void TurnWheel(int pDelta);
+void TurnWheel(int pDelta, bool pSideways = false);
 /// A point of a window's client area on the screen.
 POINT PointOf(HWND pWindow, int pX, int pY);
 /// Its middle.
 POINT MiddleOf(HWND pWindow);
+
+/// Tells the top-level windows of this thread what the platform tells all that there are, and no others.
+void TellTopLevelWindows(UINT pMessage, WPARAM pWParam, LPARAM pLParam);
 
 /// A pixel of a window's client area as it stands on the screen, 0x00BBGGRR.
 COLORREF PixelOf(HWND pWindow, int pX, int pY);

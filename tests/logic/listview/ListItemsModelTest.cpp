@@ -28,6 +28,14 @@ struct TPlainRows {
     if (!hadFocus) return;
     focused = rows.empty() ? -1 : rows[std::min(static_cast<std::size_t>(pIndex), rows.size() - 1)].id;
   }
+  void DeleteSelected() {
+    for (int i = 0; i < static_cast<int>(rows.size());) {
+      if (rows[static_cast<std::size_t>(i)].selected)
+        Delete(i);
+      else
+        ++i;
+    }
+  }
   void Move(int pFrom, int pTo) {
     const TPlainRow row = rows[static_cast<std::size_t>(pFrom)];
     rows.erase(rows.begin() + pFrom);
@@ -65,6 +73,10 @@ public:
       Select(what, at, other);
     }
     if (Below(200) == 0) Clear();
+    if (Below(50) == 0) {
+      Rows().DeleteSelected();
+      fPlain.DeleteSelected();
+    }
   }
 
   // The control is brought in step whenever no bracket is open.

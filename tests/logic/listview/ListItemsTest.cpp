@@ -32,7 +32,7 @@ TEST(ListItems, ReportsEachRowOnceAndOneChangeForAnAction) {
               rows.SetFocused(rows[3]);
             }),
             L"-d =d ");
-  EXPECT_EQ(said([&] { rows.Delete(2); }), L"") << "a row that goes isn't deselected";
+  EXPECT_EQ(said([&] { rows.Delete(2); }), L"=none ") << "a row that goes isn't deselected";
   EXPECT_EQ(said([&] { rows.Delete(2); }), L"=b ") << "the focus went on to the row before";
   EXPECT_EQ(said([&] { rows.SetMultiSelect(false); }), L"");
   EXPECT_EQ(said([&] { rows[0]->SetSelected(true); }), L"+a =a ");
@@ -44,6 +44,48 @@ TEST(ListItems, ReportsEachRowOnceAndOneChangeForAnAction) {
   rows.TakeFocus(rows[0]);
   EXPECT_EQ(said([&] { rows.Add()->SetCaption(L"e"); }), L"");
   EXPECT_EQ(said([&] { rows.ReportChanges(); }), L"+a -b =a ");
+}
+
+TEST(ListItems, OfMarksThatGoWithTheirRowsOneChangeTells) {
+  struct TCase {
+    const char* name;
+    std::function<void(TListItems&)> act;
+    const wchar_t* log;
+  };
+  const std::vector<TCase> cases{
+      {"neither selected nor focused", [](auto& rows) { rows.Delete(0); }, L"xa "},
+      {"selected", [](auto& rows) { rows.Delete(1); }, L"xb =none "},
+      {"focused", [](auto& rows) { rows.Delete(2); }, L"xc =d "},
+      {"selected ones", [](auto& rows) { rows.DeleteSelected(); }, L"xb xc =d "},
+      {"all", [](auto& rows) { rows.Clear(); }, L"xa xb xc xd =none "},
+      {"all, which were not reported yet",
+       [](auto& rows) {
+         const ScopedRowUpdate update(rows);
+         rows.SelectAll();
+         rows.SetFocused(rows[0]);
+         rows.DeleteSelected();
+       },
+       L"xa xb xc xd =none "},
+      {"twice",
+       [](auto& rows) {
+         rows.Clear();
+         rows.Clear();
+         rows.DeleteSelected();
+       },
+       L"xa xb xc xd =none "},
+  };
+  for (const TCase& test : cases) {
+    SCOPED_TRACE(test.name);
+    TRowsHost host;
+    host.Fill({L"a", L"b", L"c", L"d"});
+    host.rows->SelectRange(1, 2, true);
+    host.rows->SetFocused(host.rows->GetItem(2));
+    host.TakeLog();
+    host.onDelete = [&](TListItem* item) { host.log += L"x" + item->GetCaption() + L" "; };
+    test.act(*host.rows);
+    EXPECT_EQ(host.TakeLog(), test.log);
+    EXPECT_TRUE(host.rows->IsConsistent());
+  }
 }
 
 TEST(ListItems, HandlersMayChangeAllAndDestroyTheList) {
@@ -106,7 +148,12 @@ TEST(ListItems, AnEditIsLetGoBeforeItsRowGoes) {
   EXPECT_EQ(host.TakeLog(), L"cancel:b ");
   EXPECT_EQ(host.Captions(), L"a");
   host.onCancelEdit = nullptr;
+  host.Fill({L"b"});
   host.rows->SetEditing(host.rows->GetItem(0));
+  host.rows->SetSelected(1, true);
+  host.TakeLog();
+  host.rows->DeleteSelected();
+  EXPECT_EQ(host.TakeLog(), L"=none ") << "of another row";
   host.rows->Clear();
   EXPECT_EQ(host.TakeLog(), L"cancel:a ");
   EXPECT_TRUE(host.rows->IsConsistent());

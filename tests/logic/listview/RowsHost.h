@@ -59,7 +59,9 @@ public:
   void RowsChanging() noexcept override {}
   void RowsChanged() noexcept override {}
   void RowLeaving(TListItem& pItem) noexcept override { heard.erase(&pItem); }
-  void AllRowsLeaving() noexcept override { heard.clear(); }
+  void RowsLeaving(const TRowBits& pRows) noexcept override {
+    for (int i = pRows.FindSet(0); i >= 0; i = pRows.FindSet(i + 1)) heard.erase(rows->GetItem(i));
+  }
   void RowLookChanged(TListItem&) noexcept override { ++looks; }
   void StateChanged() noexcept override {}
   void SetUpdateState(bool) noexcept override {}

@@ -74,15 +74,32 @@ TEST(Form, AModalOneKeepsTheOthersFromInputUntilItHasAResult) {
   EXPECT_THROW(form.ShowModal(), EInvalidOperation);
 }
 
-// The platform's place is asked for once.
-TEST(Form, StaysWhereItIsWithAnotherWindow) {
-  TForm form;
-  form.SetPosition(TFormPosition::poDefault);
-  form.HandleNeeded();
-  form.SetBounds(123, 45, 200, 100);
-  form.SetBorderStyle(TFormBorderStyle::fbDialog);
-  EXPECT_TRUE(form.HandleAllocated());
-  EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 323, 145}));
+// A place of the platform's is asked for once.
+TEST(Form, ShowsAnotherWindowAsTheFormerOne) {
+  using enum TFormPosition;
+  for (const auto& [state, position] : {std::pair(SW_SHOWMAXIMIZED, poScreenCenter),
+                                        {SW_SHOWMINIMIZED, poDefault},
+                                        {SW_SHOWNORMAL, poScreenCenter},
+                                        {SW_SHOWNORMAL, poDefault}}) {
+    SCOPED_TRACE(state);
+    TForm form;
+    form.SetBorderStyle(TFormBorderStyle::fbSizeToolWin);
+    form.SetPosition(position);
+    int shown = 0;
+    form.SetOnShow([&](TPersistent*) { ++shown; });
+    form.SetVisible(true);
+    form.SetBounds(123, 45, 300, 200);
+    ShowWindow(form.GetHandle(), state);
+    form.RecreateWnd();
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof(placement);
+    GetWindowPlacement(form.GetHandle(), &placement);
+    EXPECT_EQ(placement.showCmd, static_cast<UINT>(state));
+    EXPECT_TRUE(IsWindowVisible(form.GetHandle()));
+    EXPECT_EQ(shown, 1);
+    ShowWindow(form.GetHandle(), SW_RESTORE);
+    EXPECT_TRUE(Same(form.GetBoundsRect(), {123, 45, 423, 245}));
+  }
 }
 
 TEST(Form, AModalOneMayGoWhileItIsUp) {
@@ -272,6 +289,17 @@ TEST(SmallControls, AScrollBoxShowsWhatDoesntFit) {
   EXPECT_EQ(box.GetScrollPosition().y, 200);
   SendMessageW(box.GetHandle(), WM_VSCROLL, SB_LINEUP, 0);
   EXPECT_EQ(distant->GetTop(), 80 + box.ScaledPixels(20));
+  MoveMouse(PointOf(box.GetHandle(), 100, 50));
+  TurnWheel(-WHEEL_DELTA);
+  EXPECT_EQ(distant->GetTop(), 80);
+  auto* const aside = new TButton(&box);
+  aside->SetParent(&box);
+  aside->SetBounds(480, 20, 20, 20);
+  TurnWheel(WHEEL_DELTA, true);
+  EXPECT_GT(box.GetScrollPosition().x, 0);
+  TurnWheel(-WHEEL_DELTA, true);
+  EXPECT_EQ(box.GetScrollPosition().x, 0);
+  delete aside;
   box.SetHeight(300); // all fits again
   EXPECT_EQ(distant->GetTop(), 280);
   EXPECT_EQ(GetWindowLongW(box.GetHandle(), GWL_STYLE) & WS_VSCROLL, 0);

@@ -97,7 +97,7 @@ TEST(Hint, IsAskedForAnewWhereAnotherAreaBegins) {
   EXPECT_EQ(ShownHint(), L"");
   MoveMouse(PointOf(control.GetHandle(), 50, 50)); // away from the click
   EXPECT_TRUE(PumpUntil([] { return ShownHint() == L"left"; }));
-  SendMessageW(host.Get(), WM_ACTIVATEAPP, FALSE, 0);
+  TellTopLevelWindows(WM_ACTIVATEAPP, FALSE, 0);
   EXPECT_EQ(ShownHint(), L"");
 }
 

@@ -116,7 +116,10 @@ TEST_F(Look, AScrolledBoxKeepsItsPlaceOnAnotherMonitor) {
 TEST_F(Look, TheUsersChangeToDarkRepaintsAllInIt) {
   StyleServices().SetDarkMode(TDarkMode::dmSystem);
   list->Add(L"item");
-  panel.CreateParented(host.Get());
+  // In a pane of the host's, which passes nothing on.
+  const HWND pane =
+      CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 390, 290, host.Get(), nullptr, nullptr, nullptr);
+  panel.CreateParented(pane);
   PumpMessages();
   const auto isPainted = [&] {
     const auto color = [](TColor which) { return static_cast<COLORREF>(StyleServices().GetSystemColor(which)); };
@@ -130,11 +133,11 @@ TEST_F(Look, TheUsersChangeToDarkRepaintsAllInIt) {
   EXPECT_TRUE(PumpUntil(isPainted));
   gDark = true;
   const auto change = reinterpret_cast<LPARAM>(L"ImmersiveColorSet");
-  SendMessageW(host.Get(), WM_SETTINGCHANGE, 0, change); // top-level windows only get it
+  TellTopLevelWindows(WM_SETTINGCHANGE, 0, change);
   EXPECT_TRUE(StyleServices().IsDarkModeActive());
   EXPECT_TRUE(PumpUntil(isPainted));
   gDark = false;
-  SendMessageW(host.Get(), WM_SETTINGCHANGE, 0, change);
+  TellTopLevelWindows(WM_SETTINGCHANGE, 0, change);
   EXPECT_TRUE(PumpUntil(isPainted));
   EXPECT_EQ(CountPixels(panel.GetHandle(), RGB(0x20, 0x20, 0x20)), 0);
 }
@@ -158,7 +161,7 @@ TEST_F(Look, ChangesThatTopLevelWindowsGetReachAllLevels) {
   auto* const listening = new TListening(inner);
   listening->SetParent(inner);
   panel.CreateParented(host.Get());
-  SendMessageW(host.Get(), WM_SYSCOLORCHANGE, 0, 0);
+  TellTopLevelWindows(WM_SYSCOLORCHANGE, 0, 0);
   EXPECT_EQ(listening->told, 1);
 }
 

@@ -161,6 +161,65 @@ TEST(WindowLife, NotificationsComeToTheControlAlsoInAHostsWindow) {
   EXPECT_EQ(host.CountOf(WM_NOTIFYFORMAT), 0);
 }
 
+WNDPROC gKeptFrom = nullptr;
+LRESULT CALLBACK KeepsTheLastMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  return message == WM_NCDESTROY ? 0 : CallWindowProcW(gKeptFrom, window, message, wParam, lParam);
+}
+
+// The host stands in front with a procedure of its own.
+TEST(WindowLife, AWindowThatGoesWithoutItsLastMessageIsFoundOut) {
+  THostWindow host;
+  auto control = std::make_unique<TNotedControl>();
+  control->CreateParented(host.Get());
+  const auto keep = [&] {
+    const HWND window = control->GetHandle();
+    gKeptFrom = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&KeepsTheLastMessage)));
+    return window;
+  };
+  HWND former = keep();
+  DestroyWindow(former);
+  EXPECT_EQ(FindControl(former), nullptr);
+  EXPECT_FALSE(control->HandleAllocated());
+  former = keep();
+  DestroyWindow(former);
+  EXPECT_EQ(FindControl(control->GetHandle()), control.get());
+  EXPECT_TRUE(IsWindow(control->GetHandle()));
+  former = keep();
+  control->RecreateWnd();
+  EXPECT_FALSE(IsWindow(former));
+  EXPECT_TRUE(IsWindow(control->GetHandle()));
+  former = keep();
+  control.reset();
+  EXPECT_EQ(FindControl(former), nullptr);
+}
+
+/// Asks its window class for more than a notification needs.
+class TAskingControl : public TPlatformControl {
+public:
+  TAskingControl() : TPlatformControl(nullptr, L"EDIT") {}
+  using TPlatformControl::CallWindowClass;
+  LRESULT answer = -1;
+
+protected:
+  void CNCommand(TMessage&) override {
+    TMessage length{WM_GETTEXTLENGTH, 0, 0, 0};
+    DefaultHandler(length);
+    answer = length.Result;
+  }
+};
+
+// "DefSubclassProc" is defined in a subclass procedure only.
+TEST(WindowLife, NoNextProcedureIsAskedOutsideOfAMessage) {
+  THostWindow host;
+  TAskingControl edit;
+  edit.CreateParented(host.Get());
+  edit.CallWindowClass(EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L"abc"));
+  EXPECT_EQ(edit.answer, 0);
+  SendMessageW(edit.GetHandle(), EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(L"d"));
+  EXPECT_EQ(edit.answer, 4);
+}
+
 // Its notification comes through the host's procedure.
 TEST(WindowLife, NoExceptionReachesTheHost) {
   THostWindow host;

@@ -94,6 +94,18 @@ TEST(ListAccessible, TellsOfEachRow) {
   EXPECT_EQ(rows[1].lVal, 3);
 }
 
+TEST(ListAccessible, AListThatWasEmptyTellsOfTheRowsItGets) {
+  TListFixture list;
+  list.Show();
+  const ComPtr<IAccessible> object = ObjectOf(list.Window());
+  ASSERT_TRUE(object);
+  list.Fill(2);
+  long count = 0;
+  EXPECT_EQ(object->get_accChildCount(&count), S_OK);
+  EXPECT_EQ(count, 2);
+  EXPECT_EQ(NameOf(*object.Get(), 2), L"row 1");
+}
+
 TEST(ListAccessible, ActsOnRowsAndOutlivesTheList) {
   TListFixture list;
   list.Show(20);

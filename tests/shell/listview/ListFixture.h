@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kiv::test {
@@ -18,11 +19,18 @@ inline THostWindow& Host() {
   return host;
 }
 
+/// Says whether code of the platform's is at work.
+class TPaintingList : public TListView {
+public:
+  using TListView::IsInsideNative;
+};
+
 /// A list, with what it reported.
 class TListFixture {
 public:
-  explicit TListFixture(TViewStyle pStyle = TViewStyle::vsReport, int pColumns = 1)
-      : list(std::make_unique<TListView>()) {
+  explicit TListFixture(TViewStyle pStyle = TViewStyle::vsReport, int pColumns = 1,
+                        std::unique_ptr<TListView> pList = std::make_unique<TListView>())
+      : list(std::move(pList)) {
     list->SetMultiSelect(true);
     list->SetHideSelection(false);
     list->SetViewStyle(pStyle);
@@ -40,10 +48,11 @@ public:
     list->SetOnDeletion([this](TPersistent*, TListItem* item) { heard.erase(item); });
   }
 
-  /// Makes the window, with rows "row 0" and so on.
-  void Show(int pRows = 0) {
+  /// Makes the window, with rows "row 0" and so on; in a control of its own, if one is given.
+  void Show(int pRows = 0, TWinControl* pAround = nullptr) {
     Fill(pRows);
-    list->CreateParented(Host().Get());
+    if (pAround) list->SetParent(pAround);
+    (pAround ? pAround : list.get())->CreateParented(Host().Get());
     PumpMessages();
     list->SetFocus();
     PumpMessages();
@@ -63,6 +72,15 @@ public:
   POINT PointOfRow(int pIndex) {
     const TRowRect rect = Row(pIndex).DisplayRect(TDisplayCode::drLabel);
     return PointOf(Window(), rect.left + 12, (rect.top + rect.bottom) / 2);
+  }
+  /// Drags a column's header from one place of the header to another.
+  void DragHeader(int pFrom, int pTo) {
+    const HWND header = list->GetHeaderHandle();
+    MoveMouse(PointOf(header, pFrom, 8));
+    PressMouse();
+    for (int step = 1; step <= 8; ++step) MoveMouse(PointOf(header, pFrom + (pTo - pFrom) * step / 8, 8));
+    ReleaseMouse();
+    PumpMessages();
   }
   /// The numbers of the selected rows.
   std::vector<int> Selected() {

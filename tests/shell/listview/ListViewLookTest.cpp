@@ -87,6 +87,9 @@ TEST(ListViewLook, BoxesAreTickedWhereTheyCanBe) {
   EXPECT_FALSE(list.Row(2).GetChecked());
   test::PressKey(VK_SPACE);
   EXPECT_FALSE(list.Row(2).GetChecked());
+  list.Row(0).SetFocused(true);
+  list.Send(WM_KEYUP, VK_SPACE);
+  EXPECT_TRUE(list.Row(0).GetChecked()) << "it went down elsewhere";
   test::ClickMouse(list.PointOfRow(3));
   EXPECT_FALSE(list.Row(3).GetChecked()) << "a click on the text ticks nothing";
   test::PressKey(VK_SPACE);
@@ -121,21 +124,11 @@ public:
   std::function<bool()> isPainting = [] { return false; };
 };
 
-class TPaintingList : public TListView {
-public:
-  using TListView::IsInsideNative;
-};
-
 TEST(ListViewLook, ImagesThatArentMadeYetAreMadeOutsideOfPainting) {
   TSlowImages images;
-  TListFixture list(TViewStyle::vsReport, 1);
-  auto made = std::make_unique<TPaintingList>();
-  images.isPainting = [view = made.get()] { return view->IsInsideNative(); };
-  made->SetViewStyle(TViewStyle::vsReport);
-  made->GetColumns().Add()->SetWidth(200);
-  made->SetBounds(0, 0, 400, 300);
-  made->SetSmallImages(&images);
-  list.list = std::move(made);
+  TListFixture list(TViewStyle::vsReport, 1, std::make_unique<test::TPaintingList>());
+  images.isPainting = [view = static_cast<test::TPaintingList*>(list.list.get())] { return view->IsInsideNative(); };
+  list.list->SetSmallImages(&images);
   list.Show(100);
   list.Row(0).SetImageIndex(7);
   list.Row(1).SetImageIndex(3);
@@ -156,6 +149,72 @@ TEST(ListViewLook, ImagesThatArentMadeYetAreMadeOutsideOfPainting) {
   list.Row(1).SetImageIndex(8);
   for (int turn = 0; turn < 20; ++turn) PumpMessages();
   EXPECT_EQ(images.wishes, 1) << "painted without it, and not asked again and again";
+}
+
+TEST(ListViewLook, ThePressedBoxIsTickedThoughTheRowsMove) {
+  TBoxes list;
+  TListItem& row = list.Row(2);
+  list.list->SetOnSelectItem([&](auto&&...) {
+    if (list.Rows().GetCount() == 4) list.Rows().Insert(0);
+  });
+  test::ClickMouse(list.PointOfBox(2));
+  EXPECT_EQ(list.Rows().GetCount(), 5);
+  EXPECT_TRUE(row.GetChecked());
+  EXPECT_FALSE(list.Row(2).GetChecked());
+}
+
+class TTippedList : public TListView {
+protected:
+  void DoInfoTip(TListItem* pItem, std::wstring& pText) override {
+    if (pItem->GetIndex() > 0) pText = L"about " + pText;
+  }
+};
+
+TEST(ListViewLook, ADerivedClassIsAskedForTheHintOfARow) {
+  TListFixture list(TViewStyle::vsReport, 1, std::make_unique<TTippedList>());
+  list.Show(3);
+  const auto hintOf = [&](int row) {
+    test::MoveMouse(list.PointOfRow(row));
+    THintInfo hint;
+    hint.text = L"of the list";
+    list.list->Perform(CM_HINTSHOW, 0, reinterpret_cast<LPARAM>(&hint));
+    return hint.text;
+  };
+  EXPECT_EQ(hintOf(1), L"about row 1");
+  EXPECT_EQ(hintOf(0), L"of the list");
+}
+
+// Platforms give a cell the colours that the one before it was given.
+TEST(ListViewLook, WhatACellIsDrawnWithEndsWithIt) {
+  TListFixture list(TViewStyle::vsReport, 3);
+  list.list->SetOnAdvancedCustomDrawItem([&](TPersistent*, TListItem* item, auto&&...) {
+    if (item->GetIndex() == 1) list.list->GetCanvas().GetFont().SetColor(clGreen);
+  });
+  list.list->SetOnAdvancedCustomDrawSubItem([&](TPersistent*, TListItem*, int subItem, auto&&...) {
+    if (subItem == 1) list.list->GetCanvas().GetFont().SetColor(clRed);
+  });
+  list.Show(2);
+  const HDC dc = GetDC(list.Window());
+  NMLVCUSTOMDRAW draw{};
+  draw.nmcd.hdr = {list.Window(), 0, NM_CUSTOMDRAW};
+  draw.nmcd.hdc = dc;
+  const auto colorAt = [&](int row, int cell) {
+    draw.nmcd.dwItemSpec = static_cast<DWORD_PTR>(row);
+    draw.iSubItem = std::max(cell, 0);
+    draw.nmcd.dwDrawStage = CDDS_ITEMPREPAINT | (cell < 0 ? 0U : CDDS_SUBITEM);
+    if (cell < 0) draw.clrText = RGB(1, 2, 3);
+    SendMessageW(test::Host().Get(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&draw));
+    return draw.clrText;
+  };
+  const COLORREF green = static_cast<COLORREF>(clGreen);
+  const COLORREF red = static_cast<COLORREF>(clRed);
+  for (const auto& [row, color] : {std::pair(0, RGB(1, 2, 3)), std::pair(1, green)}) {
+    EXPECT_EQ(colorAt(row, -1), color);
+    EXPECT_EQ(colorAt(row, 0), color);
+    EXPECT_EQ(colorAt(row, 1), red);
+    EXPECT_EQ(colorAt(row, 2), color);
+  }
+  ReleaseDC(list.Window(), dc);
 }
 
 TEST(ListViewLook, FollowsTheScaleAndTheDark) {

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace kiv {
 namespace {
@@ -46,6 +49,23 @@ TEST(ListViewPublished, AListComesBackFromItsText) {
   EXPECT_EQ(made->GetColumn(0)->GetMaxWidth(), 90);
   EXPECT_FALSE(made->GetColumn(1)->GetVisible());
   EXPECT_EQ(SaveComponentText(copy), text);
+
+  // What is wrong with the columns is said, and nothing of the text is left.
+  for (const auto& [right, wrong] :
+       std::vector<std::pair<std::wstring, std::wstring>>{{L"Width = 85", L"Width = wide"},
+                                                          {L"Width = 85", L"Breadth = 85"},
+                                                          {L"Width = 85", L"Width = 85 }"},
+                                                          {L"taRightJustify", L"taLost"},
+                                                          {L"Columns = (", L"Columns = {"},
+                                                          {L"Columns = (", L"Columns = 3"}}) {
+    std::wstring bad = text;
+    const std::size_t at = bad.find(right, bad.find(L"Columns"));
+    ASSERT_NE(at, std::wstring::npos) << std::string(right.begin(), right.end());
+    bad.replace(at, right.size(), wrong);
+    TForm root;
+    EXPECT_THROW(LoadComponentText(bad, root), EException) << std::string(wrong.begin(), wrong.end());
+    EXPECT_EQ(root.FindComponent(L"List"), nullptr);
+  }
 
   TForm plain;
   auto* const untouched = new TListView(&plain);

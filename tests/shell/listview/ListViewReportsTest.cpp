@@ -89,15 +89,68 @@ TEST(ListViewReports, AMarqueeSelectsWhatItTouches) {
 }
 
 TEST(ListViewReports, TypingFindsARow) {
+  struct TCase {
+    const wchar_t* typed;
+    int from;
+    int found;
+  };
+  for (const TCase& test : {TCase{L"g", 5, 17}, {L"go", 5, 3}, {L"gam", 0, 17}, {L"g", 20, 3}, {L"zz", 5, 5}}) {
+    SCOPED_TRACE(testing::Message() << std::string(test.typed, test.typed + std::wcslen(test.typed)) << test.from);
+    TListFixture list;
+    list.Show(30);
+    list.Row(17).SetCaption(L"Gamma");
+    list.Row(3).SetCaption(L"golf");
+    list.Row(test.from).SetFocused(true);
+    list.Row(test.from).SetSelected(true);
+    test::TypeText(test.typed);
+    EXPECT_EQ(list.Selected(), std::vector<int>{test.found});
+    EXPECT_EQ(list.list->GetItemFocused(), &list.Row(test.found));
+    EXPECT_EQ(list.list->DescribeInconsistency(), L"");
+  }
+}
+
+/// What a list view may tell of a single action, by numbers; the first of -1 is all rows.
+struct TTold {
+  int first;
+  int last;
+  bool selected;
+};
+
+TEST(ListViewReports, ManyReportsOfOneActionAreOne) {
+  struct TCase {
+    std::vector<TTold> told;
+    std::vector<int> selected;
+    int changedRows;
+  };
+  const std::vector<TCase> cases{
+      {{{-1, -1, false}, {3, 3, true}}, {3}, 4}, // none but one, as a click is told
+      {{{-1, -1, true}, {3, 3, false}}, {0, 1, 2, 4, 5, 6, 7}, 8},
+      {{{-1, -1, false}, {2, 2, true}}, {2}, 6},         // that was selected before
+      {{{3, 5, true}}, {2, 3, 4, 5}, 3},                 // a range
+      {{{4, 99, false}, {0, 1, true}}, {0, 1, 2, 3}, 4}, // beyond the end
+  };
+  MoveMouse({5, 5}); // the control isn't asked for the marks that it hasn't got
   TListFixture list;
-  list.Show(30);
-  list.Row(17).SetCaption(L"Gamma");
-  list.Row(3).SetCaption(L"golf");
-  list.Row(5).SetFocused(true);
-  test::TypeText(L"g");
-  EXPECT_EQ(list.Selected(), (std::vector<int>{17})) << "from the focus on";
-  EXPECT_EQ(list.list->GetItemFocused(), &list.Row(17));
-  EXPECT_EQ(list.list->DescribeInconsistency(), L"");
+  list.Show(8);
+  list.Rows().SelectRange(0, 2, true);
+  for (const TCase& test : cases) {
+    list.selects = list.changes = 0;
+    for (const TTold& told : test.told) {
+      NMHDR header{list.Window(), static_cast<UINT_PTR>(GetDlgCtrlID(list.Window())), LVN_ITEMCHANGED};
+      const UINT before = told.selected ? 0U : LVIS_SELECTED;
+      NMLISTVIEW row{header, told.first, 0, LVIS_SELECTED - before, before, LVIF_STATE, {}, 0};
+      NMLVODSTATECHANGE range{header, told.first, told.last, LVIS_SELECTED - before, before};
+      range.hdr.code = static_cast<UINT>(LVN_ODSTATECHANGED);
+      const bool isRange = told.first != told.last;
+      SendMessageW(test::Host().Get(), WM_NOTIFY, header.idFrom,
+                   isRange ? reinterpret_cast<LPARAM>(&range) : reinterpret_cast<LPARAM>(&row));
+    }
+    EXPECT_EQ(list.changes, 0) << "from inside of the control's code";
+    PumpMessages();
+    EXPECT_EQ(list.Selected(), test.selected);
+    EXPECT_EQ(list.selects, test.changedRows);
+    EXPECT_EQ(list.changes, 1);
+  }
 }
 
 /// A platform that waits for the release of the button in its own code and keeps it.
@@ -117,9 +170,8 @@ protected:
 
 TEST(ListViewReports, AClickIsWholeThoughThePlatformKeepsTheRelease) {
   for (const bool isSwallowed : {false, true}) {
-    TListFixture list;
-    if (isSwallowed) list.list = std::make_unique<TSwallowingList>();
-    list.list->SetBounds(0, 0, 400, 300);
+    TListFixture list(TViewStyle::vsIcon, 0,
+                      isSwallowed ? std::make_unique<TSwallowingList>() : std::make_unique<TListView>());
     list.Show(5);
     std::string heard;
     list.list->SetOnMouseDown([&](auto&&...) { heard += "down "; });

@@ -37,6 +37,15 @@ TEST(ListViewRows, PlaceSelectionAndFocusGoWithTheRows) {
        },
        50},
       {"delete the first on the screen", [](auto& l) { l.Rows().Delete(50); }, 51},
+      {"delete some around the first on the screen",
+       [](auto& l) {
+         TListItem* const chosen = l.list->GetSelected();
+         l.list->ClearSelection();
+         l.Rows().SelectRange(40, 51, true);
+         l.list->DeleteSelected();
+         chosen->SetSelected(true);
+       },
+       52},
       {"sort", [&](auto& l) { l.list->CustomSort(descending); }, 50},
       {"append", [](auto& l) { l.Fill(100); }, 50},
       {"another window", [](auto& l) { l.list->RecreateWnd(); }, 50},
@@ -239,26 +248,15 @@ private:
   const std::function<void(TListItem&)>& fAsked;
 };
 
-class TPaintingList : public TListView {
-public:
-  using TListView::IsInsideNative;
-};
-
 TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   std::set<int> asked;
   int whilePainting = 0;
-  TPaintingList* painting = nullptr;
+  TListFixture list(TViewStyle::vsReport, 2, std::make_unique<test::TPaintingList>());
+  auto* const painting = static_cast<test::TPaintingList*>(list.list.get());
   const std::function<void(TListItem&)> ask = [&](TListItem& row) {
     asked.insert(row.GetIndex());
     whilePainting += painting->IsInsideNative() ? 1 : 0;
   };
-  TListFixture list(TViewStyle::vsReport, 2);
-  auto made = std::make_unique<TPaintingList>();
-  painting = made.get();
-  painting->SetViewStyle(TViewStyle::vsReport);
-  painting->GetColumns().Add()->SetWidth(100);
-  painting->GetColumns().Add()->SetWidth(200);
-  painting->SetBounds(0, 0, 400, 300);
   std::set<int> images;
   painting->SetOnGetImageIndex([&](TPersistent*, TListItem* item) {
     images.insert(item->GetIndex());
@@ -267,7 +265,6 @@ TEST(ListViewRows, DetailsAreFetchedForRowsThatShowAndNeverWhilePainting) {
   painting->SetOnCreateItemClass([&](TPersistent*, TListItemClass& itemClass) {
     itemClass = [&](TListItems& rows) { return std::make_unique<TLazyRow>(&rows, ask); };
   });
-  list.list = std::move(made);
   list.Show(5000);
   const int page = painting->GetVisibleRowCount();
   const auto upTo = [](int first, int last) {
