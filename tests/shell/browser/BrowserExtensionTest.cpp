@@ -80,11 +80,19 @@ TEST_F(BrowserExtension, AHundredThousandObjects) {
     EXPECT_EQ(View().GetRow(i)->GetCaption(), L"Shown: object " + std::to_wstring(i + 1));
   }
   View().SetFilter(L"object 9999");
-  EXPECT_EQ(Names().size(), 11U);
+  EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == 11; }));
   View().SetFilter(L"");
-  EXPECT_EQ(View().GetItems().GetCount(), objects);
+  EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == objects; }));
   View().SetOrder({sample::TFolderColumn::Name, true});
   EXPECT_TRUE(PumpUntil([&] { return View().GetRow(0)->GetCaption() == L"Shown: object 100000"; }));
+  const TFolderRow* const last = View().GetRow(objects - 1);
+  const auto entries = View().GetEntries();
+  View().Reload();
+  ASSERT_TRUE(PumpUntil([&] { return !View().IsListing(); }));
+  EXPECT_EQ(View().GetRow(objects - 1), last);
+  EXPECT_EQ(View().GetEntries(), entries) << "none has changed";
+  View().GoToText(fTemp.Path());
+  EXPECT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); }));
   EXPECT_TRUE(View().IsConsistent());
 }
 
