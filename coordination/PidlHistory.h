@@ -10,6 +10,10 @@
 namespace kiv {
 
 /// A history as browsers keep it: a new folder takes the place of all that lies ahead.
+///
+/// Main thread. What has to be asked of folders is waited for for a moment only (ShellQuestions): meanwhile the new
+/// folder is valid and the current one stays, and a late answer puts that right, unless the user is back at the folder
+/// by then.
 class KIV_EXPORT TPidlHistory final : public TInterfacedObject<IKivShellHistory> {
 public:
   TPidlHistory() = default;
@@ -34,10 +38,28 @@ protected:
   ~TPidlHistory() override = default;
 
 private:
-  void Move(int pDelta);
+  /// What is asked when a folder is added, and the answers that count until others come.
+  struct TQuestion {
+    ComPtr<IItemIdList> current;
+    ComPtr<IItemIdList> added;
+    unsigned currentNumber = 0;
+    unsigned addedNumber = 0;
+    bool valid = true;
+    bool stays = true;
+    void Ask();
+  };
+  struct TEntry {
+    ComPtr<IItemIdList> list;
+    unsigned number; // a list may be there more than once
+  };
 
-  std::vector<ComPtr<IItemIdList>> fPaths;
+  void Move(int pDelta);
+  void TakeLate(const TQuestion& pQuestion);
+  void TakeOut(unsigned pNumber, bool pAlsoCurrent);
+
+  std::vector<TEntry> fPaths;
   int fPosition = 0;
+  unsigned fLastNumber = 0;
 };
 
 } // namespace kiv

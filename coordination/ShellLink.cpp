@@ -1,5 +1,6 @@
 #include <coordination/ShellLink.h>
 
+#include <coordination/ShellQuestions.h>
 #include <framework/PropertyRegistry.h>
 
 #include <algorithm>
@@ -18,11 +19,6 @@ bool Publish() {
   return true;
 }
 [[maybe_unused]] const bool gPublished = Publish();
-
-// The same object needs no question, which a shell may take its time over.
-bool IsSame(IItemIdList& first, IItemIdList* second, TItemIdListComparison comparison) {
-  return &first == second || first.Equals(second, comparison);
-}
 
 } // namespace
 
@@ -74,8 +70,8 @@ bool TKivShellLink::TellOthers(const IKivShellControl* pSender, const std::funct
 
 bool TKivShellLink::CanNavigate(TPersistent* pSender, IItemIdList* pItemIdList) {
   if (!fOnNavigating) return true;
-  if (fLastCheckedFolder && IsSame(*fLastCheckedFolder.Get(), pItemIdList, ilcDisplay)) return fLastAccessCheckResult;
   const ComPtr<IItemIdList> folder(pItemIdList);
+  if (fLastCheckedFolder && IsSameInTime(fLastCheckedFolder, folder, ilcDisplay)) return fLastAccessCheckResult;
   bool cancel = false;
   if (!FireEvent(GetAliveToken(), fOnNavigating, pSender, pItemIdList, cancel)) return false;
   fLastCheckedFolder = folder;
@@ -90,8 +86,7 @@ void TKivShellLink::PathChanged(IKivShellControl* pSender, IItemIdList* pFolder)
   if (!CanNavigate(dynamic_cast<TPersistent*>(pSender), pFolder) || !watch.IsAlive()) return;
   const bool enabled = GetEnabled();
   SetEnabled(false);
-  const bool changed =
-      fCurrentFolderItemIdList ? !IsSame(*fCurrentFolderItemIdList.Get(), pFolder, ilcExact) : pFolder != nullptr;
+  const bool changed = !IsSameInTime(fCurrentFolderItemIdList, folder, ilcExact);
   if (changed) {
     fCurrentFolderItemIdList = folder;
     fCurrentFileItemIdList = nullptr;
@@ -108,8 +103,7 @@ void TKivShellLink::FileChanged(IKivShellControl* pSender, IItemIdList* pFolder,
   const ComPtr<IItemIdList> absolute = pFolder && pFile ? pFolder->Concat(pFile) : nullptr;
   const bool enabled = GetEnabled();
   SetEnabled(false);
-  const bool changed = fCurrentFileItemIdList ? !fCurrentFileItemIdList->Equals(absolute.Get(), ilcDisplay)
-                                              : static_cast<bool>(absolute);
+  const bool changed = !IsSameInTime(fCurrentFileItemIdList, absolute, ilcDisplay);
   if (changed) {
     fCurrentFileItemIdList = absolute;
     if (!TellOthers(pSender, [&](IKivShellControl& control) { control.FileChanged(pFolder, pFile); })) return;

@@ -160,6 +160,7 @@ private:
   std::wstring FindPath(PCIDLIST_ABSOLUTE pList);
   bool IsDesktop() const noexcept;
   bool IsBrowsable();
+  bool IsLink();
   std::wstring ShellName(SIGDN pKind);
   std::wstring PlainDisplayName(TItemIdListDisplayNameFormat pFormat);
   std::wstring ExplorerName();
@@ -174,6 +175,7 @@ private:
   ComPtr<IShellItem> fShellItem;                         // main thread
   std::atomic<std::recursive_mutex*> fPIDLLock{nullptr}; // held by Reload; made by the first one
   std::atomic<TKivShellFolder> fSpecialFolder;
+  std::atomic<signed char> fIsLink{-1}; // until it has been asked, and behind a Reload
   const bool fIsSimple;
   const bool fIsOfChange;
 };

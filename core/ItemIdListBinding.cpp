@@ -82,9 +82,19 @@ bool TKivItemIdList::IsSlow() {
   return drive_type && IsDrive(path) && drive_type(path.c_str()) == DRIVE_REMOTE;
 }
 
+// Asked once: whoever has let a worker ask needn't wait for the shell again.
+bool TKivItemIdList::IsLink() {
+  signed char known = fIsLink.load(std::memory_order_relaxed);
+  if (known < 0) {
+    known = HasAttributes(SFGAO_LINK) ? 1 : 0;
+    fIsLink.store(known, std::memory_order_relaxed);
+  }
+  return known != 0;
+}
+
 ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
   if (IsParentOf(SF_QUICKACCESS, this, false)) return Parse(DisplayPath());
-  if (!HasAttributes(SFGAO_LINK)) return this;
+  if (!IsLink()) return this;
   const ComPtr<IItemIdList> target = TShellLinkHelper::Resolve(this);
   return target ? target : this;
 }
@@ -162,6 +172,7 @@ bool TKivItemIdList::Reload() {
   // Recursive: an extension that pumps messages may lead back here.
   const std::lock_guard guard(ReloadLock());
   if (IsInvalid()) return false;
+  fIsLink.store(-1, std::memory_order_relaxed);
   const ComPtr<IShellItem> item = ShellItem();
   if (!item) return false;
   ComPtr<IShellItem2> updatable;

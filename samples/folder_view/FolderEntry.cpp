@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <tuple>
+#include <unordered_map>
 
 namespace kiv::sample {
 
@@ -103,6 +104,30 @@ std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList
 bool IsSameFact(const TFolderEntry& pFirst, const TFolderEntry& pSecond) noexcept {
   return pFirst.name == pSecond.name && pFirst.size == pSecond.size && pFirst.changed == pSecond.changed &&
          pFirst.flags == pSecond.flags;
+}
+
+TMerged MergeEntries(const TEntries& pKnown, const std::map<std::wstring, std::wstring>& pMoved, TEntries pListed) {
+  std::unordered_map<std::wstring_view, const TEntry*> known;
+  known.reserve(pKnown.size());
+  for (const TEntry& entry : pKnown) known.emplace(entry->key, &entry);
+  for (const auto& [from, to] : pMoved) {
+    const auto old = known.find(from);
+    if (old != known.end() && !known.contains(to)) known.emplace(to, old->second);
+  }
+  TMerged merged;
+  for (TEntry& entry : pListed) {
+    const auto found = known.find(entry->key);
+    if (found == known.end()) continue;
+    const TEntry& old = *found->second;
+    if (IsSameFact(*old, *entry)) {
+      entry = old;
+    } else {
+      merged.changed.emplace_back(old, entry);
+    }
+    known.erase(found); // two objects share no row
+  }
+  merged.entries = std::move(pListed);
+  return merged;
 }
 
 bool StandsBefore(const TFolderEntry& pFirst, const TFolderEntry& pSecond, const TFolderOrder& pOrder) {

@@ -4,9 +4,11 @@
 #include <core/IItemIdList.h>
 #include <core/ObjectFacts.h>
 
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kiv::sample {
@@ -55,6 +57,14 @@ std::shared_ptr<TFolderEntry> ReadEntry(TObjectFacts& pFacts, ComPtr<IItemIdList
 bool IsSameFact(const TFolderEntry& pFirst, const TFolderEntry& pSecond) noexcept;
 /// The key of a file of that name.
 std::wstring KeyOfName(std::wstring_view pName);
+
+/// A folder that has been listed again: what is known already stays, by identity.
+struct TMerged {
+  TEntries entries;                               ///< the new ones; of those that say the same the old ones
+  std::vector<std::pair<TEntry, TEntry>> changed; ///< old and new
+};
+/// `pMoved` leads from the former keys of objects to those that they have now. On any thread.
+TMerged MergeEntries(const TEntries& pKnown, const std::map<std::wstring, std::wstring>& pMoved, TEntries pListed);
 
 /// Whether one stands before the other: folders first, equals by name. Not for the column of types, which aren't known
 /// of all entries.

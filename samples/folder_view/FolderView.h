@@ -61,7 +61,7 @@ public:
   const TOpenedFolder& GetFolder() const noexcept { return fFolder; }
   /// What stands in the place of rows when there are none.
   const std::wstring& GetMessageText() const noexcept { return fMessage; }
-  bool IsListing() const noexcept { return fListing; }
+  bool IsListing() const noexcept { return fListing || fUnfinished; }
   /// All objects, those that the filter holds back included.
   int GetObjectCount() const noexcept { return static_cast<int>(fEntries.size()); }
   const TEntries& GetEntries() const noexcept { return fEntries; }
@@ -129,6 +129,7 @@ protected:
 
 private:
   struct THints;
+  class TTurn;
   /// What a listing came to.
   struct TListAnswer {
     TFailure failure;
@@ -146,21 +147,22 @@ private:
   void TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed);
   std::function<void(const TOpenedFolder&)> MakeLister(const std::shared_ptr<TListAnswer>& pAnswer);
   void StartListing(bool pAgain);
-  void TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder);
+  void TakeEntries(TMerged pMerged, const TFolderOrder& pOrder);
+  static void LetGo(TEntries pEntries);
   void TakeListed(const TListAnswer& pAnswer);
   void EndListing(const TFailure& pFailure);
   void LookForMissedChanges();
-  void MergeEntries(TEntries pEntries);
   void Run(CancellationToken& pToken, std::function<void()> pWork, std::function<void()> pDone);
   void Fail(const std::wstring& pText);
 
   // rows
   void ShowRows();
   bool IsWanted(const TFolderEntry& pEntry) const;
-  bool RankRows(const TEntries& pWanted);
+  int RankRows(const TEntries& pWanted, const TTurn& pTurn);
   void KeepFocusNear();
   void GoToAwaited();
   void EndAwaiting();
+  void EndAwaitingWhatWontCome();
   bool SelectOnly(TFolderRow* pRow);
   void SortLater();
   void StatusChanged();
@@ -196,6 +198,7 @@ private:
   bool fListing = false;
   TFileTime fListedSince = 0; // when the folder had last changed before the first listing
   bool fAgain = false;        // the listing that runs is of the folder that is shown
+  bool fUnfinished = false;   // the next turns make and delete the rest of the rows
   bool fSorting = false;      // a worker does
   bool fReading = false;      // a worker reads names again
   std::wstring fMessage;      // in the place of rows

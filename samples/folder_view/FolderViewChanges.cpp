@@ -177,7 +177,7 @@ void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {
   const TAliveWatch alive(GetAliveToken());
   ShowRows();
   if (!alive.IsAlive()) return;
-  if (!fRelist && fNames.empty()) EndAwaiting();
+  EndAwaitingWhatWontCome();
   if (fOrder.column == TFolderColumn::Type) SortLater();
 }
 

@@ -5,8 +5,6 @@
 #include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
 
-#include <string_view>
-#include <unordered_map>
 #include <utility>
 
 // The road of a navigation.
@@ -62,6 +60,7 @@ void TFolderView::Leave() {
   fMoved.clear();
   fRelist = fReading = fSorting = fListing = false;
   EndAwaiting();
+  fUnfinished = false;
   fOpened = false;
   fListedSince = 0;
 }
@@ -74,7 +73,7 @@ void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
   if (!alive.IsAlive()) return;
   Leave(); // a handler may have gone elsewhere when the rows went
   MakeRoom();
-  fEntries.clear();
+  LetGo(std::exchange(fEntries, {}));
   ++fVersion;
   fMessage.clear();
   fFolder = {};
@@ -118,9 +117,15 @@ void TFolderView::TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed) 
 // run on the main thread and haven't been withdrawn.
 std::function<void(const TOpenedFolder&)> TFolderView::MakeLister(const std::shared_ptr<TListAnswer>& pAnswer) {
   const ComPtr<ICancellationIndicator> indicator = fNavigation;
-  const auto deliver = [this, indicator, order = fOrder](TEntries entries, bool complete) {
-    MainThread::Queue([this, indicator, order, complete, entries = std::move(entries)]() mutable {
-      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(entries), complete, order);
+  // Nothing but the order changes of the entries while a folder is listed again.
+  const auto known = std::make_shared<const TEntries>(fAgain ? fEntries : TEntries());
+  const auto deliver = [this, indicator, order = fOrder, again = fAgain, known, moved = fMoved](TEntries entries,
+                                                                                                bool complete) {
+    if (again && !complete) return;
+    TMerged merged{std::move(entries), {}};
+    if (again) merged = MergeEntries(*known, moved, std::move(merged.entries));
+    MainThread::Queue([this, indicator, order, merged = std::move(merged)]() mutable {
+      if (!indicator->IsCancellationRequested()) TakeEntries(std::move(merged), order);
     });
   };
   const int page = HandleAllocated() ? GetVisibleRowCount() : 0;
@@ -148,22 +153,28 @@ void TFolderView::TakeListed(const TListAnswer& pAnswer) {
   EndListing(pAnswer.failure);
 }
 
-void TFolderView::TakeEntries(TEntries pEntries, bool pComplete, const TFolderOrder& pOrder) {
-  if (fAgain) {
-    if (!pComplete) return;
-    if (IsEditing()) {
-      ListBehindTheEdit();
-      return;
-    }
-    MergeEntries(std::move(pEntries));
-  } else {
-    fEntries = std::move(pEntries);
+void TFolderView::TakeEntries(TMerged pMerged, const TFolderOrder& pOrder) {
+  if (fAgain && IsEditing()) {
+    ListBehindTheEdit();
+    return;
   }
+  for (const auto& [old, entry] : pMerged.changed) {
+    if (old->row) old->row->SetEntry(entry);
+  }
+  LetGo(std::exchange(fEntries, std::move(pMerged.entries)));
   ++fVersion;
   if (pOrder == fOrder)
     ShowRows();
   else
     SortLater();
+}
+
+// Entries of a huge folder take their time to go.
+void TFolderView::LetGo(TEntries pEntries) {
+  constexpr std::size_t many = 1000;
+  if (pEntries.size() < many) return;
+  const auto going = std::make_shared<TEntries>(std::move(pEntries));
+  FolderWorkers().AddWorkItem(TAsyncProcedure::Create([going] { going->clear(); }), TPriority::Normal);
 }
 
 void TFolderView::EndListing(const TFailure& pFailure) {
@@ -179,7 +190,7 @@ void TFolderView::EndListing(const TFailure& pFailure) {
   ShowRows();
   if (!alive.IsAlive() || fListing) return;
   if (fRelist || !fNames.empty() || !fNotifier) fChangeTimer.SetEnabled(true);
-  if (!fRelist && fNames.empty()) EndAwaiting();
+  EndAwaitingWhatWontCome();
 }
 
 // What has come or gone since the listing began and before the folder was watched.
@@ -193,29 +204,6 @@ void TFolderView::LookForMissedChanges() {
         fRelist = true;
         RunChanges();
       });
-}
-
-// The folder has been listed again: what was known already keeps its row, whatever has changed about it.
-void TFolderView::MergeEntries(TEntries pEntries) {
-  std::unordered_map<std::wstring_view, const TEntry*> known;
-  known.reserve(fEntries.size());
-  for (const TEntry& entry : fEntries) known.emplace(entry->key, &entry);
-  for (const auto& [from, to] : fMoved) {
-    const auto old = known.find(from);
-    if (old != known.end() && !known.contains(to)) known.emplace(to, old->second);
-  }
-  for (TEntry& entry : pEntries) {
-    const auto found = known.find(entry->key);
-    if (found == known.end()) continue;
-    const TEntry& old = *found->second;
-    if (IsSameFact(*old, *entry)) {
-      entry = old;
-    } else if (old->row) {
-      old->row->SetEntry(entry);
-    }
-    known.erase(found); // two objects share no row
-  }
-  fEntries = std::move(pEntries);
 }
 
 void TFolderView::Reload() {

@@ -2,9 +2,11 @@
 
 #include <core/ItemIdList.h>
 #include <framework/TextCompare.h>
+#include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
 
 #include <algorithm>
+#include <chrono>
 #include <limits>
 #include <utility>
 
@@ -25,12 +27,28 @@ constexpr int LeavingRank = std::numeric_limits<int>::max();
 
 } // namespace
 
+/// What may be done at once: some rows, or as many as a short time allows. Asked for each.
+class TFolderView::TTurn {
+public:
+  bool IsOver() const noexcept { return fAsked++ > AtOnce && fAsked % Step == 0 && TClock::now() > fEnd; }
+
+private:
+  using TClock = std::chrono::steady_clock;
+  static constexpr int AtOnce = 1000;
+  static constexpr int Step = 128; // rows between two looks at the clock
+  static constexpr std::chrono::milliseconds Longest{20};
+
+  const TClock::time_point fEnd = TClock::now() + Longest;
+  mutable int fAsked = 0;
+};
+
 bool TFolderView::IsWanted(const TFolderEntry& pEntry) const {
   return fFilter.IsEmpty() || fFilter.Matches(pEntry.name);
 }
 
-// Gives each row the place that it is to have, and makes those that are missing. True if the rows must be moved.
-bool TFolderView::RankRows(const TEntries& pWanted) {
+// Gives each row the place that it is to have, and makes those that are missing, while there is time. How many there
+// are then.
+int TFolderView::RankRows(const TEntries& pWanted, const TTurn& pTurn) {
   TListItems& rows = GetItems();
   for (int i = 0; i < rows.GetCount(); ++i) GetRow(i)->rank = LeavingRank;
   const bool checks = Selection() != nullptr;
@@ -38,15 +56,15 @@ bool TFolderView::RankRows(const TEntries& pWanted) {
   int rank = 0;
   for (const TEntry& entry : pWanted) {
     if (!entry->row) {
+      fUnfinished = fUnfinished || pTurn.IsOver();
+      if (fUnfinished) continue;
       auto row = std::make_unique<TFolderRow>(&rows, entry);
       if (nothing_checked) row->SetState(PathOf(*entry).empty() ? ssDisabled : ssUnChecked);
       rows.AddItem(std::move(row));
     }
     entry->row->rank = rank++;
   }
-  bool moves = false;
-  for (int i = 1; i < rows.GetCount() && !moves; ++i) moves = GetRow(i)->rank < GetRow(i - 1)->rank;
-  return moves;
+  return rank;
 }
 
 // The focus goes to the next row that stays.
@@ -61,7 +79,8 @@ void TFolderView::KeepFocusNear() {
   if (next) SetItemFocused(next);
 }
 
-// Rows that leave are brought to the end first, where taking them out moves no others.
+// Rows that leave are brought to the end first, where taking them out moves no others. Of very many, the next turns
+// make and delete what is left.
 void TFolderView::ShowRows() {
   TEntries filtered;
   if (!fFilter.IsEmpty()) {
@@ -74,13 +93,26 @@ void TFolderView::ShowRows() {
   {
     const ScopedRowUpdate update(rows);
     rows.Reserve(static_cast<int>(wanted.size()));
-    const bool moves = RankRows(wanted);
+    const TTurn turn;
+    fUnfinished = false;
+    const int ranked = RankRows(wanted, turn);
     KeepFocusNear();
+    bool moves = false;
+    for (int i = 1; i < rows.GetCount() && !moves; ++i) moves = GetRow(i)->rank < GetRow(i - 1)->rank;
     if (moves) rows.SortByKey([](const TListItem& row) { return static_cast<const TFolderRow&>(row).rank; });
-    while (rows.GetCount() > static_cast<int>(wanted.size())) rows.Delete(rows.GetCount() - 1);
+    while (rows.GetCount() > ranked && !turn.IsOver()) rows.Delete(rows.GetCount() - 1);
+    fUnfinished = fUnfinished || rows.GetCount() > ranked;
     if (rows.GetCount() > 0 && !GetItemFocused()) SetItemFocused(GetRow(0));
   }
   if (!alive.IsAlive()) return;
+  if (fUnfinished) {
+    MainThread::Queue([this, indicator = ComPtr<ICancellationIndicator>(fNavigation)] {
+      if (indicator->IsCancellationRequested()) return;
+      const TAliveWatch watch(GetAliveToken());
+      if (fUnfinished) ShowRows();
+      if (watch.IsAlive()) EndAwaitingWhatWontCome();
+    });
+  }
   if (rows.GetCount() == 0) Invalidate(); // the message
   GoToAwaited();
   if (alive.IsAlive()) StatusChanged();
@@ -114,6 +146,10 @@ void TFolderView::GoToAwaited() {
 void TFolderView::EndAwaiting() {
   fAwaited.clear();
   fEditAwaited = false;
+}
+
+void TFolderView::EndAwaitingWhatWontCome() {
+  if (!IsListing() && !fReading && !fRelist && fNames.empty()) EndAwaiting();
 }
 
 // False if a handler has let the row go.

@@ -70,8 +70,8 @@ TOpenedFolder OpenFolder(const ComPtr<IItemIdList>& pFolder) {
       opened.names = pFolder->IsSpecialFolder(SF_DESKTOP) ? TNameUse::Merged : TNameUse::Unique;
     }
     opened.title = pFolder->DisplayName(dnfNormal);
-    // The main thread will ask for this one: whoever doesn't answer isn't to answer there.
-    static_cast<void>(pFolder->HasAttributes(SFGAO_LINK));
+    // A notifier asks on the main thread where the folder leads, and then that is known.
+    static_cast<void>(pFolder->LinkTarget());
   } catch (const EOSError& error) {
     const std::wstring disk_path = pFolder->Path();
     opened.failure = CannotShow(opened.path, disk_path.empty() ? CodeOf(error) : WhyNot(disk_path));

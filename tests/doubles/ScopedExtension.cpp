@@ -25,17 +25,31 @@ ScopedExtension::~ScopedExtension() {
   Call("DllUnregisterServer");
 }
 
+// Null if the DLL isn't there.
+template <typename T>
+T ScopedExtension::Export(const char* pName) const {
+  return fModule ? reinterpret_cast<T>(reinterpret_cast<void*>(GetProcAddress(fModule.Get(), pName))) : nullptr;
+}
+
 void ScopedExtension::Call(const char* pExport) const {
   if (!fModule) return;
-  const auto call = reinterpret_cast<TRegister>(reinterpret_cast<void*>(GetProcAddress(fModule.Get(), pExport)));
+  const auto call = Export<TRegister>(pExport);
   EXPECT_TRUE(call && SUCCEEDED(call())) << pExport;
 }
 
 long ScopedExtension::LiveObjects() const {
   if (!fModule) return 0;
-  const auto count =
-      reinterpret_cast<TExtensionObjects>(reinterpret_cast<void*>(GetProcAddress(fModule.Get(), ExtensionObjects)));
+  const auto count = Export<TExtensionObjects>(ExtensionObjects);
   return count ? count() : -1;
+}
+
+void ScopedExtension::WatchAsks() const {
+  if (const auto watch = Export<TExtensionWatch>(ExtensionWatch)) watch(GetCurrentThreadId());
+}
+
+std::wstring ScopedExtension::Asks() const {
+  const auto asks = Export<TExtensionAsks>(ExtensionAsks);
+  return asks ? asks() : std::wstring();
 }
 
 ScopedExtensionWait::ScopedExtensionWait()
@@ -44,6 +58,10 @@ ScopedExtensionWait::ScopedExtensionWait()
 
 void ScopedExtensionWait::AwaitArrival() const {
   WaitForSingleObject(fArrived.Get(), INFINITE);
+}
+
+bool ScopedExtensionWait::HasArrived() const {
+  return WaitForSingleObject(fArrived.Get(), 0) == WAIT_OBJECT_0;
 }
 
 void ScopedExtensionWait::GoOn() const {

@@ -21,10 +21,16 @@ public:
   std::wstring PathOf(const std::wstring& pName) const { return ExtensionRoot + (L'\\' + pName); }
   /// How many of its objects exist in this process.
   long LiveObjects() const;
+  /// Notes from now on what the calling thread asks of it.
+  void WatchAsks() const;
+  /// The methods that it has asked, as scripts call them, with a blank behind each. For the watched thread.
+  std::wstring Asks() const;
 
 private:
   using TRegister = HRESULT(STDAPICALLTYPE*)();
   void Call(const char* pExport) const;
+  template <typename T>
+  T Export(const char* pName) const;
 
   TUniqueModule fModule; // stays loaded, so that its objects can be counted
 };
@@ -35,6 +41,8 @@ public:
   ScopedExtensionWait();
   /// Returns when a step has arrived.
   void AwaitArrival() const;
+  /// Whether one has; once for each.
+  bool HasArrived() const;
   void GoOn() const;
   ~ScopedExtensionWait() { GoOn(); }
 

@@ -4,6 +4,7 @@
 
 #include <platform/Handles.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 
@@ -21,7 +22,23 @@ void WaitForTest() {
   if (go_on) WaitForSingleObject(go_on.Get(), MostWaiting);
 }
 
+std::atomic<DWORD> gWatched{0};
+std::wstring gAsks; // the watched thread's
+
 } // namespace
+
+void NoteAsk(TMethod pMethod) {
+  if (GetCurrentThreadId() == gWatched) gAsks += NameOf(pMethod) + L' ';
+}
+
+void WatchAsksOf(DWORD pThread) {
+  gWatched = pThread;
+  gAsks.clear();
+}
+
+const std::wstring& NotedAsks() {
+  return gAsks;
+}
 
 std::optional<HRESULT> Do(TDeed pDeed) {
   switch (pDeed) {

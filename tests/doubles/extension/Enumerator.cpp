@@ -15,6 +15,7 @@ TExtensionEnumerator::TExtensionEnumerator(TContent pContent, SHCONTF pFlags)
 
 // In two parts: when it crashes, nothing is owned that a destructor would have to free.
 HRESULT TExtensionEnumerator::Next(ULONG pCount, PITEMID_CHILD* pItems, ULONG* pFetched) {
+  NoteAsk(TMethod::Next);
   if (!pItems || (pCount != 1 && !pFetched)) return E_INVALIDARG;
   if (pFetched) *pFetched = 0;
   for (ULONG i = 0; i < pCount; ++i) {

@@ -33,5 +33,10 @@ inline constexpr wchar_t ExtensionGoOn[] = L"Local\\KivTestExtensionGoOn";
 /// Exported: how many of its objects exist.
 using TExtensionObjects = long (*)();
 inline constexpr char ExtensionObjects[] = "KivTestExtensionObjects";
+/// Exported: notes from now on what a thread asks of it; what that was, for that thread.
+using TExtensionWatch = void (*)(unsigned long pThread);
+using TExtensionAsks = const wchar_t* (*)();
+inline constexpr char ExtensionWatch[] = "KivTestExtensionWatch";
+inline constexpr char ExtensionAsks[] = "KivTestExtensionAsks";
 
 } // namespace kiv::test

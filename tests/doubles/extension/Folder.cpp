@@ -45,6 +45,7 @@ HRESULT TExtensionFolder::QueryInterface(REFIID pIid, void** pObject) {
 
 HRESULT TExtensionFolder::ParseDisplayName(HWND, IBindCtx*, LPWSTR pName, ULONG* pEaten, PIDLIST_RELATIVE* pResult,
                                            ULONG* pAttributes) {
+  NoteAsk(TMethod::Parse);
   if (!pName || !pResult) return E_INVALIDARG;
   *pResult = nullptr;
   const auto deed = fContent.Script().DeedOf(TMethod::Parse);
@@ -82,6 +83,7 @@ HRESULT TExtensionFolder::Parse(std::wstring_view pPath, PIDLIST_RELATIVE* pResu
 }
 
 HRESULT TExtensionFolder::EnumObjects(HWND, SHCONTF pFlags, IEnumIDList** pResult) {
+  NoteAsk(TMethod::EnumObjects);
   if (!pResult) return E_POINTER;
   *pResult = nullptr;
   const auto deed = fContent.Script().DeedOf(TMethod::EnumObjects);
@@ -94,19 +96,20 @@ HRESULT TExtensionFolder::EnumObjects(HWND, SHCONTF pFlags, IEnumIDList** pResul
 // --- binding --------------------------------------------------------------------------------------------------------
 
 HRESULT TExtensionFolder::BindToObject(PCUIDLIST_RELATIVE pList, IBindCtx* pContext, REFIID pIid, void** pResult) {
+  NoteAsk(TMethod::Bind);
   if (!pResult) return E_POINTER;
   *pResult = nullptr;
-  const auto deed = DeedForBinding(pList);
+  const auto deed = DeedForBinding(pList, TMethod::Bind);
   if (deed == TDeed::Crash) Crash();
   if (const auto answer = deed ? Do(*deed) : std::nullopt) return *answer;
   return Bind(pList, pContext, pIid, pResult);
 }
 
-std::optional<TDeed> TExtensionFolder::DeedForBinding(PCUIDLIST_RELATIVE pList) const {
+std::optional<TDeed> TExtensionFolder::DeedForBinding(PCUIDLIST_RELATIVE pList, TMethod pMethod) const {
   const auto items = MaybeItemsOf(pList);
   if (!items || items->empty()) return std::nullopt;
   const auto script = TScript::FromName(items->front().name);
-  return script ? script->DeedOf(TMethod::Bind) : std::nullopt;
+  return script ? script->DeedOf(pMethod) : std::nullopt;
 }
 
 HRESULT TExtensionFolder::Bind(PCUIDLIST_RELATIVE pList, IBindCtx* pContext, REFIID pIid, void** pResult) const {
@@ -122,15 +125,22 @@ HRESULT TExtensionFolder::Bind(PCUIDLIST_RELATIVE pList, IBindCtx* pContext, REF
   return folder->BindToObject(ILGetNext(pList), pContext, pIid, pResult);
 }
 
-HRESULT TExtensionFolder::BindToStorage(PCUIDLIST_RELATIVE, IBindCtx*, REFIID, void** pResult) {
+HRESULT TExtensionFolder::BindToStorage(PCUIDLIST_RELATIVE pList, IBindCtx*, REFIID, void** pResult) {
+  NoteAsk(TMethod::Storage);
+  if (const auto deed = DeedForBinding(pList, TMethod::Storage)) Do(*deed);
   return Nothing(pResult, E_NOTIMPL);
 }
 
 HRESULT TExtensionFolder::CreateViewObject(HWND, REFIID, void** pResult) {
+  NoteAsk(TMethod::Objects);
   return Nothing(pResult);
 }
 
 HRESULT TExtensionFolder::GetUIObjectOf(HWND, UINT, PCUITEMID_CHILD_ARRAY, REFIID, UINT*, void** pResult) {
+  NoteAsk(TMethod::Objects);
+  const auto deed = fContent.Script().DeedOf(TMethod::Objects);
+  if (deed == TDeed::Crash) Crash();
+  if (deed) Do(*deed);
   return Nothing(pResult);
 }
 
@@ -154,6 +164,7 @@ HRESULT TExtensionFolder::GetCurFolder(PIDLIST_ABSOLUTE* pResult) {
 // --- attributes, order, names ---------------------------------------------------------------------------------------
 
 HRESULT TExtensionFolder::GetAttributesOf(UINT pCount, PCUITEMID_CHILD_ARRAY pItems, SFGAOF* pInOut) {
+  NoteAsk(TMethod::Attributes);
   if (!pInOut || (pCount != 0 && !pItems)) return E_INVALIDARG;
   const auto deed = DeedFor(pCount, pItems);
   if (deed == TDeed::Crash) Crash();
@@ -188,6 +199,10 @@ HRESULT TExtensionFolder::Attributes(UINT pCount, PCUITEMID_CHILD_ARRAY pItems, 
 }
 
 HRESULT TExtensionFolder::CompareIDs(LPARAM, PCUIDLIST_RELATIVE a, PCUIDLIST_RELATIVE b) {
+  NoteAsk(TMethod::Compare);
+  for (const PCUIDLIST_RELATIVE list : {a, b}) {
+    if (const auto deed = DeedForBinding(list, TMethod::Compare)) Do(*deed);
+  }
   const auto first = MaybeItemsOf(a);
   const auto second = MaybeItemsOf(b);
   if (!first || !second) return E_INVALIDARG;
@@ -201,6 +216,7 @@ HRESULT TExtensionFolder::CompareIDs(LPARAM, PCUIDLIST_RELATIVE a, PCUIDLIST_REL
 }
 
 HRESULT TExtensionFolder::GetDisplayNameOf(PCUITEMID_CHILD pItem, SHGDNF pFlags, STRRET* pName) {
+  NoteAsk(TMethod::Names);
   if (!pName) return E_POINTER;
   pName->uType = STRRET_CSTR;
   pName->cStr[0] = 0;
@@ -233,6 +249,7 @@ std::wstring TExtensionFolder::OwnPath() const {
 }
 
 HRESULT TExtensionFolder::SetNameOf(HWND, PCUITEMID_CHILD, LPCWSTR, SHGDNF, PITEMID_CHILD* pResult) {
+  NoteAsk(TMethod::Names);
   if (pResult) *pResult = nullptr;
   return E_ACCESSDENIED;
 }
@@ -260,6 +277,8 @@ HRESULT TExtensionFolder::GetDetailsEx(PCUITEMID_CHILD, const SHCOLUMNID*, VARIA
 }
 
 HRESULT TExtensionFolder::GetDetailsOf(PCUITEMID_CHILD pItem, UINT pColumn, SHELLDETAILS* pDetails) {
+  NoteAsk(TMethod::Details);
+  if (const auto deed = fContent.Script().DeedOf(TMethod::Details)) Do(*deed);
   if (pColumn != 0) return E_INVALIDARG;
   if (!pDetails) return E_POINTER;
   *pDetails = {LVCFMT_LEFT, 30, {}};

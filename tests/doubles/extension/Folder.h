@@ -47,7 +47,7 @@ public:
 
 private:
   std::optional<TDeed> DeedFor(UINT pCount, PCUITEMID_CHILD_ARRAY pItems) const;
-  std::optional<TDeed> DeedForBinding(PCUIDLIST_RELATIVE pList) const;
+  std::optional<TDeed> DeedForBinding(PCUIDLIST_RELATIVE pList, TMethod pMethod) const;
   HRESULT Parse(std::wstring_view pPath, PIDLIST_RELATIVE* pResult, ULONG* pAttributes);
   HRESULT Bind(PCUIDLIST_RELATIVE pList, IBindCtx* pContext, REFIID pIid, void** pResult) const;
   HRESULT Attributes(UINT pCount, PCUITEMID_CHILD_ARRAY pItems, SFGAOF* pInOut) const;

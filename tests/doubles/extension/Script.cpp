@@ -1,6 +1,7 @@
 #include "Script.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kiv::test {
@@ -39,8 +40,10 @@ constexpr std::pair<const wchar_t*, TDeed> Deeds[] = {
     {L"crash", TDeed::Crash},   {L"own", TDeed::Own},   {L"fail", TDeed::Fail}, {L"empty", TDeed::Empty},
     {L"repeat", TDeed::Repeat}, {L"wait", TDeed::Wait}, {L"slow", TDeed::Slow}};
 constexpr std::pair<const wchar_t*, TMethod> Methods[] = {
-    {L"next", TMethod::Next},   {L"enum", TMethod::EnumObjects}, {L"bind", TMethod::Bind},
-    {L"parse", TMethod::Parse}, {L"names", TMethod::Names},      {L"attributes", TMethod::Attributes}};
+    {L"next", TMethod::Next},       {L"enum", TMethod::EnumObjects}, {L"bind", TMethod::Bind},
+    {L"parse", TMethod::Parse},     {L"names", TMethod::Names},      {L"attributes", TMethod::Attributes},
+    {L"compare", TMethod::Compare}, {L"details", TMethod::Details},  {L"ui", TMethod::Objects},
+    {L"storage", TMethod::Storage}};
 
 bool ReadAct(const TWords& words, TScript& script) {
   const auto deed = Find(Deeds, words[0]);
@@ -81,6 +84,11 @@ std::optional<TScript> TScript::FromName(std::wstring_view pName) {
     if (!ReadPart(part, script)) return std::nullopt;
   }
   return script;
+}
+
+std::wstring NameOf(TMethod pMethod) {
+  return std::find_if(std::begin(Methods), std::end(Methods), [&](const auto& m) { return m.second == pMethod; })
+      ->first;
 }
 
 std::optional<TDeed> TScript::DeedOf(TMethod pMethod) const {

@@ -18,7 +18,7 @@ enum class TDeed {
   Wait,   ///< until the test lets it go on (see Extension.h)
   Slow,   ///< some milliseconds
 };
-enum class TMethod { Next, EnumObjects, Bind, Parse, Names, Attributes };
+enum class TMethod { Next, EnumObjects, Bind, Parse, Names, Attributes, Compare, Details, Objects, Storage };
 
 struct TAct {
   TDeed deed = TDeed::Crash;
@@ -38,6 +38,8 @@ struct TAct {
 /// - `fail enum`, `crash parse`, `crash names`: whenever the method is called, for what lies in the folder
 /// - `fail bind`: whenever the folder itself is bound
 /// - `wait attributes`: whenever those of the folder or of something in it are asked for
+/// - `wait compare`, `wait storage`: whenever the folder itself is compared with another, or its storage is bound
+/// - `wait details`, `wait ui` (icons and menus, IShellFolder::GetUIObjectOf): for what lies in the folder
 /// - `no folder2`: it is an IShellFolder and nothing more
 struct TScript {
   std::size_t objects = 0;
@@ -50,5 +52,8 @@ struct TScript {
   /// What is done whenever the method is called.
   std::optional<TDeed> DeedOf(TMethod pMethod) const;
 };
+
+/// As it is called in a script.
+std::wstring NameOf(TMethod pMethod);
 
 } // namespace kiv::test

@@ -1,4 +1,5 @@
 // The DLL: class factory, registration for the user.
+#include "Acts.h"
 #include "Extension.h"
 #include "Folder.h"
 
@@ -117,4 +118,12 @@ STDAPI DllUnregisterServer() {
 
 extern "C" long KivTestExtensionObjects() {
   return kiv::LiveObjects();
+}
+
+extern "C" void KivTestExtensionWatch(unsigned long pThread) {
+  WatchAsksOf(pThread);
+}
+
+extern "C" const wchar_t* KivTestExtensionAsks() {
+  return NotedAsks().c_str();
 }

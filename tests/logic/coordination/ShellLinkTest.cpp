@@ -1,5 +1,6 @@
 #include "LinkedControl.h"
 
+#include <coordination/ShellQuestions.h>
 #include <doubles/PlainItemIdList.h>
 #include <doubles/SimulatedDisk.h>
 #include <framework/ComponentText.h>
@@ -203,6 +204,54 @@ TEST_F(ShellLink, ForgetsFoldersThatAreGone) {
   folders[0]->Vanish();
   history->Add(folders[2].Get());
   EXPECT_EQ(history->GetCount(), 1);
+}
+
+// Folders that take their time over an answer, until the test lets it come.
+class TSlowAnswers final : public IShellQuestions {
+public:
+  bool IsPlainlySame(IItemIdList& first, IItemIdList& second) override { return &first == &second; }
+  bool Ask(std::function<void()> question, std::function<void()> late) override {
+    open.push_back([question = std::move(question), late = std::move(late)] {
+      question();
+      if (late) late();
+    });
+    return false;
+  }
+  void Answer() {
+    for (const auto& answer : std::exchange(open, {})) answer();
+  }
+  std::vector<std::function<void()>> open;
+};
+
+TEST_F(ShellLink, GoesOnWithoutAnAnswerAndTakesItLate) {
+  TSlowAnswers answers;
+  const ScopedShellQuestions scope(answers);
+  const auto go = [&](const ComPtr<PlainItemIdList>& list) { fLink->PathChanged(nullptr, list.Get()); };
+  const auto a = Make<PlainItemIdList>(L"A");
+  const auto b = Make<PlainItemIdList>(L"B");
+  for (const auto& list : {a, b, Make<PlainItemIdList>(L"b"), b, Make<PlainItemIdList>(L"x", 0, SF_INVALID)}) go(list);
+  EXPECT_EQ(Take(), L"1pA 2pA changeA 1pB 2pB changeB 1pb 2pb changeb 1pB 2pB changeB 1px 2px changex ");
+  EXPECT_EQ(History(), L"ABbB>x");
+  answers.Answer();
+  EXPECT_EQ(History(), L"A>B") << "repeats, and what was nothing, are gone";
+  fLink->PathChanged(nullptr, b.Get());
+  Take();
+  b->Vanish();
+  go(b);
+  EXPECT_EQ(Take(), L"changeB ") << "the same list is no question";
+  EXPECT_EQ(History(), L"A>B");
+
+  a->Vanish();
+  fLink->MoveBack(1);
+  go(Make<PlainItemIdList>(L"C"));
+  fLink->MoveBack(1);
+  answers.Answer();
+  EXPECT_EQ(History(), L">AC") << "the user is there again";
+  fLink->MoveForward(1);
+  go(Make<PlainItemIdList>(L"D"));
+  fLink->Clear();
+  answers.Answer();
+  EXPECT_EQ(History(), L">D");
 }
 
 TEST_F(ShellLink, OwnsTheSelectionThatItsControlsShow) {

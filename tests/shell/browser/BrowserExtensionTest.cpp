@@ -3,28 +3,47 @@
 
 #include <doubles/ScopedExtension.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <thread>
 
 namespace kiv::test {
 namespace {
 
+using enum TShiftStateFlag;
 using TClock = std::chrono::steady_clock;
+
+// Asks a window all the while whether it answers, from another thread.
+class TAnswers {
+public:
+  explicit TAnswers(HWND window)
+      : fThread([this, window](const std::stop_token& stop) {
+          while (!stop.stop_requested()) {
+            const auto start = TClock::now();
+            DWORD_PTR answer = 0;
+            SendMessageTimeoutW(window, WM_NULL, 0, 0, SMTO_NORMAL, 60'000, &answer);
+            fLongest = std::max(fLongest, std::chrono::duration<double, std::milli>(TClock::now() - start).count());
+            Sleep(2);
+          }
+          fDone = true;
+        }) {}
+  ~TAnswers() {
+    fThread.request_stop();
+    // The thread may be waiting for an answer.
+    EXPECT_TRUE(PumpUntil([this] { return fDone.load(); }));
+    std::printf("longest answer of the window: %.0f ms\n", fLongest);
+  }
+
+private:
+  double fLongest = 0;
+  std::atomic<bool> fDone{false};
+  std::jthread fThread;
+};
 
 class BrowserExtension : public TBrowserTest {
 protected:
-  // The longest turn of the main thread while the condition comes to hold; below zero if it doesn't.
-  double LongestTurn(const std::function<bool()>& condition) {
-    double longest = 0;
-    auto last = TClock::now();
-    const bool holds = PumpUntil([&] {
-      const auto now = TClock::now();
-      longest = std::max(longest, std::chrono::duration<double, std::milli>(now - last).count());
-      last = now;
-      return condition();
-    });
-    return holds ? longest : -1;
-  }
   void EnterExtension(const std::wstring& name) { Enter(fExtension.PathOf(name)); }
   bool HasObjects(int count) {
     return PumpUntil([&] { return !View().IsListing() && View().GetItems().GetCount() == count; });
@@ -54,45 +73,94 @@ TEST_F(BrowserExtension, ShowsWhatItCanOfBrokenFolders) {
 
 TEST_F(BrowserExtension, AHundredThousandObjects) {
   constexpr int objects = 100'000;
+  const TAnswers answers(fWindow->GetHandle());
   EnterExtension(L"100000 objects");
-  const double longest = LongestTurn([&] { return View().GetItems().GetCount() == objects && !View().IsListing(); });
-  ASSERT_GE(longest, 0);
-  std::printf("longest turn of the main thread: %.0f ms\n", longest);
+  ASSERT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == objects && !View().IsListing(); }));
   for (const int i : {0, 1, 12'345, objects - 1}) {
     EXPECT_EQ(View().GetRow(i)->GetCaption(), L"Shown: object " + std::to_wstring(i + 1));
   }
   View().SetFilter(L"object 9999");
-  EXPECT_EQ(Names().size(), 11U);
+  EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == 11; }));
   View().SetFilter(L"");
-  EXPECT_EQ(View().GetItems().GetCount(), objects);
+  EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == objects; }));
   View().SetOrder({sample::TFolderColumn::Name, true});
   EXPECT_TRUE(PumpUntil([&] { return View().GetRow(0)->GetCaption() == L"Shown: object 100000"; }));
+  const TFolderRow* const last = View().GetRow(objects - 1);
+  const auto entries = View().GetEntries();
+  View().Reload();
+  ASSERT_TRUE(PumpUntil([&] { return !View().IsListing(); }));
+  EXPECT_EQ(View().GetRow(objects - 1), last);
+  EXPECT_EQ(View().GetEntries(), entries) << "none has changed";
+  View().GoToText(fTemp.Path());
+  EXPECT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); }));
   EXPECT_TRUE(View().IsConsistent());
 }
 
-// The listing, or the question for attributes, never comes back: the window answers all the while, other folders open,
-// one after the other, and the window can be closed.
+// Whatever a folder does in whichever of its methods: the main thread asks it nothing, the window answers all the
+// while, the next folder opens.
+TEST_F(BrowserExtension, NoneIsAskedOnTheMainThread) {
+  fTemp.MakeFile(L"a.txt");
+  const TAnswers answers(fWindow->GetHandle());
+  for (const std::wstring deed : {L"wait", L"slow", L"crash", L"fail"}) {
+    for (const wchar_t* const method :
+         {L"enum", L"next 3", L"parse", L"bind", L"names", L"attributes", L"compare", L"ui", L"details"}) {
+      const ScopedExtensionWait wait;
+      const std::wstring name = L"5 objects, " + deed + L' ' + method;
+      SCOPED_TRACE(std::string(name.begin(), name.end()));
+      View().SetFocus();
+      fExtension.WatchAsks();
+      const bool is_parsed = method == std::wstring(L"parse");
+      View().GoToText(fExtension.PathOf(name) + (is_parsed ? L"\\object 1" : L""));
+      const auto end = TClock::now() + std::chrono::milliseconds(150);
+      ASSERT_TRUE(PumpUntil([&] { return TClock::now() > end; }));
+      PressKey(VK_DOWN); // the link is told what is selected
+      PressKey(VK_UP);
+      View().GoToText(fTemp.Path());
+      ASSERT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); }));
+      EXPECT_EQ(Names(), (std::vector<std::wstring>{L"a.txt"}));
+      const std::wstring asks = fExtension.Asks();
+      EXPECT_EQ(std::string(asks.begin(), asks.end()), "");
+    }
+  }
+}
+
+// Several that never answer, one after the other; and the window can be closed.
 TEST_F(BrowserExtension, OneThatNeverAnswersHoldsNobodyUp) {
   fTemp.MakeFile(L"a.txt");
-  for (const wchar_t* const name : {L"5 objects, wait next 3", L"5 objects, wait attributes"}) {
-    const ScopedExtensionWait wait;
-    for (int i = 0; i < 6; ++i) {
-      View().GoToText(fExtension.PathOf(name));
-      const auto end = TClock::now() + std::chrono::milliseconds(300);
-      const double longest = LongestTurn([&] { return TClock::now() > end; });
-      std::printf("%ls: longest turn %.0f ms\n", name, longest);
-      View().GoToText(fTemp.Path());
-      EXPECT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); })) << name << ' ' << i;
-      EXPECT_EQ(Names(), (std::vector<std::wstring>{L"a.txt"}));
-    }
-    View().GoToText(fExtension.PathOf(name));
-    wait.AwaitArrival();
-    fExplorer->OpenWindow();
-    fWindow->Close();
-    PumpMessages();
-    fWindow = fExplorer->Windows().back();
-    fWindow->ShowForm();
+  const ScopedExtensionWait wait;
+  const std::wstring path = fExtension.PathOf(L"5 objects, wait next 3, wait compare");
+  for (int i = 0; i < 6; ++i) {
+    View().GoToText(path);
+    ASSERT_TRUE(PumpUntil([&] { return wait.HasArrived(); }));
+    View().GoToText(fTemp.Path());
+    ASSERT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); })) << i;
+    EXPECT_EQ(Names(), (std::vector<std::wstring>{L"a.txt"}));
   }
+  View().GoToText(path);
+  ASSERT_TRUE(PumpUntil([&] { return wait.HasArrived(); }));
+  fExplorer->OpenWindow().ShowForm();
+  fWindow->Close();
+  PumpMessages();
+  fWindow = fExplorer->Windows().back();
+}
+
+// Opening an object and making a folder, with one that doesn't come back from it.
+TEST_F(BrowserExtension, ActionsThatNeverEndHoldNobodyUp) {
+  fTemp.MakeFile(L"a.txt");
+  const TAnswers answers(fWindow->GetHandle());
+  const ScopedExtensionWait wait;
+  EnterExtension(L"5 objects, wait ui, wait storage");
+  ASSERT_TRUE(HasObjects(5));
+  fExtension.WatchAsks();
+  for (const auto& act : {&TFolderView::OpenFocused, &TFolderView::MakeNewFolder}) {
+    (View().*act)();
+    EXPECT_TRUE(PumpUntil([&] { return wait.HasArrived(); }));
+    View().GoToText(fTemp.Path());
+    EXPECT_TRUE(PumpUntil([&] { return IsQuiet(*fWindow, fTemp.Path()); }));
+    PressKey(VK_LEFT, {ssAlt});
+    EXPECT_TRUE(HasObjects(5));
+  }
+  EXPECT_EQ(fExtension.Asks(), L"");
 }
 
 } // namespace
