@@ -133,6 +133,7 @@ void TKivShellLink::SelectAll(IKivShellControl* pSender) {
 
 void TKivShellLink::Refresh(IKivShellControl* pSender, TRefreshLevel pRefreshLevel, IItemIdList* pItemIdList) {
   if (!GetEnabled()) return;
+  const ComPtr<IItemIdList> held(pItemIdList); // the first control may make the link let go of it
   static_cast<void>(
       TellOthers(pSender, [&](IKivShellControl& control) { control.Refresh(pRefreshLevel, pItemIdList); }));
 }

@@ -1,10 +1,13 @@
 #include <notification/ChangeNotifier.h>
 
+#include <core/PathFunctions.h>
 #include <framework/Exceptions.h>
 #include <framework/PropertyRegistry.h>
 #include <framework/Thread.h>
 #include <platform/MainThread.h>
+#include <threading/WorkProcedures.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace kiv {
@@ -133,12 +136,14 @@ void TKivShellChangeNotifier::AddItemIdList(IItemIdList* pItemIdList, bool pRecu
     return;
   }
   const auto life = fLife;
+  // First: what doesn't answer mustn't be compared with others either.
+  const INotifierPlatform::TLook look = NotifierPlatform().Look(list.Get(), LookLimit, fCancellationToken);
+  if (IsGone(*life) || look.invalid) return;
+  if (!look.answered) return AddWhenItAnswers({list, {0, pRecursive, filter}});
   if (fCheckForDuplicates) {
     const auto standing = fNotificationHandles.Find(list.Get());
     if (IsGone(*life) || (standing && standing->details.NotificationHandle != 0)) return;
   }
-  const INotifierPlatform::TLook look = NotifierPlatform().Look(list.Get(), LookLimit, fCancellationToken);
-  if (IsGone(*life) || look.invalid) return;
   RegisterItemIdList(list.Get(), pRecursive, filter);
   if (IsGone(*life)) return;
   if (look.target && look.target.Get() != list.Get() && !look.target->Equals(list.Get(), ilcDisplay)) {
@@ -147,6 +152,27 @@ void TKivShellChangeNotifier::AddItemIdList(IItemIdList* pItemIdList, bool pRecu
   }
   CheckAndExcludeDefault();
   InvalidateDirectories();
+}
+
+// Of a server that is slow or gone: a worker waits for it, and the main thread goes on.
+void TKivShellChangeNotifier::AddWhenItAnswers(const TUnanswered& pUnanswered) {
+  fUnanswered.push_back(pUnanswered);
+  const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
+  const auto add = [this, list = pUnanswered.list, indicator] {
+    if (indicator->IsCancellationRequested()) return;
+    const auto found = std::find_if(fUnanswered.begin(), fUnanswered.end(),
+                                    [&](const TUnanswered& each) { return each.list == list; });
+    if (found == fUnanswered.end()) return; // removed meanwhile
+    const TNotificationDetails details = found->details;
+    fUnanswered.erase(found);
+    AddItemIdList(list.Get(), details.Recursive, details.EventFilter);
+  };
+  TAsyncProcedure::CreateAndQueue(
+      [list = pUnanswered.list, add] {
+        static_cast<void>(list->IsInvalid());
+        TThread::Queue(nullptr, add);
+      },
+      indicator);
 }
 
 // Registering may run foreign code, and that may end watches, begin the same one, or be the notifier's end.
@@ -177,12 +203,18 @@ void TKivShellChangeNotifier::CheckAndExcludeDefault() {
 
 void TKivShellChangeNotifier::RemoveItemIdList(IItemIdList* pItemIdList) {
   if (!pItemIdList) return;
-  Unregister(fNotificationHandles.Remove(pItemIdList));
+  const std::wstring path = pItemIdList->Path();
+  const auto unanswered = std::erase_if(fUnanswered, [&](const TUnanswered& each) {
+    return each.list.Get() == pItemIdList || (!path.empty() && SamePath(each.list->Path(), path));
+  });
+  if (unanswered == 0) Unregister(fNotificationHandles.Remove(pItemIdList));
   InvalidateDirectories();
 }
 
 void TKivShellChangeNotifier::Clear() {
   InvalidateDirectories();
+  fUnanswered.clear();
+  fDefaultItemIdList.Reset();
   Unregister(fNotificationHandles.RemoveAll());
 }
 

@@ -55,12 +55,13 @@ private:
 /// What would surprise you:
 /// - On the main thread an event whose object doesn't answer within a second is dropped: nothing hangs on a dead share.
 /// - With NotifyAsynchronously a subscriber is called by any worker, several at a time, in no order. If workers don't
-/// get
-///   to 10,000 events, the rest is lost, and one neFolderUpdate of each watch follows.
+///   get to 10,000 events, the rest is lost, and one neFolderUpdate of each watch follows.
+/// - What doesn't say within a second whether it exists is watched when it has answered; until then it isn't counted.
 /// - neFileChange of a folder arrives as neFolderUpdate.
 /// - A handler may throw, end its own watch or destroy the notifier; so may what runs while a watch begins, which asks
-///   the shell. The destructor waits for handlers that run on
-///   workers, and serves the queue to the main thread meanwhile; no handler is called after it.
+///   the shell. The destructor waits for handlers that run on workers, and serves the queue to the main thread
+///   meanwhile; no handler is called after it. A derived class that overrides how events are told begins its own
+///   destructor with EndEvents.
 ///
 /// A notifier that was loaded with nothing to watch watches the drives until it is given something. Main thread, but
 /// for what says otherwise.
@@ -115,6 +116,7 @@ public:
   /// Disabled, it passes events by, and new watches wait for the next Start.
   void SetEnabled(bool pEnabled) override;
 
+  /// While no event can be on a worker, here and below.
   const TKivShellNotifierEvent& GetOnChange() const noexcept { return fOnChange; }
   void SetOnChange(TKivShellNotifierEvent pEvent) { fOnChange = std::move(pEvent); }
   /// Isn't called for an object whose list is invalid.
@@ -134,10 +136,17 @@ protected:
   virtual void DoOnChange(TNotificationEvent pEvent, const std::wstring& pPath1, const std::wstring& pPath2);
   virtual void DoOnChangePidl(TNotificationEvent pEvent, IItemIdList* pFirst, IItemIdList* pSecond);
   void Loaded() override;
+  /// From now on no event is told. Waits for those that are being told on workers. More than once does no harm.
+  void EndEvents();
 
 private:
   friend class TKivShellChangeNotifierList;
   struct TLife;
+  struct TVisit;
+  struct TUnanswered {
+    ComPtr<IItemIdList> list;
+    TNotificationDetails details;
+  };
 
   TKivShellChangeNotifier(TComponent* pOwner, bool pCheckForDuplicates);
 
@@ -152,12 +161,13 @@ private:
   static bool IsGone(TLife& pLife);
   std::shared_ptr<IChangeSource> Source();
   void RegisterItemIdList(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEventFilter);
+  void AddWhenItAnswers(const TUnanswered& pUnanswered);
   void CheckAndExcludeDefault();
   void Unregister(const std::vector<TWatchTable::TWatch>& pWatches);
 
   CancellationToken fCancellationToken;
   const bool fCheckForDuplicates;
-  bool fRecursive = true;
+  std::atomic<bool> fRecursive{true};
   std::atomic<TNotificationEvents> fEventFilter{DefaultNotificationEvents};
   bool fNotifyAsynchronously = false;
   bool fStarted = false;
@@ -167,7 +177,8 @@ private:
   TDuplicateFilter fDuplicates;
 
   TWatchTable fNotificationHandles;
-  bool fDirectoriesAreCurrent = false;
+  std::vector<TUnanswered> fUnanswered; // of the main thread
+  std::atomic<bool> fDirectoriesAreCurrent{false};
   std::unique_ptr<TKivShellChangeNotifierList> fDirectories;
   std::shared_ptr<TLife> fLife;
   std::shared_ptr<IChangeSource> fSource; // made with the first need

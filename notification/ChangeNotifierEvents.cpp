@@ -8,6 +8,7 @@
 #include <notification/ChangeNotifier.h>
 
 #include <core/DebugLog.h>
+#include <framework/Application.h>
 #include <platform/MainThread.h>
 #include <threading/WorkProcedures.h>
 
@@ -49,7 +50,11 @@ struct TKivShellChangeNotifier::TLife {
       // A handler may wait for the main thread.
       if (MainThread::IsCurrent()) {
         guard.unlock();
-        MainThread::CheckSynchronize();
+        try {
+          MainThread::CheckSynchronize();
+        } catch (...) { // of whatever else waits for this thread
+          ReportException(std::current_exception());
+        }
         guard.lock();
       }
       left.wait_for(guard, std::chrono::milliseconds(5), alone);
@@ -81,15 +86,25 @@ struct TKivShellChangeNotifier::TLife {
   bool overflowed = false;
 };
 
+// What has entered leaves at the scope's end.
+struct TKivShellChangeNotifier::TVisit {
+  TLife& life;
+  ~TVisit() { life.Leave(); }
+};
+
 TKivShellChangeNotifier::TKivShellChangeNotifier(TComponent* pOwner, bool pCheckForDuplicates)
     : TKivBaseComponent(pOwner), fCheckForDuplicates(pCheckForDuplicates), fLife(std::make_shared<TLife>()) {}
 
-TKivShellChangeNotifier::~TKivShellChangeNotifier() {
+void TKivShellChangeNotifier::EndEvents() {
   BeginDestruction();
-  fDuplicates.Close();
   fCancellationToken.Cancel();
   // Before the source goes: a handler that still runs on a worker may end watches.
   fLife->Close();
+  fDuplicates.Close();
+}
+
+TKivShellChangeNotifier::~TKivShellChangeNotifier() {
+  EndEvents();
   const auto end = [this] {
     fNotificationHandles.RemoveAll();
     if (fSource) fSource->Close();
@@ -131,8 +146,8 @@ void TKivShellChangeNotifier::ProcessOnWorker(TNotificationEvent pEvent, const T
   TAsyncProcedure::CreateAndQueue(
       [this, pEvent, lists = pItemIdLists, indicator, life = fLife] {
         if (life->Start() && life->Enter()) {
+          const TVisit visit{*life};
           TellUpdates();
-          life->Leave();
         }
         VisitOnWorker(life, indicator, pEvent, lists);
       },
@@ -152,13 +167,11 @@ void TKivShellChangeNotifier::VisitOnWorker(const std::shared_ptr<TLife>& pLife,
                                             const ComPtr<ICancellationIndicator>& pIndicator, TNotificationEvent pEvent,
                                             const TChangedLists& pItemIdLists) {
   // Slow for a dead share, and nobody may have to wait for it.
-  if (pItemIdLists.first && pItemIdLists.first->IsResolved()) pItemIdLists.first->Reload();
-  if (pItemIdLists.second && pItemIdLists.second->IsResolved()) pItemIdLists.second->Reload();
+  INotifierPlatform& platform = NotifierPlatform();
+  if (pItemIdLists.first) platform.ReloadOnWorker(pItemIdLists.first.Get());
+  if (pItemIdLists.second && pItemIdLists.second->IsResolved()) platform.ReloadOnWorker(pItemIdLists.second.Get());
   if (pIndicator->IsCancellationRequested() || !pLife->Enter()) return;
-  struct TVisit {
-    TLife& life;
-    ~TVisit() { life.Leave(); }
-  } const visit{*pLife};
+  const TVisit visit{*pLife};
   ProcessChangeEvent(pEvent, pItemIdLists);
 }
 
@@ -179,20 +192,21 @@ bool TKivShellChangeNotifier::TellPath(TNotificationEvent pEvent, const TChanged
 
 void TKivShellChangeNotifier::ProcessChangeEvent(TNotificationEvent pEvent, const TChangedLists& pItemIdLists) {
   INotifierPlatform& platform = NotifierPlatform();
+  // What is asked may be foreign code that lets messages in, and either handler the notifier's end.
+  const std::shared_ptr<TLife> life = fLife;
   IItemIdList* const first = pItemIdLists.first.Get();
   IItemIdList* const second = pItemIdLists.second.Get();
   if (MainThread::IsCurrent()) {
-    const auto answers = [&](IItemIdList* list) { return platform.Reload(list, ReloadLimit, fCancellationToken); };
+    const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
+    const auto answers = [&](IItemIdList* list) {
+      return platform.Reload(list, ReloadLimit, indicator) && !life->IsClosed();
+    };
     if ((first && !answers(first)) || (second && second->IsResolved() && !answers(second))) return;
   }
   TNotificationEvent event = pEvent;
-  if (event == neFileChange && first && platform.IsFolder(first)) {
-    event = neFolderUpdate;
-    if (!GetNotificationEvent(event)) return;
-  }
-  if (!fDuplicates.Passes(event, first)) return;
-  // Any of the two handlers may be the notifier's end.
-  const std::shared_ptr<TLife> life = fLife;
+  if (event == neFileChange && first && platform.IsFolder(first)) event = neFolderUpdate;
+  if (life->IsClosed() || (event != pEvent && !GetNotificationEvent(event))) return;
+  if (!fDuplicates.Passes(event, first) || life->IsClosed()) return;
   std::wstring path;
   if (fOnChange && TellPath(event, pItemIdLists, path)) {
     DoOnChange(event, path, second ? second->Path() : std::wstring());
@@ -209,7 +223,8 @@ void TKivShellChangeNotifier::DoOnChange(TNotificationEvent pEvent, const std::w
 
 void TKivShellChangeNotifier::DoOnChangePidl(TNotificationEvent pEvent, IItemIdList* pFirst, IItemIdList* pSecond) {
   const TKivShellNotifierEventPIDL event = fOnChangePIDL;
-  if (event && pFirst && !pFirst->IsInvalid()) event(this, pEvent, pFirst, pSecond);
+  const std::shared_ptr<TLife> life = fLife;
+  if (event && pFirst && !pFirst->IsInvalid() && !life->IsClosed()) event(this, pEvent, pFirst, pSecond);
 }
 
 } // namespace kiv

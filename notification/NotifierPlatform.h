@@ -48,12 +48,15 @@ public:
   /// IItemIdList::Reload within a time in milliseconds. False if there was no answer in time. What will ask a local
   /// disk when it is resolved isn't asked twice.
   virtual bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) = 0;
+  /// The same on a worker, where there is no limit.
+  virtual void ReloadOnWorker(IItemIdList* pItemIdList) = 0;
   struct TLook {
     bool invalid = false;
     ComPtr<IItemIdList> target;
+    bool answered = true; // in time
   };
   /// Whether there is no such object, and the target of a link, otherwise nil or the object itself: within a time in
-  /// milliseconds. What doesn't answer in time counts as something that isn't a link.
+  /// milliseconds.
   virtual TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) = 0;
   /// Whether the list is a folder; answered by the disk where a path says enough.
   virtual bool IsFolder(IItemIdList* pItemIdList) = 0;

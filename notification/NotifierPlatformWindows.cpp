@@ -20,13 +20,14 @@ public:
   ComPtr<IItemIdList> DefaultList() override { return TKivItemIdList::CreateForSpecialFolder(SF_DRIVES, true); }
 
   bool Reload(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
-    const auto* const list = dynamic_cast<const TKivItemIdList*>(pItemIdList);
-    // What was made of a path's text alone has nothing to be reloaded.
-    const bool is_fresh = list && (list->IsSimple() || (list->IsOfChange() && !pItemIdList->IsResolved()));
-    if (is_fresh) return true;
+    if (IsFresh(pItemIdList)) return true;
     bool finished = false;
     TItemIdListHelper::TryReload(pItemIdList, pLimit, finished, std::move(pIndicator));
     return finished;
+  }
+
+  void ReloadOnWorker(IItemIdList* pItemIdList) override {
+    if (!IsFresh(pItemIdList)) pItemIdList->Reload();
   }
 
   TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator> pIndicator) override {
@@ -34,7 +35,7 @@ public:
       return list->IsInvalid() ? TLook{true, nullptr} : TLook{false, list->LinkTarget()};
     };
     bool finished = false;
-    return AskInTime<TLook>(look, pLimit, {}, finished, std::move(pIndicator));
+    return AskInTime<TLook>(look, pLimit, TLook{false, nullptr, false}, finished, std::move(pIndicator));
   }
 
   // A list that was made from a path knows it, and nobody has to parse it for this.
@@ -46,6 +47,13 @@ public:
 
   std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
     return std::make_shared<ShellChangeSource>(pSink);
+  }
+
+private:
+  // What was made of a path's text alone has nothing to be reloaded.
+  static bool IsFresh(IItemIdList* pItemIdList) {
+    const auto* const list = dynamic_cast<const TKivItemIdList*>(pItemIdList);
+    return list && (list->IsSimple() || (list->IsOfChange() && !pItemIdList->IsResolved()));
   }
 };
 

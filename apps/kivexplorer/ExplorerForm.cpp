@@ -128,7 +128,7 @@ void TExplorerForm::CreateWnd() {
 
 void TExplorerForm::ShowIcon() {
   if (!HandleAllocated()) return;
-  const int folder = TKivSystemImageList::GetFolderIconNumber(true);
+  const int folder = TKivSystemImageList::GetFolderIconNumber(false);
   const std::pair<WPARAM, int> kinds[] = {{ICON_SMALL, ScaledPixels(16)}, {ICON_BIG, ScaledPixels(32)}};
   for (const auto& [kind, size] : kinds) {
     TUniqueIcon icon = TKivSystemImageList::GetInstance(size)->GetIcon(folder);

@@ -139,6 +139,13 @@ public:
   explicit TWatcherThread(bool pOnNetwork) : fOnNetwork(pOnNetwork), fThread([this] { Run(); }) {}
   ~TWatcherThread() {
     Command([this] { fStopped = true; });
+    HANDLE handle = nullptr;
+    {
+      const std::lock_guard guard(fLock);
+      handle = fHandle.Get();
+    }
+    // It may stand in a question to a server that has gone.
+    while (handle && WaitForSingleObject(handle, 100) == WAIT_TIMEOUT) CancelSynchronousIo(handle);
     fThread.join();
   }
 
@@ -197,6 +204,10 @@ public:
 private:
   void Run() noexcept {
     SetCurrentThreadName(L"Kiv directory watcher");
+    {
+      const std::lock_guard guard(fLock);
+      fHandle = TUniqueHandle(OpenThread(THREAD_TERMINATE | SYNCHRONIZE, FALSE, GetCurrentThreadId()));
+    }
     const ScopedErrorMode mode;
     while (!fStopped) {
       try {
@@ -348,9 +359,12 @@ private:
       if (!pWatch.complete || pWatch.reports.HasOf(&pWatch)) return;
       tree.LetGoOfEmpty();
       pWatch.quietSince = GetTickCount64(); // what it has seen to be empty must be so for a whole silence
-    } else if (pNow >= pWatch.releasedUntil && tree.Open()) {
+    } else if (pNow < pWatch.releasedUntil) {
+      return; // a medium that is being ejected isn't touched
+    } else if (tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
+      pWatch.isFile = false;
     } else {
       TellIfFile(pWatch);
     }
@@ -371,6 +385,7 @@ private:
   const bool fOnNetwork;
   std::mutex fLock;
   std::deque<std::function<void()>> fCommands; // under fLock
+  TUniqueHandle fHandle;                       // under fLock; of the thread itself
   TDirectoryPort fPort;
   TUnreadReports fReports;
   bool fFew = false; // in the last turn, of a stream

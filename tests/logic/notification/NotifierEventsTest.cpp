@@ -170,14 +170,21 @@ TEST_F(NotifierEvents, AreToldOnWorkersUntilTheNotifierGoes) {
   // Another one hangs where a dead share would let it hang, and doesn't hold up the end.
   test::TGate share;
   const auto hanging = ListOf(L"\\\\dead\\x");
+  hanging->resolved = false;
   hanging->reload = [&share] {
     share.Pass();
     return true;
   };
   Arrive(neFileCreate, hanging);
   share.AwaitArrivals();
+  // What else waits for the main thread may raise.
+  int reported = 0;
+  Application().SetOnException([&reported](auto&&...) { ++reported; });
+  MainThread::Queue([] { throw EException(L"somebody else's"); });
   handler.Open();
   fNotifier.reset();
+  Application().SetOnException(nullptr);
+  EXPECT_EQ(reported, 1);
   EXPECT_FALSE(on_main);
   EXPECT_EQ(watched, L"C:\\a* ") << "the end waits for a handler, and lets it come to the main thread";
   share.Open();

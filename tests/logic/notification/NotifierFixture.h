@@ -41,8 +41,10 @@ public:
     lastLimit = pLimit;
     return pItemIdList->Reload();
   }
+  void ReloadOnWorker(IItemIdList* pItemIdList) override { pItemIdList->Reload(); }
   TLook Look(IItemIdList* pItemIdList, std::uint64_t pLimit, ComPtr<ICancellationIndicator>) override {
     lastLimit = pLimit;
+    if (std::exchange(isSilent, false)) return {false, nullptr, false};
     return {pItemIdList->IsInvalid(), pItemIdList->Reload() ? pItemIdList->LinkTarget() : nullptr};
   }
   bool IsFolder(IItemIdList* pItemIdList) override { return pItemIdList->IsFolder(); }
@@ -65,6 +67,7 @@ public:
   std::uint32_t lastHandle = 0;
   std::uint64_t lastLimit = 0;
   bool fails = false;
+  bool isSilent = false; ///< whether the next one that is looked at doesn't answer in time
   IChangeSink* sink = nullptr;
   std::function<void()> meanwhile; ///< what the next registration runs
 

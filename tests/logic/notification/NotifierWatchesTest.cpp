@@ -3,6 +3,7 @@
 #include <framework/ComponentText.h>
 #include <framework/Exceptions.h>
 #include <platform/MainThread.h>
+#include <threading/WorkerPool.h>
 
 #include <functional>
 #include <thread>
@@ -129,6 +130,29 @@ TEST_F(NotifierWatches, DontWaitForTheTargetOfALinkThatDoesNotAnswer) {
   fNotifier->AddItemIdList(link.Get());
   EXPECT_EQ(fPlatform.lastLimit, 1000U);
   EXPECT_EQ(fPlatform.Registered(), L"\\\\dead\\l.lnk* ");
+}
+
+TEST_F(NotifierWatches, WaitForWhatDoesNotAnswerInTime) {
+  const auto settle = [] {
+    while (TWorkerPool::GlobalInstance().GetWorkItemsActive()) std::this_thread::yield();
+    MainThread::CheckSynchronize();
+  };
+  fPlatform.isSilent = true;
+  fNotifier->AddPath(L"\\\\dead\\a");
+  EXPECT_TRUE(fNotifier->GetCount() == 0 && fPlatform.Registered().empty());
+  settle();
+  EXPECT_EQ(fPlatform.Registered(), L"\\\\dead\\a* ");
+  // One that is removed, and one of a notifier that goes.
+  fPlatform.isSilent = true;
+  fNotifier->AddPath(L"\\\\dead\\b");
+  fNotifier->RemovePath(L"\\\\dead\\b");
+  settle();
+  EXPECT_EQ(fPlatform.Registered(), L"\\\\dead\\a* ");
+  fPlatform.isSilent = true;
+  fNotifier->AddPath(L"\\\\dead\\c");
+  fNotifier.reset();
+  settle();
+  EXPECT_EQ(fPlatform.Registered(), L"");
 }
 
 TEST_F(NotifierWatches, FollowTheListOfDirectories) {
