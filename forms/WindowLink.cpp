@@ -55,7 +55,7 @@ void TellHosted(UINT message, WPARAM wParam, LPARAM lParam) {
 
 LRESULT CALLBACK ListenerProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_ACTIVATEAPP && wParam == FALSE) CancelHint(); // it would stand in front of the other program
-  if (message == WM_NCDESTROY) gListener = nullptr; // whoever closed it
+  if (message == WM_NCDESTROY) gListener = nullptr;               // whoever closed it
   try {
     if (message == WM_SYSCOLORCHANGE || message == WM_SETTINGCHANGE) TellHosted(message, wParam, lParam);
   } catch (...) {
