@@ -160,6 +160,12 @@ const TCase Cases[] = {
        s.edit->SetOnExit(Notify(bad));
        PressKey(VK_TAB);
      }},
+    {"focus goes with the window", &Of<&TScene::button>,
+     [](TScene& s, TAction bad) {
+       s.button->SetFocus();
+       s.button->SetOnExit(Notify(bad));
+       s.button->SetParent(nullptr);
+     }},
     {"press", &Of<&TScene::tricky>,
      [](TScene& s, TAction bad) {
        s.tricky->SetOnMouseDown([bad](TPersistent*, TMouseButton, TShiftState, int, int) { bad(); });
