@@ -45,7 +45,7 @@ void TControl::SetParent(TWinControl* pParent) {
   }
   const TAliveWatch alive(GetAliveToken());
   if (fParent) fParent->RemoveControl(this);
-  if (pParent && alive.IsAlive()) pParent->InsertControl(this);
+  if (pParent && alive.IsAlive() && !fParent) pParent->InsertControl(this);
 }
 
 void TControl::Loaded() {

@@ -54,8 +54,9 @@ void TWinControl::Loaded() {
 // --- parents and children -------------------------------------------------------------------------------------------
 
 void TWinControl::SetParent(TWinControl* pParent) {
+  const TAliveWatch alive(GetAliveToken());
   if (pParent && fParentWindow) SetParentWindow(nullptr);
-  TControl::SetParent(pParent);
+  if (alive.IsAlive()) TControl::SetParent(pParent);
 }
 
 void TWinControl::SetParentWindow(HWND pParent) {
@@ -63,13 +64,14 @@ void TWinControl::SetParentWindow(HWND pParent) {
   if (pParent && GetWindowThreadProcessId(pParent, nullptr) != GetCurrentThreadId()) {
     throw EInvalidOperation(L"A control can't stand in a window of another thread");
   }
+  const TAliveWatch alive(GetAliveToken());
   if (GetParent()) SetParent(nullptr);
-  DestroyHandle();
+  if (alive.IsAlive()) DestroyHandle();
+  if (!alive.IsAlive()) return;
   ReleaseParentWindow();
   if (!pParent) return;
   WatchParentWindow(pParent);
   fParentWindow = pParent;
-  const TAliveWatch alive(GetAliveToken());
   ScaleForPPI(GetWindowDpi(pParent));
   if (alive.IsAlive() && IsParentFont()) TakeSystemFont();
   if (alive.IsAlive()) UpdateControlState();
@@ -126,12 +128,17 @@ void TWinControl::RemoveControl(TControl* pControl) {
   TWinControl* const window = tab == fTabList.end() ? nullptr : *tab;
   if (window) {
     fTabList.erase(tab);
+    // Who hears that the focus goes may do anything, to both.
+    const TAliveWatch alive(GetAliveToken());
     if (!window->IsDestroying()) window->DestroyHandle();
+    if (!alive.IsAlive()) return;
   } else {
     pControl->Invalidate();
   }
   if (fMouseControl == pControl) fMouseControl = nullptr;
-  fControls.erase(std::find(fControls.begin(), fControls.end(), pControl));
+  const auto place = std::find(fControls.begin(), fControls.end(), pControl);
+  if (place == fControls.end()) return;
+  fControls.erase(place);
   pControl->fParent = nullptr;
   if (!IsDestroying()) AlignControls(nullptr);
 }

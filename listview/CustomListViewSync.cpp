@@ -78,7 +78,10 @@ void TCustomListView::RowLeaving(TListItem& pItem) noexcept {
 }
 
 void TCustomListView::RowsLeaving(const TRowBits& pRows) noexcept {
-  const auto leaves = [&](const TListItem* row) { return row != nullptr && pRows.Test(row->GetIndex()); };
+  const auto leaves = [&](const TListItem* row) {
+    const int at = fItems->IndexOf(row);
+    return at >= 0 && pRows.Test(at);
+  };
   if (leaves(fTopRow)) fTopRow = RowAt(pRows.FindClearNear(fTopRow->GetIndex()));
   if (leaves(fDropTarget)) fDropTarget = nullptr;
   if (leaves(fHotBox)) fHotBox = nullptr;

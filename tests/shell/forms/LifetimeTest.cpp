@@ -90,7 +90,8 @@ struct TScene {
 void ChooseFirstItem(TScene& scene) {
   scene.menu->SetOnPopup([](TPersistent*) {
     MainThread::Queue([] {
-      for (const WPARAM key : {VK_DOWN, VK_RETURN}) PostMessageW(FindWindowW(L"#32768", nullptr), WM_KEYDOWN, key, 0);
+      constexpr WPARAM keys[] = {VK_DOWN, VK_RETURN};
+      for (const WPARAM key : keys) PostMessageW(FindWindowW(L"#32768", nullptr), WM_KEYDOWN, key, 0);
     });
   });
   ClickMouse(MiddleOf(scene.tricky->GetHandle()), TShiftStateFlag::ssRight);
@@ -158,6 +159,12 @@ const TCase Cases[] = {
        s.edit->SetFocus();
        s.edit->SetOnExit(Notify(bad));
        PressKey(VK_TAB);
+     }},
+    {"focus goes with the window", &Of<&TScene::button>,
+     [](TScene& s, TAction bad) {
+       s.button->SetFocus();
+       s.button->SetOnExit(Notify(bad));
+       s.button->SetParent(nullptr);
      }},
     {"press", &Of<&TScene::tricky>,
      [](TScene& s, TAction bad) {

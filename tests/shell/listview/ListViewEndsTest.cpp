@@ -165,7 +165,7 @@ class ListViewEndsRounds : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(Parts, ListViewEndsRounds, testing::Range(0, 5));
 
 TEST_P(ListViewEndsRounds, HandlersMayEndRowsColumnsAndTheControl) {
-  constexpr int rounds = 200; // about 600 in all without those that are passed over
+  constexpr int rounds = 150; // about 450 in all without those that are passed over
   const auto combinations = static_cast<int>(Places().size() * Kinds().size());
   std::unique_ptr<TEndsFixture> fixture;
   std::mt19937 random(static_cast<unsigned>(GetParam()));
