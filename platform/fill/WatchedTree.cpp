@@ -53,6 +53,7 @@ void TWatchedTree::Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstrin
 }
 
 void TWatchedTree::TellUpdate() {
+  fUpdated = fWantsIdle = true;
   Emit(TDirectoryEvent::FolderUpdate, fPath);
 }
 
@@ -251,7 +252,7 @@ void TWatchedTree::ListAnew(TNode& pNode) {
 }
 
 void TWatchedTree::OnIdle() {
-  fWantsIdle = false;
+  fWantsIdle = fUpdated = false;
   fClock += TicksOfSilence;
   std::vector<std::uint64_t> ids;
   for (const auto& [id, node] : fById) ids.push_back(id);
@@ -371,6 +372,8 @@ TWatchedTree::TLetGo TWatchedTree::LetGo(std::uint64_t pFolder) {
     std::deque<std::uint64_t> waiting = std::exchange(fToScan, {});
     Scan(node, true);
     fToScan = std::move(waiting);
+    // What was told just now to be in it must be told to be gone before its handle is let go again.
+    node.silent = node.listed.empty();
     for (const auto& [name, folder] : node.folders) ScanAll(*folder, true);
     return TLetGo::Done;
   }
@@ -475,8 +478,9 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
   const std::wstring path = PathOf(pTo);
   const auto found = pFrom.folder->folders.find(pFrom.name);
-  if (found != pFrom.folder->folders.end() && !IsNodeAt(*found->second, path)) {
-    // What was told of the old name is of another folder.
+  if (found != pFrom.folder->folders.end() && (fUpdated || !IsNodeAt(*found->second, path))) {
+    // What was told of the old name is of another folder; or who was told an update has listed the folder behind this
+    // report, and knows the content by the new name alone.
     OnRemoved(pFrom);
     return OnAdded(pTo);
   }

@@ -181,6 +181,7 @@ private:
   int fAuditsLeft = MostAudits;     // without a report
   bool fIsOpen = false;
   bool fWantsIdle = false;
+  bool fUpdated = false;  // an update was told, and what is reported may be older than that
   int fListsLeft = 0;     // of everything, in idle times behind lost reports
   bool fReported = false; // since the last idle time
   bool fInDoubt = false;  // something was seen at a path that may have been another's

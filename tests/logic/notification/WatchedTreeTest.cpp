@@ -349,6 +349,36 @@ TEST(WatchedTree, TellsAllThatAListingNeeds) {
   }
 }
 
+// What is made while the folder is let go is told by the listing behind that; what is reported of it must be heard.
+TEST(WatchedTree, HearsOfAFolderBeforeItIsLetGoAgain) {
+  SimulatedFileSystem files;
+  files.AddDrive(L'C');
+  files.MakeFolder(Root);
+  files.MakeFolder(Root + L"\\sub");
+  const std::wstring file = Root + L"\\sub\\x";
+  int looks = 3;
+  TReportingFolders folders(files, [&] {
+    if (++looks == 3) files.MakeFile(file); // empty, the same, and now it is opened again
+  });
+  std::vector<TDirectoryNotice> told;
+  TWatchedTree tree(Root, {true, false}, folders, [&](TDirectoryNotice notice) { told.push_back(std::move(notice)); });
+  ASSERT_TRUE(tree.Open());
+  while (tree.ScanSome()) {
+  }
+  for (int i = 0; i < 10 && told.empty(); ++i) {
+    looks = 0;
+    tree.LetGoOfEmpty();
+  }
+  files.Delete(file);
+  folders.Report(TDirectoryAction::Removed, file);
+  tree.LetGoOfEmpty();
+  std::mt19937 random(1);
+  while (folders.Deliver(tree, random)) {
+  }
+  using enum TDirectoryEvent;
+  EXPECT_EQ(told, (std::vector<TDirectoryNotice>{{FileCreate, file, {}}, {FileDelete, file, {}}}));
+}
+
 TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   SimulatedFileSystem files;
   files.AddDrive(L'C');
