@@ -410,6 +410,16 @@ void TWatchedTree::LetGoOfEmpty() {
   }
 }
 
+// A folder that was never reported itself. While the tree is being read, that is only because its turn hasn't come;
+// otherwise nobody was told of it and its content.
+void TWatchedTree::Discover(TNode& pNode) {
+  if (!fToScan.empty()) return fToScan.push_back(pNode.id);
+  pNode.unlisted = true;
+  Emit(TDirectoryEvent::FolderCreate, PathOf(pNode));
+  Touch(pNode);
+  Doubt();
+}
+
 // The folder that a reported name lies in. Something below it is reported, so it is one.
 TWatchedTree::TPlace TWatchedTree::Resolve(TNode& pNode, std::wstring_view pName) {
   TNode* node = &pNode;
@@ -417,7 +427,12 @@ TWatchedTree::TPlace TWatchedTree::Resolve(TNode& pNode, std::wstring_view pName
   while (delimiter != std::wstring_view::npos) {
     const std::wstring part(pName.substr(0, delimiter));
     const auto found = node->folders.find(part);
-    node = found != node->folders.end() ? found->second.get() : &AddFolder(*node, part, TKind::Folder);
+    if (found != node->folders.end()) {
+      node = found->second.get();
+    } else {
+      node = &AddFolder(*node, part, TKind::Folder);
+      Discover(*node);
+    }
     pName.remove_prefix(delimiter + 1);
     delimiter = pName.find(L'\\');
   }
@@ -447,7 +462,10 @@ void TWatchedTree::OnAdded(TPlace pPlace) {
   const TKind kind = fFolders.KindOf(path);
   const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
   // What stood there before has gone unseen.
-  if (pPlace.folder->folders.contains(pPlace.name)) OnRemoved(pPlace);
+  const bool known = pPlace.folder->folders.contains(pPlace.name);
+  if (known) OnRemoved(pPlace);
+  // Who was told an update may have listed it behind this report, and before that of what it holds now.
+  if (is_folder && !known && fUpdated) Emit(TDirectoryEvent::FolderDelete, path);
   Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
   if (is_folder) return Enter(pPlace, kind);
   if (kind != TKind::None) return;

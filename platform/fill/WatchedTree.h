@@ -149,6 +149,7 @@ private:
   void AuditNode(TNode& pNode);
   void Retell(TNode& pNode);
   void TellNew(const TPlace& pPlace);
+  void Discover(TNode& pNode);
   TPlace Resolve(TNode& pNode, std::wstring_view pName);
   TNode& AddFolder(TNode& pParent, const std::wstring& pName, IWatchedFolders::TKind pKind);
   void Enter(const TPlace& pPlace, IWatchedFolders::TKind pKind);

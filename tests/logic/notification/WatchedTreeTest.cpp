@@ -379,6 +379,44 @@ TEST(WatchedTree, HearsOfAFolderBeforeItIsLetGoAgain) {
   EXPECT_EQ(told, (std::vector<TDirectoryNotice>{{FileCreate, file, {}}, {FileDelete, file, {}}}));
 }
 
+/// More folders in one than are opened one by one, and nothing in them.
+class TManyFolders final : public IWatchedFolders {
+public:
+  std::uint64_t Open(std::uint64_t, const std::wstring&, bool) override { return ++opened; }
+  void Close(std::uint64_t) noexcept override { --opened; }
+  std::uint64_t Reopen(std::uint64_t, const std::wstring&) override { return 0; }
+  std::uint64_t NumberOf(const std::wstring&) override { return 0; }
+  std::uint64_t List(const std::wstring& pPath, bool, std::vector<TEntry>& pEntries) override {
+    if (pPath != Root) return opened; // never the number that it was opened by
+    for (std::size_t i = 0; i < Count; ++i) pEntries.push_back({L"d" + std::to_wstring(i), TKind::Folder});
+    return 1;
+  }
+  TKind KindOf(const std::wstring&) override { return TKind::None; }
+  bool IsEmpty(const std::wstring&) override { return false; }
+
+  static constexpr std::size_t Count = TWatchedTree::MostFolders + 10;
+  std::uint64_t opened = 0;
+};
+
+TEST(WatchedTree, OpensALimitedNumberOfFolders) {
+  for (const bool subtree : {false, true}) {
+    TManyFolders folders;
+    std::vector<TDirectoryNotice> told;
+    const auto tell = [&](TDirectoryNotice notice) { told.push_back(std::move(notice)); };
+    TWatchedTree tree(Root, {true, subtree}, folders, tell);
+    ASSERT_TRUE(tree.Open());
+    while (tree.ScanSome()) {
+    }
+    EXPECT_EQ(folders.opened, subtree ? 1 : TWatchedTree::MostFolders);
+    // All are known to be folders.
+    const std::wstring last = L"d" + std::to_wstring(TManyFolders::Count - 1);
+    tree.OnRecords(TWatchedTree::RootFolder, {{TDirectoryAction::Removed, last}});
+    EXPECT_EQ(told, (std::vector<TDirectoryNotice>{{TDirectoryEvent::FolderDelete, Root + L"\\" + last, {}}}));
+    tree.Close();
+    EXPECT_EQ(folders.opened, 0U);
+  }
+}
+
 TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   SimulatedFileSystem files;
   files.AddDrive(L'C');
