@@ -1,5 +1,6 @@
 #include <platform/fill/NoticeQueue.h>
 
+#include <algorithm>
 #include <utility>
 
 namespace kiv {
@@ -17,10 +18,13 @@ void TNoticeQueue::End(std::uint32_t pWatch) {
   if (fWatches.erase(pWatch) != 0) std::erase_if(fEntries, [&](const TEntry& entry) { return entry.watch == pWatch; });
 }
 
+bool TNoticeQueue::IsWhole(const TWatch& pState, const TDirectoryNotice& pNotice) {
+  return pNotice.event == TDirectoryEvent::FolderUpdate && pNotice.path1 == pState.path;
+}
+
 // Whoever takes that one looks later than this.
 bool TNoticeQueue::IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const {
-  const bool whole = pNotice.event == TDirectoryEvent::FolderUpdate && pNotice.path1 == pState.path;
-  return (whole || pNotice.event == TDirectoryEvent::FileChange) && !fEntries.empty() &&
+  return (IsWhole(pState, pNotice) || pNotice.event == TDirectoryEvent::FileChange) && !fEntries.empty() &&
          fEntries.back().watch == pWatch && fEntries.back().notice == pNotice;
 }
 
@@ -78,9 +82,15 @@ bool TNoticeQueue::Pop(TEntry& pEntry) {
   pEntry = std::move(fEntries.front());
   fEntries.pop_front();
   const auto watch = fWatches.find(pEntry.watch);
-  const bool whole = pEntry.notice.event == TDirectoryEvent::FolderUpdate;
+  if (watch == fWatches.end() || !IsWhole(watch->second, pEntry.notice)) return true;
   // From now on the watch is told everything again: whoever takes this lists the folder later than that.
-  if (whole && watch != fWatches.end() && pEntry.notice.path1 == watch->second.path) watch->second.overflowed = false;
+  watch->second.overflowed = false;
+  // And later than a renaming that is told behind this: he knows what is in that folder by the new name alone, and
+  // mustn't lose it with what stood there before.
+  const bool renamed = std::any_of(fEntries.begin(), fEntries.end(), [&](const TEntry& entry) {
+    return entry.watch == pEntry.watch && entry.notice.event == TDirectoryEvent::FolderRename;
+  });
+  if (renamed && !IsTold(pEntry.watch, watch->second, pEntry.notice)) fEntries.push_back(pEntry);
   return true;
 }
 

@@ -20,7 +20,7 @@ namespace kiv {
 /// more than there is. A queue that the taker doesn't get to keeps a limited number: a watch that is told more loses
 /// the rest, and gets one FolderUpdate of its folder behind what it kept. A write to the file whose write is the newest
 /// notice is in that one, and so is a FolderUpdate of the watch's own folder; once that has been taken it is told anew.
-/// Any thread.
+/// A FolderUpdate that is taken while a renamed folder is told behind it comes once more behind that. Any thread.
 class KIV_EXPORT TNoticeQueue {
 public:
   static constexpr std::size_t DefaultCapacity = 100'000;
@@ -52,6 +52,7 @@ private:
     bool overflowed = false;
   };
 
+  static bool IsWhole(const TWatch& pState, const TDirectoryNotice& pNotice);
   bool IsTold(std::uint32_t pWatch, const TWatch& pState, const TDirectoryNotice& pNotice) const;
   void Keep(std::uint32_t pWatch, TWatch& pState, TDirectoryNotice pNotice);
   bool MarkAwake();

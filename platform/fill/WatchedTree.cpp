@@ -53,6 +53,7 @@ void TWatchedTree::Emit(TDirectoryEvent pEvent, std::wstring pPath1, std::wstrin
 }
 
 void TWatchedTree::TellUpdate() {
+  fUpdated = fWantsIdle = true;
   Emit(TDirectoryEvent::FolderUpdate, fPath);
 }
 
@@ -251,7 +252,7 @@ void TWatchedTree::ListAnew(TNode& pNode) {
 }
 
 void TWatchedTree::OnIdle() {
-  fWantsIdle = false;
+  fWantsIdle = fUpdated = false;
   fClock += TicksOfSilence;
   std::vector<std::uint64_t> ids;
   for (const auto& [id, node] : fById) ids.push_back(id);
@@ -371,6 +372,8 @@ TWatchedTree::TLetGo TWatchedTree::LetGo(std::uint64_t pFolder) {
     std::deque<std::uint64_t> waiting = std::exchange(fToScan, {});
     Scan(node, true);
     fToScan = std::move(waiting);
+    // What was told just now to be in it must be told to be gone before its handle is let go again.
+    node.silent = node.listed.empty();
     for (const auto& [name, folder] : node.folders) ScanAll(*folder, true);
     return TLetGo::Done;
   }
@@ -407,6 +410,16 @@ void TWatchedTree::LetGoOfEmpty() {
   }
 }
 
+// A folder that was never reported itself. While the tree is being read, that is only because its turn hasn't come;
+// otherwise nobody was told of it and its content.
+void TWatchedTree::Discover(TNode& pNode) {
+  if (!fToScan.empty()) return fToScan.push_back(pNode.id);
+  pNode.unlisted = true;
+  Emit(TDirectoryEvent::FolderCreate, PathOf(pNode));
+  Touch(pNode);
+  Doubt();
+}
+
 // The folder that a reported name lies in. Something below it is reported, so it is one.
 TWatchedTree::TPlace TWatchedTree::Resolve(TNode& pNode, std::wstring_view pName) {
   TNode* node = &pNode;
@@ -414,7 +427,12 @@ TWatchedTree::TPlace TWatchedTree::Resolve(TNode& pNode, std::wstring_view pName
   while (delimiter != std::wstring_view::npos) {
     const std::wstring part(pName.substr(0, delimiter));
     const auto found = node->folders.find(part);
-    node = found != node->folders.end() ? found->second.get() : &AddFolder(*node, part, TKind::Folder);
+    if (found != node->folders.end()) {
+      node = found->second.get();
+    } else {
+      node = &AddFolder(*node, part, TKind::Folder);
+      Discover(*node);
+    }
     pName.remove_prefix(delimiter + 1);
     delimiter = pName.find(L'\\');
   }
@@ -444,7 +462,10 @@ void TWatchedTree::OnAdded(TPlace pPlace) {
   const TKind kind = fFolders.KindOf(path);
   const bool is_folder = kind == TKind::Folder || kind == TKind::Link;
   // What stood there before has gone unseen.
-  if (pPlace.folder->folders.contains(pPlace.name)) OnRemoved(pPlace);
+  const bool known = pPlace.folder->folders.contains(pPlace.name);
+  if (known) OnRemoved(pPlace);
+  // Who was told an update may have listed it behind this report, and before that of what it holds now.
+  if (is_folder && !known && fUpdated) Emit(TDirectoryEvent::FolderDelete, path);
   Emit(is_folder ? TDirectoryEvent::FolderCreate : TDirectoryEvent::FileCreate, path);
   if (is_folder) return Enter(pPlace, kind);
   if (kind != TKind::None) return;
@@ -475,8 +496,9 @@ void TWatchedTree::OnRenamed(const TPlace& pFrom, const TPlace& pTo) {
   if (pTo.folder->listed.erase(pTo.name) != 0) return OnRemoved(pFrom);
   const std::wstring path = PathOf(pTo);
   const auto found = pFrom.folder->folders.find(pFrom.name);
-  if (found != pFrom.folder->folders.end() && !IsNodeAt(*found->second, path)) {
-    // What was told of the old name is of another folder.
+  if (found != pFrom.folder->folders.end() && (fUpdated || !IsNodeAt(*found->second, path))) {
+    // What was told of the old name is of another folder; or who was told an update has listed the folder behind this
+    // report, and knows the content by the new name alone.
     OnRemoved(pFrom);
     return OnAdded(pTo);
   }

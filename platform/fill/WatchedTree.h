@@ -149,6 +149,7 @@ private:
   void AuditNode(TNode& pNode);
   void Retell(TNode& pNode);
   void TellNew(const TPlace& pPlace);
+  void Discover(TNode& pNode);
   TPlace Resolve(TNode& pNode, std::wstring_view pName);
   TNode& AddFolder(TNode& pParent, const std::wstring& pName, IWatchedFolders::TKind pKind);
   void Enter(const TPlace& pPlace, IWatchedFolders::TKind pKind);
@@ -181,6 +182,7 @@ private:
   int fAuditsLeft = MostAudits;     // without a report
   bool fIsOpen = false;
   bool fWantsIdle = false;
+  bool fUpdated = false;  // an update was told, and what is reported may be older than that
   int fListsLeft = 0;     // of everything, in idle times behind lost reports
   bool fReported = false; // since the last idle time
   bool fInDoubt = false;  // something was seen at a path that may have been another's

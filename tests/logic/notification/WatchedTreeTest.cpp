@@ -349,6 +349,74 @@ TEST(WatchedTree, TellsAllThatAListingNeeds) {
   }
 }
 
+// What is made while the folder is let go is told by the listing behind that; what is reported of it must be heard.
+TEST(WatchedTree, HearsOfAFolderBeforeItIsLetGoAgain) {
+  SimulatedFileSystem files;
+  files.AddDrive(L'C');
+  files.MakeFolder(Root);
+  files.MakeFolder(Root + L"\\sub");
+  const std::wstring file = Root + L"\\sub\\x";
+  int looks = 3;
+  TReportingFolders folders(files, [&] {
+    if (++looks == 3) files.MakeFile(file); // empty, the same, and now it is opened again
+  });
+  std::vector<TDirectoryNotice> told;
+  TWatchedTree tree(Root, {true, false}, folders, [&](TDirectoryNotice notice) { told.push_back(std::move(notice)); });
+  ASSERT_TRUE(tree.Open());
+  while (tree.ScanSome()) {
+  }
+  for (int i = 0; i < 10 && told.empty(); ++i) {
+    looks = 0;
+    tree.LetGoOfEmpty();
+  }
+  files.Delete(file);
+  folders.Report(TDirectoryAction::Removed, file);
+  tree.LetGoOfEmpty();
+  std::mt19937 random(1);
+  while (folders.Deliver(tree, random)) {
+  }
+  using enum TDirectoryEvent;
+  EXPECT_EQ(told, (std::vector<TDirectoryNotice>{{FileCreate, file, {}}, {FileDelete, file, {}}}));
+}
+
+/// More folders in one than are opened one by one, and nothing in them.
+class TManyFolders final : public IWatchedFolders {
+public:
+  std::uint64_t Open(std::uint64_t, const std::wstring&, bool) override { return ++opened; }
+  void Close(std::uint64_t) noexcept override { --opened; }
+  std::uint64_t Reopen(std::uint64_t, const std::wstring&) override { return 0; }
+  std::uint64_t NumberOf(const std::wstring&) override { return 0; }
+  std::uint64_t List(const std::wstring& pPath, bool, std::vector<TEntry>& pEntries) override {
+    if (pPath != Root) return opened; // never the number that it was opened by
+    for (std::size_t i = 0; i < Count; ++i) pEntries.push_back({L"d" + std::to_wstring(i), TKind::Folder});
+    return 1;
+  }
+  TKind KindOf(const std::wstring&) override { return TKind::None; }
+  bool IsEmpty(const std::wstring&) override { return false; }
+
+  static constexpr std::size_t Count = TWatchedTree::MostFolders + 10;
+  std::uint64_t opened = 0;
+};
+
+TEST(WatchedTree, OpensALimitedNumberOfFolders) {
+  for (const bool subtree : {false, true}) {
+    TManyFolders folders;
+    std::vector<TDirectoryNotice> told;
+    const auto tell = [&](TDirectoryNotice notice) { told.push_back(std::move(notice)); };
+    TWatchedTree tree(Root, {true, subtree}, folders, tell);
+    ASSERT_TRUE(tree.Open());
+    while (tree.ScanSome()) {
+    }
+    EXPECT_EQ(folders.opened, subtree ? 1 : TWatchedTree::MostFolders);
+    // All are known to be folders.
+    const std::wstring last = L"d" + std::to_wstring(TManyFolders::Count - 1);
+    tree.OnRecords(TWatchedTree::RootFolder, {{TDirectoryAction::Removed, last}});
+    EXPECT_EQ(told, (std::vector<TDirectoryNotice>{{TDirectoryEvent::FolderDelete, Root + L"\\" + last, {}}}));
+    tree.Close();
+    EXPECT_EQ(folders.opened, 0U);
+  }
+}
+
 TEST(WatchedTree, MergesNothingButAdjacentWritesThatNobodyTook) {
   SimulatedFileSystem files;
   files.AddDrive(L'C');

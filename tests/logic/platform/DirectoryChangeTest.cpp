@@ -143,10 +143,12 @@ TEST(NoticeQueue, WakesOnceABurstAndLosesNothingUnsaid) {
   queue.Push(2, {below, below, update, update});
   queue.Push(2, {update});
   EXPECT_EQ(all(), L"2two\\sub! 2two\\sub! 2two! ");
+  queue.Push(2, {update, {TDirectoryEvent::FolderRename, L"r", L"s"}, {TDirectoryEvent::FileCreate, L"t", {}}});
+  EXPECT_EQ(all(), L"2two! 2r 2t 2two! ") << "a folder that was renamed before the update was taken";
   queue.Close();
   queue.Push(2, notice(L"i"));
   EXPECT_EQ(all(), L"");
-  EXPECT_EQ(woken, 5);
+  EXPECT_EQ(woken, 6);
 }
 
 TEST(UnreadReports, LoseAWatchsReportsTogetherAndSayItOnce) {
