@@ -53,6 +53,8 @@ public:
   /// Selects many, as AddPathToSelection does each, but looks only once at what they complete.
   virtual void AddPaths(std::vector<std::wstring> pPaths) = 0;
   virtual void RemovePathFromSelection(const std::wstring& sFQPath) = 0;
+  /// Unselects many, as RemovePathFromSelection does each, and takes neighbours out at once.
+  virtual void RemovePaths(std::vector<std::wstring> pPaths) = 0;
   virtual void Clear() = 0;
   /// Follows a rename or move on disk. An entry whose new place is selected anyway goes.
   virtual void PathWasRenamed(const std::wstring& pOldPath, const std::wstring& pNewPath) = 0;

@@ -40,6 +40,11 @@ std::wstring ParentOf(const std::wstring& folder) {
   return std::wstring(WithoutStarAndDelimiter(GetParentPathFromPath(folder)));
 }
 
+void SortPaths(std::vector<std::wstring>& paths) {
+  const auto precedes = [](const std::wstring& a, const std::wstring& b) { return CompareText(a, b) < 0; };
+  if (!std::is_sorted(paths.begin(), paths.end(), precedes)) std::sort(paths.begin(), paths.end(), precedes);
+}
+
 bool IsRoot(const std::wstring& folder) {
   return SameText(ExtractFileDrive(folder), folder);
 }
@@ -105,8 +110,7 @@ void TKivSelectionList::AddPathToSelection(const std::wstring& sFQPath) {
 // children.
 void TKivSelectionList::AddPaths(std::vector<std::wstring> pPaths) {
   Edit([&] {
-    const auto precedes = [](const std::wstring& a, const std::wstring& b) { return CompareText(a, b) < 0; };
-    if (!std::is_sorted(pPaths.begin(), pPaths.end(), precedes)) std::sort(pPaths.begin(), pPaths.end(), precedes);
+    SortPaths(pPaths);
     std::vector<std::wstring> added;
     for (std::wstring& path : pPaths) {
       std::wstring entry;
@@ -223,27 +227,46 @@ bool TKivSelectionList::CompleteChildPathSelected(const std::wstring& pPath) {
 }
 
 void TKivSelectionList::RemovePathFromSelection(const std::wstring& sFQPath) {
-  if (sFQPath.empty()) return;
+  RemovePaths({sFQPath});
+}
+
+// Entries that stand side by side leave together, so that each of the others moves up once and not for each of them.
+void TKivSelectionList::RemovePaths(std::vector<std::wstring> pPaths) {
   Edit([&] {
-    const bool linked = GetHandleShellLinks() && fStates->IsLinkedPath(sFQPath);
-    std::wstring path = linked ? fStates->LinkTargetOf(sFQPath) : sFQPath;
-    std::replace(path.begin(), path.end(), L'/', L'\\');
-    bool is_sub_item = false;
-    const TKivSelectionState state = PathSelected(path, is_sub_item);
-    if (state == ssGrayed) RemoveSubFolders(path);
-    if (state == ssChecked) {
-      const std::wstring bare(WithoutStarAndDelimiter(path));
-      const std::wstring parent = GetParentPathFromPath(bare);
-      if (is_sub_item) {
-        DissolveAncestor(bare, parent);
-      } else {
-        std::wstring entry = path;
-        std::size_t index = 0;
-        FormatSelectionPath(entry);
-        if (List().Find(entry, index)) DeleteEntry(static_cast<int>(index), true);
+    SortPaths(pPaths);
+    TSelectionEntries::TRange leaving{0, 0};
+    const auto let_go = [&] { EraseEntries(std::exchange(leaving, {}), true); };
+    bool any = false;
+    for (std::wstring& path : pPaths) {
+      if (path.empty()) continue;
+      if (GetHandleShellLinks() && fStates->IsLinkedPath(path)) path = fStates->LinkTargetOf(path);
+      std::replace(path.begin(), path.end(), L'/', L'\\');
+      bool is_sub_item = false;
+      TKivSelectionState state = PathSelected(path, is_sub_item);
+      any = any || state != ssUnChecked;
+      std::size_t index = 0;
+      if (state == ssChecked && !is_sub_item) {
+        FormatSelectionPath(path);
+        if (!List().Find(path, index) || (index >= leaving.first && index < leaving.second)) continue;
+        if (index != leaving.second) {
+          let_go();
+          List().Find(path, index);
+          leaving = {index, index};
+        }
+        ++leaving.second;
+        continue;
       }
+      if (leaving.first != leaving.second) {
+        let_go(); // which may have been what it was selected by
+        state = PathSelected(path, is_sub_item);
+      }
+      if (state == ssGrayed) RemoveSubFolders(path);
+      if (state != ssChecked) continue;
+      const std::wstring bare(WithoutStarAndDelimiter(path));
+      DissolveAncestor(bare, GetParentPathFromPath(bare));
     }
-    if (IsEmpty() && state != ssUnChecked) AbortSizeCalculation();
+    let_go();
+    if (IsEmpty() && any) AbortSizeCalculation();
   });
 }
 

@@ -40,6 +40,7 @@ public:
   void AddPathToSelection(const std::wstring& sFQPath) override;
   void AddPaths(std::vector<std::wstring> pPaths) override;
   void RemovePathFromSelection(const std::wstring& sFQPath) override;
+  void RemovePaths(std::vector<std::wstring> pPaths) override;
   /// Nothing for nil and for what has no path.
   void AddPIDLToSelection(IItemIdList* PIDL);
   void RemovePIDLFromSelection(IItemIdList* PIDL);

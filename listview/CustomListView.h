@@ -299,6 +299,9 @@ protected:
   void EndListView() noexcept;
   /// Runs by a message of its own, never from inside the platform's code. Dropped if the control goes before.
   void PostAction(std::function<void()> pAction);
+  /// Runs now what has been posted: for who lets all rows go, and must hear before that how an edit ended. The control
+  /// may be gone then.
+  void RunActions();
   bool IsInsideNative() const noexcept { return fNativeDepth > 0; }
 
 private:
@@ -348,7 +351,6 @@ private:
   void Settle(UINT pMessage);
   bool Reconcile();
   void ReadSelection();
-  void RunActions();
   void FetchDetails();
   void MakeWantedImages();
   void NoteTop() noexcept;

@@ -16,6 +16,7 @@ using kiv::sample::TFolderView;
 
 namespace {
 
+constexpr wchar_t BusyProperty[] = L"Kiv.Busy";
 constexpr int BarHeight = 38;
 constexpr int StatusHeight = 24;
 constexpr int Gap = 6;
@@ -50,11 +51,22 @@ TExplorer::TExplorer() {
     for (TExplorerForm* const window : windows) (window->*update)();
   };
   fLink.SetOnChange([all](TPersistent*, IItemIdList*) { all(&TExplorerForm::UpdateButtons); });
-  fLink.GetSelectionList()->SetOnChange([all](TPersistent*) { all(&TExplorerForm::UpdateSelection); });
-  fLink.GetSelectionList()->SetOnCompletedCalculateFiles([all](TPersistent*) { all(&TExplorerForm::UpdateSelection); });
+  // Thousands of paths may change at once.
+  const auto update = [this, all](TPersistent*) {
+    if (std::exchange(fIsUpdating, true)) return;
+    MainThread::Queue(
+        [this, all] {
+          fIsUpdating = false;
+          all(&TExplorerForm::UpdateSelection);
+        },
+        this);
+  };
+  fLink.GetSelectionList()->SetOnChange(update);
+  fLink.GetSelectionList()->SetOnCompletedCalculateFiles(update);
 }
 
 TExplorer::~TExplorer() {
+  MainThread::RemoveQueuedEvents(this);
   fOnLastWindowGone = nullptr;
   while (!fWindows.empty()) delete fWindows.back();
 }
@@ -124,6 +136,7 @@ TExplorerForm::~TExplorerForm() {
 void TExplorerForm::CreateWnd() {
   TForm::CreateWnd();
   ShowIcon();
+  if (fView) ShowBusy();
 }
 
 void TExplorerForm::ShowIcon() {
@@ -308,6 +321,7 @@ void TExplorerForm::UpdateButtons() {
   TKivShellLink& link = fExplorer.Link();
   Button(TGlyph::Back).SetEnabled(link.IsMovePossible(-1));
   Button(TGlyph::Forward).SetEnabled(link.IsMovePossible(1));
+  Button(TGlyph::NewFolder).SetEnabled(fView->CanMakeFolder());
 }
 
 void TExplorerForm::UpdateStatus() {
@@ -326,7 +340,18 @@ void TExplorerForm::UpdateStatus() {
     if (size > 0) text += L" (" + FormatByteSize(size, false) + L")";
   }
   if (fView->IsListing()) text += L", reading\u2026";
+  if (fView->IsFinding()) text += L", looking for the path\u2026";
   fStatus->SetText(text);
+  ShowBusy();
+}
+
+// For who waits from outside until all is there, as screenshots do.
+void TExplorerForm::ShowBusy() {
+  if (!HandleAllocated()) return;
+  if (fView->IsListing() || fView->IsFinding())
+    SetPropW(GetHandle(), BusyProperty, GetHandle());
+  else
+    RemovePropW(GetHandle(), BusyProperty);
 }
 
 void TExplorerForm::UpdateSelection() {

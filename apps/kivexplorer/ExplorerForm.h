@@ -36,6 +36,7 @@ private:
   kiv::sample::TFolderSizes fSizes;
   kiv::TKivShellLink fLink;
   std::vector<TExplorerForm*> fWindows;
+  bool fIsUpdating = false; // is on its way
   std::function<void()> fOnLastWindowGone;
 };
 
@@ -91,6 +92,7 @@ private:
   void ShowFolder();
   void ShowFailure(const std::wstring& pText);
   void ShowIcon();
+  void ShowBusy();
   void Move(int pSteps);
 
   TExplorer& fExplorer;

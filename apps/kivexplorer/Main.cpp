@@ -1,4 +1,6 @@
-// The browser: kivexplorer [--dark] [PATH]
+// The browser: kivexplorer [--dark] [--dpi N] [PATH]
+//
+// --dpi N shows it as on a monitor of N dots per inch.
 
 #include "ExplorerForm.h"
 
@@ -7,9 +9,11 @@
 #include <framework/Application.h>
 #include <graphics/StyleServices.h>
 #include <platform/Lifecycle.h>
+#include <platform/ShellApi.h>
 
 #include <ole2.h>
 
+#include <cwchar>
 #include <string>
 
 namespace {
@@ -17,6 +21,7 @@ namespace {
 struct TOptions {
   std::wstring path;
   kiv::TDarkMode dark = kiv::TDarkMode::dmSystem;
+  UINT dpi = 0;
 };
 
 TOptions ReadOptions() {
@@ -25,6 +30,8 @@ TOptions ReadOptions() {
     const std::wstring argument = __wargv[i];
     if (argument == L"--dark") {
       options.dark = kiv::TDarkMode::dmDark;
+    } else if (argument == L"--dpi" && i + 1 < __argc) {
+      options.dpi = static_cast<UINT>(std::wcstoul(__wargv[++i], nullptr, 10));
     } else {
       options.path = argument;
     }
@@ -32,7 +39,12 @@ TOptions ReadOptions() {
   return options;
 }
 
+UINT gDpi = 0;
+
 void Run(const TOptions& options) {
+  kiv::ScopedShellApi api;
+  gDpi = options.dpi;
+  if (gDpi > 0) api->GetDpiForWindow = [](HWND) { return gDpi; };
   kiv::Application();
   kiv::StyleServices().SetDarkMode(options.dark);
   kivexplorer::TExplorer explorer;

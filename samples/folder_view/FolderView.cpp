@@ -57,14 +57,24 @@ void TFolderView::ChangeScale(int pM, int pD, bool pKeepPlace) {
   if (HandleAllocated()) PutImageLists();
 }
 
+// The boxes have the theme's look on the list's colour.
+void TFolderView::CMThemeChanged(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  TCustomListView::CMThemeChanged(pMessage);
+  if (alive.IsAlive() && HandleAllocated()) PutBoxes();
+}
+
 void TFolderView::PutImageLists() {
   // The platform's own list where its size is right: it needs no scaling.
   const int width = ScaledPixels(16);
   const bool fits = TKivImageListSizeHelper::GetSize(TKivImageListSize::si_Small) == width;
   SetSmallImages(fits ? TKivSystemImageList::GetInstance(TKivImageListSize::si_Small)
                       : TKivSystemImageList::GetInstance(width));
-  if (fBoxes && fBoxes->GetWidth() == width) return;
-  auto boxes = MakeCheckImages(width, GetCurrentPPI());
+  if (!fBoxes || fBoxes->GetWidth() != width) PutBoxes();
+}
+
+void TFolderView::PutBoxes() {
+  auto boxes = MakeCheckImages(ScaledPixels(16), GetCurrentPPI());
   SetStateImages(boxes.get());
   fBoxes = std::move(boxes);
 }
@@ -225,7 +235,7 @@ void TFolderView::ToggleSelected() {
   if (add) {
     selection->AddPaths(std::move(paths)); // which asks once whether their folder is complete
   } else {
-    for (const std::wstring& path : paths) selection->RemovePathFromSelection(path);
+    selection->RemovePaths(std::move(paths));
   }
   selection->EndUpdate();
   if (alive.IsAlive() && fLink) fLink->Refresh(TRefreshLevel::rfCheckboxes);

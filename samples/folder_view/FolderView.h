@@ -56,7 +56,9 @@ public:
   /// one stays.
   void GoToText(const std::wstring& pText);
   /// What was typed and isn't found yet isn't wanted any more.
-  void WithdrawText() { fTyped.Reset(); }
+  void WithdrawText();
+  /// Whether a worker looks for what was typed.
+  bool IsFinding() const noexcept { return fFinding; }
   /// The list is known from the beginning, the rest when the folder has been opened.
   const TOpenedFolder& GetFolder() const noexcept { return fFolder; }
   /// What stands in the place of rows when there are none.
@@ -79,6 +81,8 @@ public:
   // --- what a user does ---
   void OpenFocused();
   void RenameFocused();
+  /// Whether one can be made in this folder, as far as is known.
+  bool CanMakeFolder() const noexcept { return fOpened && fFolder.takesFolders; }
   /// Makes one and lets the user name it.
   void MakeNewFolder();
   /// Asks first.
@@ -126,6 +130,7 @@ protected:
   void KeyUp(WORD& pKey, TShiftState pShift) override;
   void DblClick() override;
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
+  void CMThemeChanged(TMessage& pMessage) override;
 
 private:
   struct THints;
@@ -140,6 +145,7 @@ private:
   void AddColumn(const wchar_t* pCaption, int pWidth, TColumnAlignment pAlignment);
   void ShowSortMarks();
   void PutImageLists();
+  void PutBoxes();
 
   // the road of a navigation
   void Leave();
@@ -191,6 +197,7 @@ private:
   TOpenedFolder fFolder;
   CancellationToken fNavigation; // all that runs for the folder
   CancellationToken fTyped;      // the search for what was typed
+  bool fFinding = false;         // that search runs
   CancellationToken fActions;    // what the user wants done, for as long as the view lives
   TEntries fEntries;             // in order
   unsigned fVersion = 0;         // of fEntries

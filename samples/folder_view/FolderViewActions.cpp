@@ -114,7 +114,7 @@ void TFolderView::DoCancelEdit() {
 }
 
 void TFolderView::MakeNewFolder() {
-  if (!fOpened) return;
+  if (!CanMakeFolder()) return;
   const auto name = std::make_shared<std::wstring>();
   Act([name, folder = fFolder] { return MakeFolder(folder, *name); },
       [this, name](bool succeeded, bool is_here) {

@@ -38,16 +38,26 @@ void TFolderView::GoTo(const ComPtr<IItemIdList>& pFolder) {
 void TFolderView::GoToText(const std::wstring& pText) {
   fTyped.Reset();
   MakeRoom();
+  fFinding = true;
   const auto opened = std::make_shared<TOpenedFolder>();
   const auto done = [this, opened] {
+    fFinding = false;
     if (opened->failure) {
+      const TAliveWatch alive(GetAliveToken());
       Fail(opened->failure.Text());
+      if (alive.IsAlive()) StatusChanged();
     } else {
       GoTo(opened->list);
     }
   };
   Run(
       fTyped, [opened, pText] { *opened = OpenFolder(pText); }, done);
+  StatusChanged();
+}
+
+void TFolderView::WithdrawText() {
+  fTyped.Reset();
+  if (std::exchange(fFinding, false)) StatusChanged();
 }
 
 void TFolderView::Leave() {
@@ -67,7 +77,10 @@ void TFolderView::Leave() {
 
 void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
   const TAliveWatch alive(GetAliveToken());
+  if (!IsInsideNative()) RunActions(); // a name that was typed is no less wanted
+  if (!alive.IsAlive()) return;
   fTyped.Reset();
+  fFinding = false;
   Leave();
   GetItems().Clear();
   if (!alive.IsAlive()) return;
@@ -102,12 +115,12 @@ void TFolderView::Show(const ComPtr<IItemIdList>& pFolder) {
 void TFolderView::TakeOpened(const TOpenedFolder& pFolder, bool pIsBeingListed) {
   fFolder = pFolder;
   const ComPtr<IItemIdList> list = fFolder.list;
+  fOpened = !fFolder.failure;
   if (!FireEvent(GetAliveToken(), fOnFolder, this) || fFolder.list != list) return;
   if (fFolder.failure) {
     EndListing(fFolder.failure);
     return;
   }
-  fOpened = true;
   if (pIsBeingListed) return;
   Watch();
   StartListing(false);

@@ -69,6 +69,9 @@ TOpenedFolder OpenFolder(const ComPtr<IItemIdList>& pFolder) {
     if (!opened.diskPath.empty()) {
       opened.names = pFolder->IsSpecialFolder(SF_DESKTOP) ? TNameUse::Merged : TNameUse::Unique;
     }
+    // Not every shell tells it of the disk's.
+    opened.takesFolders =
+        pFolder->HasAttributes(SFGAO_STORAGE) || (!opened.diskPath.empty() && !pFolder->HasAttributes(SFGAO_STREAM));
     opened.title = pFolder->DisplayName(dnfNormal);
     // A notifier asks on the main thread where the folder leads, and then that is known.
     static_cast<void>(pFolder->LinkTarget());

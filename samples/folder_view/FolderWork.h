@@ -29,6 +29,7 @@ struct TOpenedFolder {
   std::wstring path;     ///< to be shown, and understood when it is typed
   std::wstring diskPath; ///< empty for a folder that isn't on a disk
   TNameUse names = TNameUse::Shown;
+  bool takesFolders = false; ///< new ones can be made in it
   TFailure failure;
 };
 /// By its list.

@@ -25,6 +25,11 @@ BOOL CALLBACK Join(HWND window, LPARAM all) {
   return TRUE;
 }
 
+// A window may say that it isn't ready yet.
+BOOL CALLBACK IsReady(HWND window, LPARAM) {
+  return GetPropW(window, L"Kiv.Busy") == nullptr;
+}
+
 // Around all windows that can be seen; empty if there are none.
 RECT AreaOfWindows() {
   RECT area{};
@@ -49,7 +54,7 @@ int Run(const std::wstring& path, int seconds) {
   for (int left = seconds * 2; left > 0; --left) {
     Sleep(500);
     const RECT area = AreaOfWindows();
-    if (IsRectEmpty(&area)) continue;
+    if (IsRectEmpty(&area) || !EnumWindows(&IsReady, 0)) continue;
     TBitmap now = Capture(area);
     const auto pixels = now.Pixels();
     if (last && std::equal(pixels.begin(), pixels.end(), last->Pixels().begin(), last->Pixels().end())) {

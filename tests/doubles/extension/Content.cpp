@@ -76,7 +76,8 @@ std::wstring ShownName(const TFakeItem& pItem) {
 SFGAOF AttributesOf(const TFakeItem& pItem) {
   if (!IsFolder(pItem)) return SFGAO_CANCOPY | SFGAO_CANRENAME;
   const TScript script = TScript::FromName(pItem.name).value_or(TScript{});
-  return SFGAO_FOLDER | SFGAO_BROWSABLE | (script.levels > 1 ? SFGAO_HASSUBFOLDER : 0);
+  return SFGAO_FOLDER | SFGAO_BROWSABLE | (script.levels > 1 ? SFGAO_HASSUBFOLDER : 0) |
+         (script.DeedOf(TMethod::Storage) ? SFGAO_STORAGE : 0);
 }
 
 } // namespace kiv::test

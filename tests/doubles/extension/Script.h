@@ -38,7 +38,8 @@ struct TAct {
 /// - `fail enum`, `crash parse`, `crash names`: whenever the method is called, for what lies in the folder
 /// - `fail bind`: whenever the folder itself is bound
 /// - `wait attributes`: whenever those of the folder or of something in it are asked for
-/// - `wait compare`, `wait storage`: whenever the folder itself is compared with another, or its storage is bound
+/// - `wait compare`, `wait storage`: whenever the folder itself is compared with another, or its storage is bound (and
+///   it says that it has one)
 /// - `wait details`, `wait ui` (icons and menus, IShellFolder::GetUIObjectOf): for what lies in the folder
 /// - `no folder2`: it is an IShellFolder and nothing more
 struct TScript {

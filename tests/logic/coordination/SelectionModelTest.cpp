@@ -26,7 +26,7 @@ struct TNode {
 };
 
 struct TStep {
-  enum TKind { Add, Remove, Rename, Clear, SaveAndLoad } kind;
+  enum TKind { Add, Remove, RemoveMany, Rename, Clear, SaveAndLoad } kind;
   std::size_t node;
   int form; // how the path is written
   std::wstring name;
@@ -74,6 +74,15 @@ public:
       fList->RemovePathFromSelection(path);
       Select(pStep.node, false);
       break;
+    case TStep::RemoveMany: { // it, and those that come behind it
+      std::vector<std::wstring> paths;
+      for (std::size_t i = pStep.node; i < std::min(pStep.node + 4, fNodes.size()); ++i) {
+        paths.push_back(Written(i, pStep.form));
+        Select(i, false);
+      }
+      fList->RemovePaths(std::move(paths));
+      break;
+    }
     case TStep::Rename: {
       TNode& node = fNodes[pStep.node];
       if (node.parent == pStep.node || HasChild(node.parent, pStep.name)) break;
@@ -125,7 +134,8 @@ public:
   }
 
   std::wstring Describe(const TStep& pStep) const {
-    static constexpr const wchar_t* kinds[] = {L"add", L"remove", L"rename", L"clear", L"save and load"};
+    static constexpr const wchar_t* kinds[] = {L"add",    L"remove", L"remove from",
+                                               L"rename", L"clear",  L"save and load"};
     return std::wstring(kinds[pStep.kind]) + L" " + Written(pStep.node, pStep.form) + L" " + pStep.name + L"\n";
   }
   std::wstring DescribeTree() const {
@@ -186,8 +196,8 @@ std::vector<TStep> StepsOf(unsigned pSeed) {
   const std::size_t nodes = TTrial::CountOf(pSeed);
   std::vector<TStep> steps(pSeed % 2 == 0 ? 4 + random() % 6 : 2 + random() % 5);
   for (TStep& step : steps) {
-    static constexpr TStep::TKind kinds[] = {TStep::Add,    TStep::Add,        TStep::Add,    TStep::Add,
-                                             TStep::Remove, TStep::Remove,     TStep::Remove, TStep::Rename,
+    static constexpr TStep::TKind kinds[] = {TStep::Add,    TStep::Add,        TStep::Add,        TStep::Add,
+                                             TStep::Remove, TStep::Remove,     TStep::RemoveMany, TStep::Rename,
                                              TStep::Clear,  TStep::SaveAndLoad};
     step = {kinds[random() % std::size(kinds)], random() % nodes, static_cast<int>(random() % 6), {}};
     if (step.kind == TStep::Clear && random() % 3 != 0) step.kind = TStep::Add;

@@ -66,6 +66,7 @@ TEST_F(BrowserExtension, ShowsWhatItCanOfBrokenFolders) {
     EnterExtension(one.name);
     ASSERT_TRUE(PumpUntil([&] { return View().GetFolder().path.find(one.name) != std::wstring::npos; })) << one.name;
     EXPECT_TRUE(HasObjects(one.objects)) << one.name << ' ' << View().GetItems().GetCount();
+    EXPECT_FALSE(fWindow->Button(TGlyph::NewFolder).IsEnabled()) << "nothing can be made there";
     EXPECT_EQ(View().GetMessageText().find(L"can't be shown") != std::wstring::npos, one.tells) << one.name;
     EXPECT_TRUE(View().IsConsistent());
   }
@@ -151,6 +152,7 @@ TEST_F(BrowserExtension, ActionsThatNeverEndHoldNobodyUp) {
   const ScopedExtensionWait wait;
   EnterExtension(L"5 objects, wait ui, wait storage");
   ASSERT_TRUE(HasObjects(5));
+  EXPECT_TRUE(fWindow->Button(TGlyph::NewFolder).IsEnabled());
   fExtension.WatchAsks();
   for (const auto& act : {&TFolderView::OpenFocused, &TFolderView::MakeNewFolder}) {
     (View().*act)();

@@ -213,6 +213,24 @@ TEST_F(BrowserUse, ChecksByMouseAndKeyForAllWindows) {
   EXPECT_TRUE(PumpUntil([&] { return fExplorer->Windows().size() == 1; }));
 }
 
+TEST_F(BrowserUse, ChecksManyAtOnce) {
+  constexpr int many = 500;
+  for (int i = 0; i < many; ++i) fTemp.MakeFile(L"sub\\many " + std::to_wstring(i), 1);
+  GoTo(fTemp.PathOf(L"sub"));
+  PressKey(L'A', {ssCtrl});
+  PressKey(VK_SPACE);
+  EXPECT_TRUE(PumpUntil([&] { return fWindow->SelectionText().starts_with(L"Checked: 501 files, 1 folder"); }));
+  EXPECT_EQ(Selection().GetCount(), 1) << "the folder";
+  Row(L"inner.txt")->SetSelected(false);
+  View().SetItemFocused(Row(L"many 0"));
+  PressKey(VK_SPACE);
+  EXPECT_EQ(Selection().GetCount(), 1);
+  EXPECT_EQ(Selection().GetPaths().Get(0), fTemp.PathOf(L"sub\\inner.txt"));
+  PostMessageW(fWindow->GetHandle(), WM_THEMECHANGED, 0, 0);
+  const TCustomImageList* const boxes = View().GetStateImages();
+  EXPECT_TRUE(PumpUntil([&] { return View().GetStateImages() != boxes; })) << "they have the theme's look";
+}
+
 TEST_F(BrowserUse, SortsAndFilters) {
   RECT header{};
   GetWindowRect(View().GetHeaderHandle(), &header);
