@@ -51,6 +51,7 @@ public:
   ComPtr<IItemIdList> MakeList(std::wstring_view pPath) override { return TKivItemIdList::Create(pPath); }
   ComPtr<IItemIdList> DefaultList() override { return nullptr; }
   bool Reload(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return true; }
+  void ReloadOnWorker(IItemIdList*) override {}
   TLook Look(IItemIdList*, std::uint64_t, ComPtr<ICancellationIndicator>) override { return {}; }
   bool IsFolder(IItemIdList*) override { return false; }
   std::shared_ptr<IChangeSource> OpenSource(IChangeSink& pSink) override {
