@@ -28,6 +28,12 @@ constexpr std::size_t MostWaiting = 10'000; // events for workers
 
 /// Who is inside a notifier on other threads than the main thread, and whether it lives.
 struct TKivShellChangeNotifier::TLife {
+  /// Leaves behind an Enter.
+  struct TVisit {
+    TLife& life;
+    ~TVisit() { life.Leave(); }
+  };
+
   bool Enter() {
     const std::lock_guard guard(lock);
     if (closed) return false;
@@ -131,8 +137,8 @@ void TKivShellChangeNotifier::ProcessOnWorker(TNotificationEvent pEvent, const T
   TAsyncProcedure::CreateAndQueue(
       [this, pEvent, lists = pItemIdLists, indicator, life = fLife] {
         if (life->Start() && life->Enter()) {
+          const TLife::TVisit visit{*life};
           TellUpdates();
-          life->Leave();
         }
         VisitOnWorker(life, indicator, pEvent, lists);
       },
@@ -155,10 +161,7 @@ void TKivShellChangeNotifier::VisitOnWorker(const std::shared_ptr<TLife>& pLife,
   if (pItemIdLists.first && pItemIdLists.first->IsResolved()) pItemIdLists.first->Reload();
   if (pItemIdLists.second && pItemIdLists.second->IsResolved()) pItemIdLists.second->Reload();
   if (pIndicator->IsCancellationRequested() || !pLife->Enter()) return;
-  struct TVisit {
-    TLife& life;
-    ~TVisit() { life.Leave(); }
-  } const visit{*pLife};
+  const TLife::TVisit visit{*pLife};
   ProcessChangeEvent(pEvent, pItemIdLists);
 }
 
