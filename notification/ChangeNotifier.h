@@ -142,7 +142,6 @@ protected:
 private:
   friend class TKivShellChangeNotifierList;
   struct TLife;
-  struct TVisit;
   struct TUnanswered {
     ComPtr<IItemIdList> list;
     TNotificationDetails details;

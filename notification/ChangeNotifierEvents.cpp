@@ -29,6 +29,12 @@ constexpr std::size_t MostWaiting = 10'000; // events for workers
 
 /// Who is inside a notifier on other threads than the main thread, and whether it lives.
 struct TKivShellChangeNotifier::TLife {
+  /// Leaves behind an Enter.
+  struct TVisit {
+    TLife& life;
+    ~TVisit() { life.Leave(); }
+  };
+
   bool Enter() {
     const std::lock_guard guard(lock);
     if (closed) return false;
@@ -86,12 +92,6 @@ struct TKivShellChangeNotifier::TLife {
   bool overflowed = false;
 };
 
-// What has entered leaves at the scope's end.
-struct TKivShellChangeNotifier::TVisit {
-  TLife& life;
-  ~TVisit() { life.Leave(); }
-};
-
 TKivShellChangeNotifier::TKivShellChangeNotifier(TComponent* pOwner, bool pCheckForDuplicates)
     : TKivBaseComponent(pOwner), fCheckForDuplicates(pCheckForDuplicates), fLife(std::make_shared<TLife>()) {}
 
@@ -146,7 +146,7 @@ void TKivShellChangeNotifier::ProcessOnWorker(TNotificationEvent pEvent, const T
   TAsyncProcedure::CreateAndQueue(
       [this, pEvent, lists = pItemIdLists, indicator, life = fLife] {
         if (life->Start() && life->Enter()) {
-          const TVisit visit{*life};
+          const TLife::TVisit visit{*life};
           TellUpdates();
         }
         VisitOnWorker(life, indicator, pEvent, lists);
@@ -171,7 +171,7 @@ void TKivShellChangeNotifier::VisitOnWorker(const std::shared_ptr<TLife>& pLife,
   if (pItemIdLists.first) platform.ReloadOnWorker(pItemIdLists.first.Get());
   if (pItemIdLists.second && pItemIdLists.second->IsResolved()) platform.ReloadOnWorker(pItemIdLists.second.Get());
   if (pIndicator->IsCancellationRequested() || !pLife->Enter()) return;
-  const TVisit visit{*pLife};
+  const TLife::TVisit visit{*pLife};
   ProcessChangeEvent(pEvent, pItemIdLists);
 }
 

@@ -211,10 +211,9 @@ TDirectoryPort::TEvent TDirectoryPort::Await(DWORD pLimit, TDirectoryReport& pRe
     pReport.kind = TDirectoryReport::TKind::Failed;
     return TEvent::Report;
   }
-  const auto filled = std::as_bytes(std::span(handle->buffer.get(), handle->size / sizeof(DWORD)));
-  const auto parse = [&] {
-    return ParseDirectoryRecords(filled.first(std::min(bytes, handle->size)), pReport.records);
-  };
+  const auto buffer = std::as_bytes(std::span(handle->buffer.get(), handle->size / sizeof(DWORD)));
+  const auto filled = buffer.first(std::min(bytes, handle->size));
+  const auto parse = [&] { return ParseDirectoryRecords(filled, pReport.records); };
   if (error == ERROR_SUCCESS && bytes != 0 && HasRoom(parse)) return TEvent::Report;
   pReport.records.clear();
   pReport.kind = TDirectoryReport::TKind::Overflow;

@@ -41,9 +41,10 @@ constexpr std::uint64_t LookAfter = 2000;     // ms between looks at the watched
 constexpr std::size_t LooksAtOnce = 256;      // folders
 constexpr std::uint64_t ReleasedFor = 10'000; // ms that a drive's folders stay closed for an eject
 constexpr std::size_t RecordsAtOnce = 64;
-constexpr std::uint64_t StreamGap = 20; // ms; what comes sooner behind something else is part of a stream
-constexpr std::size_t FewRecords = 16;  // of a stream in one turn
-constexpr DWORD GatherFor = 1;          // ms
+constexpr std::size_t ToldAtOnce = 1024; // notices; the queue limits their number
+constexpr std::uint64_t StreamGap = 20;  // ms; what comes sooner behind something else is part of a stream
+constexpr std::size_t FewRecords = 16;   // of a stream in one turn
+constexpr DWORD GatherFor = 1;           // ms
 constexpr auto LongestRelease = 1000ms;
 
 /// What a caller waits for, a limited time: either it hears the answer, or the thread hears that it has gone on.
@@ -74,7 +75,10 @@ struct TWatch final : IWatchedFolders {
   TWatch(std::uint32_t pNumber, TDirectoryPort& pPort, TUnreadReports& pReports, const std::wstring& pPath,
          TWatchedTree::TOptions pOptions, std::shared_ptr<TNoticeQueue> pQueue, HWND pDeviceWindow)
       : number(pNumber), port(pPort), reports(pReports), queue(std::move(pQueue)), deviceWindow(pDeviceWindow),
-        tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) { told.push_back(std::move(notice)); }) {}
+        tree(pPath, pOptions, *this, [this](TDirectoryNotice notice) {
+          told.push_back(std::move(notice));
+          if (told.size() >= ToldAtOnce) Tell();
+        }) {}
 
   // All at once: the taker is woken once, and there is one lock for them.
   void Tell() {
