@@ -181,6 +181,9 @@ private:
   void TakeReread(const std::vector<TReread>& pObjects);
   void SetAwaited(const std::wstring& pName, bool pEdit);
   void RunWhatWasHeldUp();
+  /// A row has a name that isn't the disk's, or the disk's isn't its own yet: what was read can't be put together with
+  /// the rows.
+  bool IsNameOpen() const { return IsEditing() || fRenaming > 0; }
   void ListBehindTheEdit();
 
   // what the user does
@@ -208,6 +211,7 @@ private:
   bool fUnfinished = false;   // the next turns make and delete the rest of the rows
   bool fSorting = false;      // a worker does
   bool fReading = false;      // a worker reads names again
+  int fRenaming = 0;          // names that were typed for objects of this folder, on their way to the disk
   std::wstring fMessage;      // in the place of rows
   TFolderOrder fOrder;
   std::wstring fFilterText;

@@ -97,8 +97,13 @@ void TFolderView::Edit(TListItem* pItem, const std::wstring& pText) {
   if (pText.empty() || pText == name) return;
   const auto rename = [folder = fFolder, name, pText] { return RenameObject(folder, name, pText); };
   const std::wstring path = PathOf(*row.Entry());
+  ++fRenaming;
   Act(rename, [this, name, pText, path, new_path = PathIn(ExtractFileDir(path), pText)](bool succeeded, bool is_here) {
-    if (!succeeded) return;
+    if (is_here) --fRenaming;
+    if (!succeeded) {
+      if (is_here) RunWhatWasHeldUp();
+      return;
+    }
     const TAliveWatch alive(GetAliveToken());
     if (Selection()) Selection()->PathWasRenamed(path, new_path);
     if (!alive.IsAlive() || !is_here) return;

@@ -96,7 +96,7 @@ void TFolderView::RunChanges() {
     Watch();
     LookForMissedChanges();
   }
-  if (IsEditing() || fListing || fReading || fSorting) return; // their end looks again
+  if (IsNameOpen() || fListing || fReading || fSorting) return; // their end looks again
   const bool is_plain = fFolder.names == TNameUse::Unique || fNames.empty();
   if (fRelist || fNames.size() > MostNames || !is_plain) {
     StartListing(true);
@@ -114,7 +114,7 @@ void TFolderView::RunChanges() {
       [answers, names, folder = fFolder, indicator] { *answers = ReadObjects(folder, names, *indicator.Get()); },
       [this, answers] {
         fReading = false;
-        if (*answers && !IsEditing())
+        if (*answers && !IsNameOpen())
           TakeReread(**answers);
         else
           ListBehindTheEdit();
@@ -132,7 +132,7 @@ void TFolderView::ListBehindTheEdit() {
     const auto further = fRenamed.extract(to);
     fRenamed.emplace(from, further ? further.mapped() : to);
   }
-  if (!IsEditing()) RunWhatWasHeldUp(); // else the edit's end does
+  if (!IsNameOpen()) RunWhatWasHeldUp(); // else the end of that does
 }
 
 void TFolderView::TakeReread(const std::vector<TReread>& pObjects) {

@@ -69,6 +69,7 @@ void TFolderView::Leave() {
   fRenamed.clear();
   fMoved.clear();
   fRelist = fReading = fSorting = fListing = false;
+  fRenaming = 0;
   EndAwaiting();
   fUnfinished = false;
   fOpened = false;
@@ -167,7 +168,7 @@ void TFolderView::TakeListed(const TListAnswer& pAnswer) {
 }
 
 void TFolderView::TakeEntries(TMerged pMerged, const TFolderOrder& pOrder) {
-  if (fAgain && IsEditing()) {
+  if (fAgain && IsNameOpen()) {
     ListBehindTheEdit();
     return;
   }

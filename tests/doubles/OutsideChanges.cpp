@@ -19,8 +19,11 @@ constexpr wchar_t Script[] =
     LR"(my $since=time;sub pace{my $late=time-$since-$_[0]/$rate;if($late>.01){$since+=$late-.01}elsif($late<0){sleep .001}})"
     LR"(sub name{chr(97+int rand 12)}sub path{my $p='';$p.=name().'/' for 1..$_[0];$p.name()})"
     LR"(sub make{open(my $f,$_[0],$_[1]) or return 0;print $f 'x';1})"
-    LR"(for(my $n=0;$n<$count;){my $d=int rand 3;my $p=path($d);my $k=int rand 7;)"
+    LR"(sub num{int(rand 2*$count).'.txt'}my @num=(sub{!-e $_[0]&&make('>',$_[0])},sub{!-e $_[1]&&rename $_[0],$_[1]},)"
+    LR"(sub{-e $_[0]&&make('>>',$_[0])},sub{unlink $_[0]});)"
+    LR"(for(my $n=0;$n<$count;){if($kind==2){$n++ if $num[int rand 4]->(num(),num());next})"
     LR"(if($kind){pace($n) if $rate;open(my $f,'>','f') or die;$n+=1+unlink 'f';next})"
+    LR"(my $d=int rand 3;my $p=path($d);my $k=int rand 7;)"
     LR"(if($k<2){$n++ if !-d $p&&make('>',$p)}elsif($k==2){$n++ if mkdir $p}elsif($k==3){$n++ if rename $p,path(-d $p?$d:int rand 3)})"
     LR"(elsif($k==4){$n+=unlink $p}elsif($k==5){$n++ if -f $p&&make('>>',$p)}else{$n++ if rmdir $p}})"
     LR"(open(my $f,'>',$last))";
@@ -102,6 +105,21 @@ void ComeAndGo(const std::wstring& root, int count, int per_second) {
   }
 }
 
+void ChangeNumbered(const std::wstring& root, unsigned seed, int count) {
+  std::mt19937 random(seed);
+  const auto path = [&] {
+    return root + L"\\" + std::to_wstring(random() % (2 * static_cast<unsigned>(count))) + L".txt";
+  };
+  for (int done = 0; done < count;) {
+    const std::wstring p = path();
+    const auto kind = random() % 3;
+    const bool changed = kind == 0   ? !IsFile(p) && CreateEmptyFile(p)
+                         : kind == 1 ? MoveFileW(p.c_str(), path().c_str()) != FALSE
+                                     : DeleteFileW(p.c_str()) != FALSE;
+    done += changed ? 1 : 0;
+  }
+}
+
 } // namespace
 
 void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsigned pSeed, int pCount,
@@ -110,6 +128,8 @@ void ChangeFromOutside(const std::wstring& pFolder, TOutsideChanges pKind, unsig
   std::thread([=] {
     if (pKind == TOutsideChanges::ComeAndGo) {
       ComeAndGo(pFolder, pCount, pPerSecond);
+    } else if (pKind == TOutsideChanges::Numbered) {
+      ChangeNumbered(pFolder, pSeed, pCount);
     } else {
       ChangeAtRandom(pFolder, pSeed, pCount);
     }

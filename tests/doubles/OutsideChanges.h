@@ -5,8 +5,9 @@
 namespace kiv::test {
 
 enum class TOutsideChanges {
-  AtRandom, ///< makes, renames, moves, rewrites and deletes in three levels of folders with twelve names each
-  ComeAndGo ///< makes one empty file and deletes it, over and over
+  AtRandom,  ///< makes, renames, moves, rewrites and deletes in three levels of folders with twelve names each
+  ComeAndGo, ///< makes one empty file and deletes it, over and over
+  Numbered   ///< makes, renames, rewrites and deletes files in the folder itself: "0.txt" to twice as many as changes
 };
 
 /// Changes what is in a folder, and makes the empty file `pLast` at the end: as fast as it can and without a pause, or,

@@ -6,7 +6,11 @@
 #include <core/ItemIdList.h>
 #include <platform/ErrorText.h>
 #include <platform/MainThread.h>
+#include <platform/ShellApi.h>
 
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
 #include <utility>
 
 namespace kiv::test {
@@ -258,6 +262,55 @@ TEST_F(BrowserUse, SortsAndFilters) {
   fWindow->FilterLine().SetFocus();
   PressKey(VK_ESCAPE);
   EXPECT_TRUE(Shows({L"sub", L"other.txt", L"late.doc", L"large.txt", L"file 10.txt", L"file 2.txt", L"b.doc"}));
+}
+
+TEST_F(BrowserUse, AWorkerThatRaisesEndsNothingElse) {
+  std::atomic<bool> told{false}; // by whatever thread
+  Application().SetOnException([&](const std::exception_ptr&) { told = true; });
+  {
+    ScopedShellApi api;
+    api->ShellExecuteExW = [](SHELLEXECUTEINFOW*) -> BOOL { throw std::runtime_error("raised on a worker"); };
+    FocusOn(L"b.doc");
+    PressKey(VK_RETURN);
+    EXPECT_TRUE(PumpUntil([&] { return !fWindow->Failure().empty() && told; }));
+  }
+  Application().SetOnException({});
+  EXPECT_EQ(fWindow->Failure().find(L"That can't be done."), 0U);
+  GoTo(fTemp.PathOf(L"sub"));
+  EXPECT_TRUE(Shows({L"inner.txt"}));
+}
+
+// The view goes inside each of its events; what was under way for it ends without it.
+TEST_F(BrowserUse, HandlersMayLetTheViewGo) {
+  const THostWindow host;
+  const ComPtr<IItemIdList> folder = TKivItemIdList::Create(fTemp.Path());
+  for (const wchar_t* const event : {L"folder", L"opened", L"status", L"listed", L"failure"}) {
+    const std::wstring name = event;
+    auto view = std::make_unique<TFolderView>();
+    view->SetParentWindow(host.Get());
+    bool gone = false;
+    const auto let_go = [&] {
+      gone = true;
+      view.reset();
+    };
+    const auto on_folder = [&](TPersistent*) {
+      if (name == L"folder" || (name == L"opened" && !view->GetFolder().title.empty())) let_go();
+    };
+    const auto on_status = [&](TPersistent*) {
+      if (name == L"status" || (name == L"listed" && !view->IsListing())) let_go();
+    };
+    view->SetOnFolder(on_folder);
+    view->SetOnStatus(on_status);
+    view->SetOnFailure([&](TPersistent*, const std::wstring& text) {
+      if (name == L"failure" && !text.empty()) let_go();
+    });
+    if (name == L"failure")
+      view->GoToText(L"C:\\nowhere at all");
+    else
+      view->GoTo(folder);
+    EXPECT_TRUE(PumpUntil([&] { return gone; })) << std::string(name.begin(), name.end());
+  }
+  GoTo(fTemp.PathOf(L"sub")); // the workers serve others
 }
 
 TEST_F(BrowserUse, TabReachesEverything) {
