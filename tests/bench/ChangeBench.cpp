@@ -106,9 +106,9 @@ double ParseLists() {
          1e6 / count;
 }
 
-// Changes, and how many a second.
+// Changes, and how many a second: a tenth more than the figure's floor asks for.
 constexpr int PacedCount = 10'000;
-constexpr int Pace = 20'000;
+constexpr int Pace = 22'000;
 
 // These take long: one run does.
 double ThreadsOnce() {
@@ -136,7 +136,7 @@ std::vector<TFigure> ChangeFigures() {
       // Where the floor is a round number it is a limit that was set.
       {"changes", "latency", "ms", &Latency, [] { return 30.0; }, 1.0},
       {"changes", "to_queue", "us/event", [] { return ChangesToQueue(PacedCount, Pace).each; }, [] { return 50.0; },
-       1.1},
+       1.0},
       {"changes", "lost_to_queue", "events", &LostOnce, [] { return 1.0; }, 0.5},
       {"changes", "to_paths", "us/event", [] { return ChangesToPaths(3000); }, [] { return 333.0; }, 1.0},
       {"changes", "to_lists", "us/event", &ToLists, &ParseLists, 1.3},
