@@ -19,6 +19,16 @@ ComPtr<IItemIdList> At(const wchar_t* path, int variant = 0) {
   return Make<PlainItemIdList>(path, variant);
 }
 
+// Lists that answer at once, on this thread.
+class TAnswersAtOnce final : public IShellQuestions {
+public:
+  bool IsPlainlySame(IItemIdList& first, IItemIdList& second) override { return &first == &second; }
+  bool Ask(std::function<void()> question, std::function<void()>) override {
+    question();
+    return true;
+  }
+};
+
 class ShellLink : public testing::Test {
 protected:
   ShellLink() {
@@ -42,6 +52,8 @@ protected:
     return text;
   }
 
+  TAnswersAtOnce fAnswers;
+  const ScopedShellQuestions fScope{fAnswers};
   std::wstring fNotes;
   std::unique_ptr<TKivShellLink> fLink = std::make_unique<TKivShellLink>();
   TLinkedControl fOne{fLink.get(), L"1", &fNotes};

@@ -104,7 +104,7 @@ TEST_F(BrowserEnds, NothingIsTouchedOrKept) {
   EXPECT_LT(after.memory, before.memory + 40'000'000U);
   EXPECT_LT(after.handles, before.handles + 30U);
   EXPECT_LT(after.gdi, before.gdi + 10);
-  EXPECT_LE(after.threads, before.threads + 6);
+  EXPECT_LE(after.threads, before.threads + 12); // the pools fill as far as they may
 }
 
 } // namespace
