@@ -1,6 +1,7 @@
 #include <notification/ChangeNotifier.h>
 
 #include <core/PathFunctions.h>
+#include <framework/Application.h>
 #include <framework/Exceptions.h>
 #include <framework/PropertyRegistry.h>
 #include <framework/Thread.h>
@@ -86,8 +87,12 @@ void TKivShellChangeNotifier::Loaded() {
   TKivBaseComponent::Loaded();
   const auto life = fLife;
   if (GetCount() == 0 && fRecursive) {
-    fDefaultItemIdList = NotifierPlatform().DefaultList();
-    if (const auto drives = fDefaultItemIdList) RegisterItemIdList(drives.Get(), true, GetEventFilter());
+    const auto drives = NotifierPlatform().DefaultList();
+    {
+      const std::lock_guard guard(fUnansweredLock);
+      fDefaultItemIdList = drives;
+    }
+    if (drives) RegisterItemIdList(drives.Get(), true, GetEventFilter());
     if (IsGone(*life)) return;
     InvalidateDirectories();
   }
@@ -138,41 +143,71 @@ void TKivShellChangeNotifier::AddItemIdList(IItemIdList* pItemIdList, bool pRecu
   const auto life = fLife;
   // First: what doesn't answer mustn't be compared with others either.
   const INotifierPlatform::TLook look = NotifierPlatform().Look(list.Get(), LookLimit, fCancellationToken);
-  if (IsGone(*life) || look.invalid) return;
-  if (!look.answered) return AddWhenItAnswers({list, {0, pRecursive, filter}});
+  if (IsGone(*life)) return;
+  if (look.answered) {
+    AddLooked(list, {0, pRecursive, filter}, look);
+  } else {
+    AddWhenItAnswers({list, {0, pRecursive, filter}});
+  }
+}
+
+void TKivShellChangeNotifier::AddLooked(const ComPtr<IItemIdList>& pItemIdList, const TNotificationDetails& pDetails,
+                                        const INotifierPlatform::TLook& pLook) {
+  if (pLook.invalid) return;
+  const auto life = fLife;
   if (fCheckForDuplicates) {
-    const auto standing = fNotificationHandles.Find(list.Get());
+    const auto standing = fNotificationHandles.Find(pItemIdList.Get());
     if (IsGone(*life) || (standing && standing->details.NotificationHandle != 0)) return;
   }
-  RegisterItemIdList(list.Get(), pRecursive, filter);
+  RegisterItemIdList(pItemIdList.Get(), pDetails.Recursive, pDetails.EventFilter);
   if (IsGone(*life)) return;
-  if (look.target && look.target.Get() != list.Get() && !look.target->Equals(list.Get(), ilcDisplay)) {
-    RegisterItemIdList(look.target.Get(), pRecursive, filter);
-    if (IsGone(*life)) return;
+  if (pLook.target && pLook.target != pItemIdList && !pLook.target->Equals(pItemIdList.Get(), ilcDisplay)) {
+    if (!IsGone(*life)) RegisterItemIdList(pLook.target.Get(), pDetails.Recursive, pDetails.EventFilter);
   }
+  if (IsGone(*life)) return;
   CheckAndExcludeDefault();
   InvalidateDirectories();
 }
 
 // Of a server that is slow or gone: a worker waits for it, and the main thread goes on.
 void TKivShellChangeNotifier::AddWhenItAnswers(const TUnanswered& pUnanswered) {
-  fUnanswered.push_back(pUnanswered);
+  {
+    const std::lock_guard guard(fUnansweredLock);
+    fUnanswered.push_back(pUnanswered);
+  }
   const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
-  const auto add = [this, list = pUnanswered.list, indicator] {
-    if (indicator->IsCancellationRequested()) return;
-    const auto found = std::find_if(fUnanswered.begin(), fUnanswered.end(),
-                                    [&](const TUnanswered& each) { return each.list == list; });
-    if (found == fUnanswered.end()) return; // removed meanwhile
-    const TNotificationDetails details = found->details;
-    fUnanswered.erase(found);
-    AddItemIdList(list.Get(), details.Recursive, details.EventFilter);
-  };
   TAsyncProcedure::CreateAndQueue(
-      [list = pUnanswered.list, add] {
-        static_cast<void>(list->IsInvalid());
-        TThread::Queue(nullptr, add);
+      [this, waiting = pUnanswered, indicator] {
+        // All that would be asked again: an answer that came once need not come in time the next time.
+        INotifierPlatform::TLook look{waiting.list->IsInvalid(), nullptr};
+        try {
+          if (!look.invalid) look.target = waiting.list->LinkTarget();
+        } catch (...) {
+          ReportException(std::current_exception());
+        }
+        TThread::Queue(nullptr, [this, waiting, look, indicator] {
+          if (!indicator->IsCancellationRequested()) OnAnswered(waiting, look);
+        });
       },
       indicator);
+}
+
+void TKivShellChangeNotifier::OnAnswered(const TUnanswered& pUnanswered, const INotifierPlatform::TLook& pLook) {
+  if (!TakeUnanswered({pUnanswered.list})) return; // removed meanwhile
+  const auto life = fLife;
+  AddLooked(pUnanswered.list, pUnanswered.details, pLook);
+  if (IsGone(*life) || !pUnanswered.details.EventFilter.Contains(neFolderUpdate)) return;
+  // Who has listed the folder before it was watched lists it again.
+  const auto standing = fNotificationHandles.Find(pUnanswered.list.Get());
+  if (IsGone(*life) || !standing || standing->details.NotificationHandle == 0) return;
+  OnChangeArrived(neFolderUpdate, pUnanswered.list, nullptr);
+}
+
+bool TKivShellChangeNotifier::TakeUnanswered(const std::vector<ComPtr<IItemIdList>>& pItemIdLists) {
+  const std::lock_guard guard(fUnansweredLock);
+  return std::erase_if(fUnanswered, [&](const TUnanswered& each) {
+           return std::find(pItemIdLists.begin(), pItemIdLists.end(), each.list) != pItemIdLists.end();
+         }) > 0;
 }
 
 // Registering may run foreign code, and that may end watches, begin the same one, or be the notifier's end.
@@ -195,26 +230,53 @@ void TKivShellChangeNotifier::RegisterItemIdList(IItemIdList* pItemIdList, bool 
 
 // What a notifier watches by default gives way to the first thing that it is told to watch.
 void TKivShellChangeNotifier::CheckAndExcludeDefault() {
-  if (!fDefaultItemIdList || GetCount() != 2) return;
-  const ComPtr<IItemIdList> list = std::move(fDefaultItemIdList);
-  fDefaultItemIdList.Reset();
+  if (GetCount() != 2) return;
+  ComPtr<IItemIdList> list;
+  {
+    const std::lock_guard guard(fUnansweredLock);
+    std::swap(list, fDefaultItemIdList);
+  }
   RemoveItemIdList(list.Get());
 }
 
 void TKivShellChangeNotifier::RemoveItemIdList(IItemIdList* pItemIdList) {
   if (!pItemIdList) return;
-  const std::wstring path = pItemIdList->Path();
-  const auto unanswered = std::erase_if(fUnanswered, [&](const TUnanswered& each) {
-    return each.list.Get() == pItemIdList || (!path.empty() && SamePath(each.list->Path(), path));
-  });
-  if (unanswered == 0) Unregister(fNotificationHandles.Remove(pItemIdList));
+  const auto life = fLife;
+  const ComPtr<IItemIdList> list(pItemIdList);
+  // Paths that are known already: nothing is asked here of what may not answer.
+  const std::wstring path = list->Path();
+  const auto is_of_path = [&](IItemIdList* other) {
+    return other == list.Get() || (!path.empty() && SamePath(other->Path(), path));
+  };
+  std::vector<TUnanswered> waiting;
+  {
+    const std::lock_guard guard(fUnansweredLock);
+    waiting = fUnanswered;
+  }
+  std::vector<ComPtr<IItemIdList>> removed;
+  for (const TUnanswered& each : waiting) {
+    if (is_of_path(each.list.Get())) removed.push_back(each.list);
+  }
+  if (IsGone(*life)) return;
+  if (TakeUnanswered(removed)) {
+    for (const auto& watch : fNotificationHandles.All()) {
+      if (is_of_path(watch.list.Get())) Unregister(fNotificationHandles.Remove(watch.list.Get()));
+    }
+  } else {
+    Unregister(fNotificationHandles.Remove(list.Get()));
+  }
   InvalidateDirectories();
 }
 
 void TKivShellChangeNotifier::Clear() {
   InvalidateDirectories();
-  fUnanswered.clear();
-  fDefaultItemIdList.Reset();
+  std::vector<TUnanswered> waiting; // let go behind the lock: that is foreign code
+  ComPtr<IItemIdList> list;
+  {
+    const std::lock_guard guard(fUnansweredLock);
+    waiting.swap(fUnanswered);
+    std::swap(list, fDefaultItemIdList);
+  }
   Unregister(fNotificationHandles.RemoveAll());
 }
 
@@ -231,12 +293,12 @@ int TKivShellChangeNotifier::GetCount() const {
 TKivShellChangeNotifierList& TKivShellChangeNotifier::GetDirectories() {
   if (!fDirectories) fDirectories = std::make_unique<TKivShellChangeNotifierList>(*this);
   if (!fDirectoriesAreCurrent) {
+    fDirectoriesAreCurrent = true; // first: what changes meanwhile makes it look again
     std::vector<std::wstring> paths;
     for (const auto& watch : fNotificationHandles.All()) paths.push_back(watch.list->DisplayPath());
     const TKivPathList::ScopedSkipEvents skip(*fDirectories);
     fDirectories->Clear();
     for (const std::wstring& path : paths) fDirectories->Add(path);
-    fDirectoriesAreCurrent = true;
   }
   return *fDirectories;
 }

@@ -12,6 +12,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -160,7 +161,11 @@ private:
   static bool IsGone(TLife& pLife);
   std::shared_ptr<IChangeSource> Source();
   void RegisterItemIdList(IItemIdList* pItemIdList, bool pRecursive, TNotificationEvents pEventFilter);
+  void AddLooked(const ComPtr<IItemIdList>& pItemIdList, const TNotificationDetails& pDetails,
+                 const INotifierPlatform::TLook& pLook);
   void AddWhenItAnswers(const TUnanswered& pUnanswered);
+  void OnAnswered(const TUnanswered& pUnanswered, const INotifierPlatform::TLook& pLook);
+  bool TakeUnanswered(const std::vector<ComPtr<IItemIdList>>& pItemIdLists);
   void CheckAndExcludeDefault();
   void Unregister(const std::vector<TWatchTable::TWatch>& pWatches);
 
@@ -172,11 +177,12 @@ private:
   bool fStarted = false;
   TKivShellNotifierEvent fOnChange;
   TKivShellNotifierEventPIDL fOnChangePIDL;
-  ComPtr<IItemIdList> fDefaultItemIdList;
-  TDuplicateFilter fDuplicates;
+  std::shared_ptr<TDuplicateFilter> fDuplicates = std::make_shared<TDuplicateFilter>();
 
   TWatchTable fNotificationHandles;
-  std::vector<TUnanswered> fUnanswered; // of the main thread
+  std::mutex fUnansweredLock;
+  std::vector<TUnanswered> fUnanswered;   // guarded by fUnansweredLock
+  ComPtr<IItemIdList> fDefaultItemIdList; // guarded by fUnansweredLock
   std::atomic<bool> fDirectoriesAreCurrent{false};
   std::unique_ptr<TKivShellChangeNotifierList> fDirectories;
   std::shared_ptr<TLife> fLife;

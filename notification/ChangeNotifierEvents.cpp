@@ -77,10 +77,14 @@ struct TKivShellChangeNotifier::TLife {
     waiting += overflowed ? 0 : 1;
     return !overflowed;
   }
-  /// A worker takes one of them. Whether an update of everything is due.
-  bool Start() {
+  /// One of them is taken, or dropped.
+  void Uncount() {
     const std::lock_guard guard(lock);
     --waiting;
+  }
+  /// Whether an update of everything is due.
+  bool TakeOverflow() {
+    const std::lock_guard guard(lock);
     return waiting <= MostWaiting / 2 && std::exchange(overflowed, false);
   }
 
@@ -100,7 +104,7 @@ void TKivShellChangeNotifier::EndEvents() {
   fCancellationToken.Cancel();
   // Before the source goes: a handler that still runs on a worker may end watches.
   fLife->Close();
-  fDuplicates.Close();
+  fDuplicates->Close();
 }
 
 TKivShellChangeNotifier::~TKivShellChangeNotifier() {
@@ -141,11 +145,25 @@ void TKivShellChangeNotifier::OnChangeArrived(TNotificationEvent pEvent, ComPtr<
 }
 
 void TKivShellChangeNotifier::ProcessOnWorker(TNotificationEvent pEvent, const TChangedLists& pItemIdLists) {
-  if (!fLife->Admit()) return;
+  // Whoever ends the pool's items drops the closure as well.
+  struct TTicket {
+    explicit TTicket(std::shared_ptr<TLife> pLife) : life(std::move(pLife)), admitted(life->Admit()) {}
+    TTicket(const TTicket&) = delete;
+    TTicket& operator=(const TTicket&) = delete;
+    ~TTicket() { Use(); }
+    void Use() {
+      if (std::exchange(admitted, false)) life->Uncount();
+    }
+    const std::shared_ptr<TLife> life;
+    bool admitted;
+  };
+  const auto ticket = std::make_shared<TTicket>(fLife);
+  if (!ticket->admitted) return;
   const ComPtr<ICancellationIndicator> indicator = fCancellationToken;
   TAsyncProcedure::CreateAndQueue(
-      [this, pEvent, lists = pItemIdLists, indicator, life = fLife] {
-        if (life->Start() && life->Enter()) {
+      [this, pEvent, lists = pItemIdLists, indicator, ticket, life = fLife] {
+        ticket->Use();
+        if (life->TakeOverflow() && life->Enter()) {
           const TLife::TVisit visit{*life};
           TellUpdates();
         }
@@ -206,7 +224,8 @@ void TKivShellChangeNotifier::ProcessChangeEvent(TNotificationEvent pEvent, cons
   TNotificationEvent event = pEvent;
   if (event == neFileChange && first && platform.IsFolder(first)) event = neFolderUpdate;
   if (life->IsClosed() || (event != pEvent && !GetNotificationEvent(event))) return;
-  if (!fDuplicates.Passes(event, first) || life->IsClosed()) return;
+  const auto duplicates = fDuplicates;
+  if (!duplicates->Passes(event, first) || life->IsClosed()) return;
   std::wstring path;
   if (fOnChange && TellPath(event, pItemIdLists, path)) {
     DoOnChange(event, path, second ? second->Path() : std::wstring());

@@ -33,6 +33,8 @@ bool TDuplicateFilter::Passes(TNotificationEvent pEvent, IItemIdList* pItemIdLis
     Log(L"Duplicate change event NOT filtered , Tick Count time span: ", std::to_wstring(span));
   } else if (IsDuplicate(pEvent, pItemIdList)) {
     return false;
+  } else if (fClosed) { // by what was asked
+    return true;
   }
   fPrevTicks = now;
   last = std::move(fLastDriveRemoveItemIdList);

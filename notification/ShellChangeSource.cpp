@@ -186,6 +186,7 @@ LRESULT CALLBACK ShellChangeSource::WindowProcedure(HWND pWindow, UINT pMessage,
 }
 
 LRESULT ShellChangeSource::OnShellMessage(WPARAM wParam, LPARAM lParam) {
+  const auto self = shared_from_this();
   ComPtr<IItemIdList> first;
   ComPtr<IItemIdList> second;
   TNotificationEvent event = neUnknown;
@@ -204,7 +205,7 @@ LRESULT ShellChangeSource::OnShellMessage(WPARAM wParam, LPARAM lParam) {
       second = other ? CopyOf(other) : NoList();
     }
   }
-  fSink.OnChangeArrived(event, std::move(first), std::move(second));
+  if (fWindow) fSink.OnChangeArrived(event, std::move(first), std::move(second));
   return 0;
 }
 
@@ -379,7 +380,7 @@ void ShellChangeSource::OnNotice(const TNoticeQueue::TEntry& pEntry) {
   constexpr TNotificationEvents gone = {neFileDelete, neFileRename, neFolderDelete, neFolderRename};
   ComPtr<IItemIdList> first = ListOf(notice.path1, gone.Contains(event), on_network);
   ComPtr<IItemIdList> second = notice.path2.empty() ? NoList() : ListOf(notice.path2, false, on_network);
-  fSink.OnChangeArrived(event, std::move(first), std::move(second));
+  if (fWindow) fSink.OnChangeArrived(event, std::move(first), std::move(second));
 }
 
 } // namespace kiv

@@ -133,6 +133,7 @@ struct TWatch final : IWatchedFolders {
   bool tellComplete = false;    // the listeners may have listed the folder before everything was open
   std::vector<TDirectoryNotice> told;
   bool isFile = false;
+  bool wasOpen = false; // then it is a folder that has gone, whatever stands there meanwhile
   bool unheard = false; // the queue's taker couldn't be woken
   std::shared_ptr<TBegin> begin;
   TWatchedTree tree; // last: its end closes handles
@@ -180,6 +181,8 @@ public:
       watch->begin.reset();
       watch->complete = true;
       TellIfFile(*watch);
+    } else {
+      watch->wasOpen = true;
     }
     fWatches.emplace(pRequest.number, std::move(watch));
   }
@@ -368,7 +371,7 @@ private:
     } else if (tree.Open()) {
       pWatch.complete = false;
       pWatch.tellComplete = true;
-      pWatch.isFile = false;
+      pWatch.wasOpen = true;
     } else {
       TellIfFile(pWatch);
     }
@@ -376,7 +379,7 @@ private:
 
   // Once: it is ended when that is heard.
   static void TellIfFile(TWatch& pWatch) {
-    if (pWatch.isFile || KindOfPath(pWatch.tree.Path()) != IWatchedFolders::TKind::File) return;
+    if (pWatch.isFile || pWatch.wasOpen || KindOfPath(pWatch.tree.Path()) != IWatchedFolders::TKind::File) return;
     pWatch.isFile = true;
     pWatch.told.push_back({TDirectoryEvent::NoFolder, pWatch.tree.Path(), {}});
   }

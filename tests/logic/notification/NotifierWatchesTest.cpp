@@ -137,11 +137,13 @@ TEST_F(NotifierWatches, WaitForWhatDoesNotAnswerInTime) {
     while (TWorkerPool::GlobalInstance().GetWorkItemsActive()) std::this_thread::yield();
     MainThread::CheckSynchronize();
   };
+  Listen(*fNotifier);
   fPlatform.isSilent = true;
   fNotifier->AddPath(L"\\\\dead\\a");
   EXPECT_TRUE(fNotifier->GetCount() == 0 && fPlatform.Registered().empty());
   settle();
   EXPECT_EQ(fPlatform.Registered(), L"\\\\dead\\a* ");
+  EXPECT_EQ(Told(), L"15:\\\\dead\\a [\\\\dead\\a] ") << "what was listed before it was watched may be old";
   // One that is removed, and one of a notifier that goes.
   fPlatform.isSilent = true;
   fNotifier->AddPath(L"\\\\dead\\b");
