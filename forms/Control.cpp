@@ -6,6 +6,7 @@
 #include <platform/DpiAwareness.h>
 
 #include <exception>
+#include <optional>
 
 namespace kiv {
 
@@ -44,8 +45,10 @@ void TControl::SetParent(TWinControl* pParent) {
     throw EInvalidOperation(L"A control can't have itself or a control inside it as its parent");
   }
   const TAliveWatch alive(GetAliveToken());
+  std::optional<TAliveWatch> there; // a handler that hears of the focus may free it
+  if (pParent) there.emplace(pParent->GetAliveToken());
   if (fParent) fParent->RemoveControl(this);
-  if (pParent && alive.IsAlive() && !fParent) pParent->InsertControl(this);
+  if (there && there->IsAlive() && alive.IsAlive() && !fParent) pParent->InsertControl(this);
 }
 
 void TControl::Loaded() {

@@ -123,6 +123,12 @@ void TForm::WMDestroy(TMessage& pMessage) {
   TCustomControl::WMDestroy(pMessage);
 }
 
+void TForm::CMRecreateWnd(TMessage& pMessage) {
+  const TAliveWatch alive(GetAliveToken());
+  TCustomControl::CMRecreateWnd(pMessage);
+  if (alive.IsAlive()) fIsReplacing = false; // a handler may have hidden it meanwhile
+}
+
 HWND TForm::WindowBehind() const {
   // Not the form itself, nor a window that stands in front of it.
   const auto isBehind = [this](HWND window) {

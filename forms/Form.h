@@ -103,6 +103,7 @@ protected:
   void ChangeScale(int pM, int pD, bool pKeepPlace) override;
   void WndProc(TMessage& pMessage) override;
   void CMShowingChanged(TMessage& pMessage) override;
+  void CMRecreateWnd(TMessage& pMessage) override;
   void WMSetFocus(TMessage& pMessage) override;
   void Notification(TComponent* pComponent, TOperation pOperation) override;
   virtual void DoShow();

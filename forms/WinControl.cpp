@@ -67,7 +67,7 @@ void TWinControl::SetParentWindow(HWND pParent) {
   const TAliveWatch alive(GetAliveToken());
   if (GetParent()) SetParent(nullptr);
   if (alive.IsAlive()) DestroyHandle();
-  if (!alive.IsAlive()) return;
+  if (!alive.IsAlive() || GetParent()) return; // a handler may have found it another place
   ReleaseParentWindow();
   if (!pParent) return;
   WatchParentWindow(pParent);

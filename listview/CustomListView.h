@@ -284,6 +284,7 @@ protected:
   void MouseMove(TShiftState pShift, int pX, int pY) override;
   void KeyDown(WORD& pKey, TShiftState pShift) override;
   void KeyUp(WORD& pKey, TShiftState pShift) override;
+  void WMKillFocus(TMessage& pMessage) override;
   bool DoMouseWheelHorz(TShiftState pShift, int pDelta, POINT pScreen) override;
   void CMHintShow(TMessage& pMessage) override;
   void WMGetObject(TMessage& pMessage) override;

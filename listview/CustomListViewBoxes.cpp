@@ -158,7 +158,13 @@ void TCustomListView::CMEnabledChanged(TMessage& pMessage) {
 void TCustomListView::KeyDown(WORD& pKey, TShiftState pShift) {
   const TAliveWatch alive(GetAliveToken());
   TWinControl::KeyDown(pKey, pShift);
-  if (alive.IsAlive() && pKey == VK_SPACE) fIsSpaceDown = true;
+  // A handler may have been modal, and the release somebody else's.
+  if (alive.IsAlive() && pKey == VK_SPACE) fIsSpaceDown = Focused();
+}
+
+void TCustomListView::WMKillFocus(TMessage& pMessage) {
+  fIsSpaceDown = false;
+  TWinControl::WMKillFocus(pMessage);
 }
 
 void TCustomListView::KeyUp(WORD& pKey, TShiftState pShift) {

@@ -224,7 +224,10 @@ private:
 void TCustomListView::ReopenEdit(TListItem& pItem) {
   PostAction(
       [this, item = &pItem, row = TAliveWatch(pItem.GetAliveToken()), text = EditText(), selected = EditSelection()] {
-        if (!row.IsAlive() || item->GetIndex() < 0) return;
+        if (!row.IsAlive() || item->GetIndex() < 0) {
+          DoCancelEdit();
+          return;
+        }
         const TAliveWatch alive(GetAliveToken());
         bool isOpen = false;
         {
