@@ -3,7 +3,7 @@
 #include <platform/Lifecycle.h>
 #include <platform/MainThread.h>
 #include <threading/Future.h>
-#include <threading/WorkerPool.h>
+#include <threading/WorkerThreadPool.h>
 
 #include <shlobj.h>
 
@@ -15,8 +15,9 @@ namespace kiv::detail {
 namespace {
 
 // One navigation asks two or three, and the window is to answer within a fifth of a second.
-constexpr std::uint64_t Patience = 50; // milliseconds
-constexpr int MostOverdue = 2;         // who waits for so many needn't wait for more
+constexpr std::uint64_t Patience = 50;    // milliseconds
+constexpr std::uint32_t LongestEnd = 200; // milliseconds for what is never answered, when the program ends
+constexpr int MostOverdue = 2;            // who waits for so many needn't wait for more
 
 enum class TStage { Asked, Answered, Raised, Late };
 
@@ -81,7 +82,12 @@ TTimedQuestions& Questions() {
 
 const std::shared_ptr<std::atomic<int>>& TTimedQuestions::Overdue() {
   if (fPool) return fOverdue;
-  fPool = TWorkerPool::CreateInstance(TWorkerPoolConfig::Create());
+  const auto pool = TWorkerThreadPoolRefCounted::Construct();
+  // Nobody waits behind a question that is stuck, however busy the processors are.
+  pool->SetMaxCpuUsage(100);
+  pool->SetMinWorkerThreads(MostOverdue + 2);
+  pool->SetMaxTimeUntilHardTerminate(LongestEnd);
+  fPool = pool;
   fOverdue = std::make_shared<std::atomic<int>>(0);
   AtShutdown([] { Questions().End(); });
   return fOverdue;

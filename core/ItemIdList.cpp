@@ -218,6 +218,7 @@ void TKivItemIdList::SetPidl(PIDLIST_ABSOLUTE pItemIdList) {
 
 void TKivItemIdList::SetShellItem(IShellItem* pShellItem) {
   ReleaseShellItem();
+  fItemIsOld.store(false, std::memory_order_relaxed);
   if (MainThread::IsCurrent()) fShellItem = pShellItem;
   fPath.Forget();
   // At once: other threads can't resolve from it later, since they must not touch it.

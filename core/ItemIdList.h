@@ -8,6 +8,7 @@
 #include <platform/ShellApi.h>
 
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -160,7 +161,9 @@ private:
   std::wstring FindPath(PCIDLIST_ABSOLUTE pList);
   bool IsDesktop() const noexcept;
   bool IsBrowsable();
+  HRESULT AskAttributes(SFGAOF pAttributes, SFGAOF& pFound);
   bool IsLink();
+  bool ReloadLocked();
   std::wstring ShellName(SIGDN pKind);
   std::wstring PlainDisplayName(TItemIdListDisplayNameFormat pFormat);
   std::wstring ExplorerName();
@@ -175,7 +178,8 @@ private:
   ComPtr<IShellItem> fShellItem;                         // main thread
   std::atomic<std::recursive_mutex*> fPIDLLock{nullptr}; // held by Reload; made by the first one
   std::atomic<TKivShellFolder> fSpecialFolder;
-  std::atomic<signed char> fIsLink{-1}; // until it has been asked, and behind a Reload
+  std::atomic<std::uint8_t> fLink{0};  // LinkBits, and above them how often it was reloaded
+  std::atomic<bool> fItemIsOld{false}; // a worker has replaced the list that the item was made from
   const bool fIsSimple;
   const bool fIsOfChange;
 };

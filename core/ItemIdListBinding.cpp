@@ -21,6 +21,11 @@ namespace {
 // The control panel with all its tasks: its categories can't be browsed.
 constexpr wchar_t ControlPanelCategories[] = L"::{26EE0668-A00A-44D7-9371-BEB064C98683}";
 
+// What is known of whether it is a link.
+constexpr std::uint8_t LinkAsked = 1;
+constexpr std::uint8_t LinkFound = 2;
+constexpr std::uint8_t LinkBits = LinkAsked | LinkFound;
+
 bool SameBytes(PCIDLIST_ABSOLUTE a, PCIDLIST_ABSOLUTE b) {
   if (!a || !b) return false;
   const UINT size = ILGetSize(a);
@@ -39,9 +44,10 @@ HRESULT MakeReadContext(ComPtr<IBindCtx>& context) {
 } // namespace
 
 ComPtr<IShellItem> TKivItemIdList::ShellItem() {
+  const bool is_main_thread = MainThread::IsCurrent();
+  if (is_main_thread && fItemIsOld.exchange(false, std::memory_order_acquire)) fShellItem.Reset();
   const PCIDLIST_ABSOLUTE list = WindowsPointer();
   if (!list) return nullptr;
-  const bool is_main_thread = MainThread::IsCurrent();
   if (is_main_thread && fShellItem) return fShellItem;
   ComPtr<IShellItem> item;
   if (FAILED(GuardedExport(ShellApi().SHCreateShellItem, nullptr, nullptr, list, &item))) return nullptr;
@@ -56,11 +62,14 @@ bool TKivItemIdList::HasAttributes(SFGAOF pAttributes) {
     const auto path = fPath.Read();
     if (path.known && path.text.size() > 1 && FileOrFolderExists(path.text)) return true;
   }
-  const ComPtr<IShellItem> item = ShellItem();
-  if (!item) return false;
   SFGAOF found = 0;
-  const HRESULT hr = GuardedCall([&] { return item->GetAttributes(pAttributes, &found); });
-  return SUCCEEDED(hr) && found != 0;
+  return SUCCEEDED(AskAttributes(pAttributes, found)) && found != 0;
+}
+
+HRESULT TKivItemIdList::AskAttributes(SFGAOF pAttributes, SFGAOF& pFound) {
+  const ComPtr<IShellItem> item = ShellItem();
+  if (!item) return E_POINTER;
+  return GuardedCall([&] { return item->GetAttributes(pAttributes, &pFound); });
 }
 
 bool TKivItemIdList::IsFolder() {
@@ -82,14 +91,16 @@ bool TKivItemIdList::IsSlow() {
   return drive_type && IsDrive(path) && drive_type(path.c_str()) == DRIVE_REMOTE;
 }
 
-// Asked once: whoever has let a worker ask needn't wait for the shell again.
+// Answered once: whoever has let a worker ask needn't wait for the shell again.
 bool TKivItemIdList::IsLink() {
-  signed char known = fIsLink.load(std::memory_order_relaxed);
-  if (known < 0) {
-    known = HasAttributes(SFGAO_LINK) ? 1 : 0;
-    fIsLink.store(known, std::memory_order_relaxed);
-  }
-  return known != 0;
+  std::uint8_t known = fLink.load(std::memory_order_relaxed);
+  if ((known & LinkAsked) != 0) return (known & LinkFound) != 0;
+  SFGAOF found = 0;
+  if (FAILED(AskAttributes(SFGAO_LINK, found))) return false;
+  const int answer = known | LinkAsked | (found != 0 ? LinkFound : 0);
+  // Not over a Reload that came meanwhile.
+  fLink.compare_exchange_strong(known, static_cast<std::uint8_t>(answer), std::memory_order_relaxed);
+  return found != 0;
 }
 
 ComPtr<IItemIdList> TKivItemIdList::LinkTarget() {
@@ -172,7 +183,13 @@ bool TKivItemIdList::Reload() {
   // Recursive: an extension that pumps messages may lead back here.
   const std::lock_guard guard(ReloadLock());
   if (IsInvalid()) return false;
-  fIsLink.store(-1, std::memory_order_relaxed);
+  const bool reloaded = ReloadLocked();
+  const int reloads = (fLink.load(std::memory_order_relaxed) | LinkBits) + 1;
+  fLink.store(static_cast<std::uint8_t>(reloads), std::memory_order_relaxed);
+  return reloaded;
+}
+
+bool TKivItemIdList::ReloadLocked() {
   const ComPtr<IShellItem> item = ShellItem();
   if (!item) return false;
   ComPtr<IShellItem2> updatable;
@@ -189,7 +206,9 @@ bool TKivItemIdList::Reload() {
     list = TakeItemIdList(hr, raw);
   }
   if (FAILED(hr) || !list) return false;
-  if (!SameBytes(list.Get(), fItemIdList.Get())) fItemIdList.Replace(list.Release());
+  if (SameBytes(list.Get(), fItemIdList.Get())) return true;
+  fItemIdList.Replace(list.Release());
+  if (!MainThread::IsCurrent()) fItemIsOld.store(true, std::memory_order_release);
   return true;
 }
 

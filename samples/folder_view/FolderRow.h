@@ -5,6 +5,7 @@
 #include <listview/ListItem.h>
 #include <threading/Cancellation.h>
 
+#include <limits>
 #include <string>
 
 namespace kiv::sample {
@@ -42,6 +43,9 @@ public:
   /// Withdrawn with the row, and when another question takes the place of the one that runs.
   CancellationToken& Token() noexcept { return fToken; }
 
+  static constexpr int LeavingRank = std::numeric_limits<int>::max();
+  /// Whether it only waits to be deleted: what it stands for isn't shown any more.
+  bool IsLeaving() const noexcept { return rank == LeavingRank; }
   int rank = -1; ///< the place that the row is to get
 
 private:

@@ -227,7 +227,7 @@ void TFolderView::ToggleSelected() {
   std::vector<std::wstring> paths;
   for (int i = 0; i < GetItems().GetCount(); ++i) {
     const TFolderRow* const row = GetRow(i);
-    if (row->GetSelected()) paths.push_back(PathOf(*row->Entry()));
+    if (row->GetSelected() && !row->IsLeaving()) paths.push_back(PathOf(*row->Entry()));
   }
   std::erase(paths, std::wstring()); // what has no box
   const TAliveWatch alive(GetAliveToken());

@@ -209,9 +209,11 @@ private:
   TFileTime fListedSince = 0; // when the folder had last changed before the first listing
   bool fAgain = false;        // the listing that runs is of the folder that is shown
   bool fUnfinished = false;   // the next turns make and delete the rest of the rows
+  bool fTurnQueued = false;   // the first of these
   bool fSorting = false;      // a worker does
   bool fReading = false;      // a worker reads names again
   int fRenaming = 0;          // names that were typed for objects of this folder, on their way to the disk
+  bool fNameCame = false;     // one of these arrived while the disk was read: what was read may have the old name
   std::wstring fMessage;      // in the place of rows
   TFolderOrder fOrder;
   std::wstring fFilterText;

@@ -44,7 +44,8 @@ std::wstring TFolderView::PathOf(const TFolderEntry& pEntry) const {
 std::vector<ComPtr<IItemIdList>> TFolderView::GetSelectedItemIdLists() const {
   std::vector<ComPtr<IItemIdList>> lists;
   for (int i = 0; i < GetItems().GetCount(); ++i) {
-    if (GetRow(i)->GetSelected()) lists.push_back(fFolder.list->Concat(GetRow(i)->Entry()->item.Get()));
+    const TFolderRow& row = *GetRow(i);
+    if (row.GetSelected() && !row.IsLeaving()) lists.push_back(fFolder.list->Concat(row.Entry()->item.Get()));
   }
   return lists;
 }
@@ -107,6 +108,7 @@ void TFolderView::Edit(TListItem* pItem, const std::wstring& pText) {
     const TAliveWatch alive(GetAliveToken());
     if (Selection()) Selection()->PathWasRenamed(path, new_path);
     if (!alive.IsAlive() || !is_here) return;
+    fNameCame = fReading || (fListing && fAgain);
     NoteRename(name, pText); // the notification may take its time
     RunChanges();
     if (alive.IsAlive() && fFolder.names == TNameUse::Merged) SetAwaited(pText, false);
@@ -138,7 +140,8 @@ void TFolderView::DeleteSelectedObjects() {
   std::vector<std::wstring> names;
   for (int i = 0; i < GetItems().GetCount(); ++i) {
     const TFolderRow& row = *GetRow(i);
-    if (!row.GetSelected() || !row.Entry()->IsOnDisk() || fFolder.diskPath.empty()) continue;
+    if (!row.GetSelected() || row.IsLeaving()) continue;
+    if (!row.Entry()->IsOnDisk() || fFolder.diskPath.empty()) continue;
     paths.push_back(PathOf(*row.Entry()));
     names.push_back(row.Entry()->name);
   }

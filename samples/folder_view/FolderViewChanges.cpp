@@ -105,6 +105,7 @@ void TFolderView::RunChanges() {
   if (fNames.empty()) return;
   fReading = true;
   fMoved = std::exchange(fRenamed, {});
+  fNameCame = false;
   const std::vector<std::wstring> names(fNames.begin(), fNames.end());
   fNames.clear();
   const auto answers = std::make_shared<std::optional<std::vector<TReread>>>();
@@ -114,7 +115,7 @@ void TFolderView::RunChanges() {
       [answers, names, folder = fFolder, indicator] { *answers = ReadObjects(folder, names, *indicator.Get()); },
       [this, answers] {
         fReading = false;
-        if (*answers && !IsNameOpen())
+        if (!std::exchange(fNameCame, false) && *answers && !IsNameOpen())
           TakeReread(**answers);
         else
           ListBehindTheEdit();

@@ -40,15 +40,13 @@ void TFolderView::GoToText(const std::wstring& pText) {
   MakeRoom();
   fFinding = true;
   const auto opened = std::make_shared<TOpenedFolder>();
-  const auto done = [this, opened] {
+  const auto done = [this, opened, indicator = ComPtr<ICancellationIndicator>(fTyped)] {
     fFinding = false;
-    if (opened->failure) {
-      const TAliveWatch alive(GetAliveToken());
-      Fail(opened->failure.Text());
-      if (alive.IsAlive()) StatusChanged();
-    } else {
-      GoTo(opened->list);
-    }
+    const TAliveWatch alive(GetAliveToken());
+    if (opened->failure) Fail(opened->failure.Text());
+    if (alive.IsAlive()) StatusChanged();
+    // Who heard of it may have gone on elsewhere, or let the view go.
+    if (!opened->failure && !indicator->IsCancellationRequested()) GoTo(opened->list);
   };
   Run(
       fTyped, [opened, pText] { *opened = OpenFolder(pText); }, done);
@@ -71,7 +69,7 @@ void TFolderView::Leave() {
   fRelist = fReading = fSorting = fListing = false;
   fRenaming = 0;
   EndAwaiting();
-  fUnfinished = false;
+  fUnfinished = fTurnQueued = fNameCame = false;
   fOpened = false;
   fListedSince = 0;
 }
@@ -155,6 +153,7 @@ void TFolderView::StartListing(bool pAgain) {
   fRelist = false;
   fNames.clear();
   fMoved = std::exchange(fRenamed, {});
+  fNameCame = false;
   const auto answer = std::make_shared<TListAnswer>();
   Run(
       fNavigation, [list = MakeLister(answer), folder = fFolder] { list(folder); },
@@ -168,7 +167,7 @@ void TFolderView::TakeListed(const TListAnswer& pAnswer) {
 }
 
 void TFolderView::TakeEntries(TMerged pMerged, const TFolderOrder& pOrder) {
-  if (fAgain && IsNameOpen()) {
+  if (std::exchange(fNameCame, false) || (fAgain && IsNameOpen())) {
     ListBehindTheEdit();
     return;
   }

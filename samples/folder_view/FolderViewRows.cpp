@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <limits>
 #include <utility>
 
 // Entries become rows, and rows get what is seen of them.
@@ -22,8 +21,6 @@ struct TLook {
   std::wstring type;
   TKivSelectionState state = ssUnused;
 };
-
-constexpr int LeavingRank = std::numeric_limits<int>::max();
 
 } // namespace
 
@@ -50,7 +47,7 @@ bool TFolderView::IsWanted(const TFolderEntry& pEntry) const {
 // are then.
 int TFolderView::RankRows(const TEntries& pWanted, const TTurn& pTurn) {
   TListItems& rows = GetItems();
-  for (int i = 0; i < rows.GetCount(); ++i) GetRow(i)->rank = LeavingRank;
+  for (int i = 0; i < rows.GetCount(); ++i) GetRow(i)->rank = TFolderRow::LeavingRank;
   const bool checks = Selection() != nullptr;
   const bool nothing_checked = checks && Selection()->IsEmpty();
   int rank = 0;
@@ -70,12 +67,11 @@ int TFolderView::RankRows(const TEntries& pWanted, const TTurn& pTurn) {
 // The focus goes to the next row that stays.
 void TFolderView::KeepFocusNear() {
   TFolderRow* const focused = FocusedRow();
-  if (!focused || focused->rank != LeavingRank) return;
+  if (!focused || !focused->IsLeaving()) return;
   const int count = GetItems().GetCount();
   TFolderRow* next = nullptr;
-  for (int i = focused->GetIndex(); i < count && !next; ++i)
-    next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
-  for (int i = focused->GetIndex(); i >= 0 && !next; --i) next = GetRow(i)->rank != LeavingRank ? GetRow(i) : nullptr;
+  for (int i = focused->GetIndex(); i < count && !next; ++i) next = GetRow(i)->IsLeaving() ? nullptr : GetRow(i);
+  for (int i = focused->GetIndex(); i >= 0 && !next; --i) next = GetRow(i)->IsLeaving() ? nullptr : GetRow(i);
   if (next) SetItemFocused(next);
 }
 
@@ -101,13 +97,17 @@ void TFolderView::ShowRows() {
     for (int i = 1; i < rows.GetCount() && !moves; ++i) moves = GetRow(i)->rank < GetRow(i - 1)->rank;
     if (moves) rows.SortByKey([](const TListItem& row) { return static_cast<const TFolderRow&>(row).rank; });
     while (rows.GetCount() > ranked && !turn.IsOver()) rows.Delete(rows.GetCount() - 1);
-    fUnfinished = fUnfinished || rows.GetCount() > ranked;
+    if (rows.GetCount() > ranked) {
+      fUnfinished = true;
+      rows.SelectRange(ranked, rows.GetCount() - 1, false);
+    }
     if (rows.GetCount() > 0 && !GetItemFocused()) SetItemFocused(GetRow(0));
   }
   if (!alive.IsAlive()) return;
-  if (fUnfinished) {
+  if (fUnfinished && !std::exchange(fTurnQueued, true)) {
     MainThread::Queue([this, indicator = ComPtr<ICancellationIndicator>(fNavigation)] {
       if (indicator->IsCancellationRequested()) return;
+      fTurnQueued = false;
       const TAliveWatch watch(GetAliveToken());
       if (fUnfinished) ShowRows();
       if (watch.IsAlive()) EndAwaitingWhatWontCome();

@@ -80,7 +80,11 @@ TEST_F(BrowserExtension, AHundredThousandObjects) {
   for (const int i : {0, 1, 12'345, objects - 1}) {
     EXPECT_EQ(View().GetRow(i)->GetCaption(), L"Shown: object " + std::to_wstring(i + 1));
   }
+  View().SelectAll();
   View().SetFilter(L"object 9999");
+  EXPECT_EQ(View().GetSelCount(), 11) << "rows that wait to be deleted";
+  View().SelectAll();
+  EXPECT_EQ(View().GetSelectedItemIdLists().size(), 11U);
   EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == 11; }));
   View().SetFilter(L"");
   EXPECT_TRUE(PumpUntil([&] { return View().GetItems().GetCount() == objects; }));
