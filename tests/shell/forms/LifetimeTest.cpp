@@ -328,7 +328,9 @@ int CountWindows() {
         return TRUE;
       },
       reinterpret_cast<LPARAM>(&count));
-  for (HWND hidden = nullptr; (hidden = FindWindowExW(HWND_MESSAGE, hidden, nullptr, nullptr)) != nullptr;) ++count;
+  for (HWND hidden = nullptr; (hidden = FindWindowExW(HWND_MESSAGE, hidden, nullptr, nullptr)) != nullptr;) {
+    if (GetWindowThreadProcessId(hidden, nullptr) == GetCurrentThreadId()) ++count; // other programs have theirs
+  }
   return count;
 }
 
