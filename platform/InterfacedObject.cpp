@@ -8,16 +8,24 @@ namespace kiv {
 
 namespace {
 
-// Many threads make and end objects at once: each counts in a place of its own, as far as there are enough. A place may
-// fall below zero, when objects end on another thread than they were made on; the sum is right.
+// Many threads make and end objects at once: those with small numbers have a place of their own, which nobody else
+// writes, and the others share some. A place may fall below zero, when objects end on another thread than they were
+// made on; the sum is right.
 struct alignas(64) TPlace {
   std::atomic<long> count{0};
 };
-constexpr std::size_t PlaceCount = 16;
-TPlace gPlaces[PlaceCount];
+constexpr std::size_t OwnPlaces = 64;
+constexpr std::size_t SharedPlaces = 16;
+TPlace gPlaces[OwnPlaces + SharedPlaces];
 
-std::atomic<long>& OwnCount() noexcept {
-  return gPlaces[ThreadNumberForSharing() % PlaceCount].count;
+void Count(long change) noexcept {
+  const std::size_t number = ThreadNumberForSharing();
+  if (ThreadNumbersAreUnique && number < OwnPlaces) {
+    std::atomic<long>& count = gPlaces[number].count;
+    count.store(count.load(std::memory_order_relaxed) + change, std::memory_order_relaxed);
+  } else {
+    gPlaces[OwnPlaces + number % SharedPlaces].count.fetch_add(change, std::memory_order_relaxed);
+  }
 }
 
 } // namespace
@@ -29,11 +37,11 @@ long LiveObjects() noexcept {
 }
 
 detail::TLiveObjectMark::TLiveObjectMark() noexcept {
-  OwnCount().fetch_add(1, std::memory_order_relaxed);
+  Count(1);
 }
 
 detail::TLiveObjectMark::~TLiveObjectMark() {
-  OwnCount().fetch_sub(1, std::memory_order_relaxed);
+  Count(-1);
 }
 
 } // namespace kiv

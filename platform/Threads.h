@@ -97,6 +97,12 @@ KIV_EXPORT bool AtLeaveApartment(void (*pFinalizer)());
 /// A small number that spreads threads over places, so that they don't share one; two threads may have the same. Costs
 /// a few nanoseconds.
 KIV_EXPORT std::size_t ThreadNumberForSharing() noexcept;
+/// Whether no two threads have the same: natively they are counted.
+#if defined(_WIN32)
+inline constexpr bool ThreadNumbersAreUnique = false;
+#else
+inline constexpr bool ThreadNumbersAreUnique = true;
+#endif
 
 /// A variable of the process's environment, as it stands now.
 KIV_EXPORT std::optional<std::wstring> EnvironmentVariable(const wchar_t* pName);
