@@ -179,8 +179,9 @@ void TKivShellChangeNotifier::AddWhenItAnswers(const TUnanswered& pUnanswered) {
   TAsyncProcedure::CreateAndQueue(
       [this, waiting = pUnanswered, indicator] {
         // All that would be asked again: an answer that came once need not come in time the next time.
-        INotifierPlatform::TLook look{waiting.list->IsInvalid(), nullptr};
+        INotifierPlatform::TLook look;
         try {
+          look.invalid = waiting.list->IsInvalid();
           if (!look.invalid) look.target = waiting.list->LinkTarget();
         } catch (...) {
           ReportException(std::current_exception());
